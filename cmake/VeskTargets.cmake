@@ -1,0 +1,56 @@
+# What all targets share: language level, the rules of floating point, warnings and sanitizers.
+
+set(VESK_INCLUDE_ROOT "${PROJECT_SOURCE_DIR}/src")
+set(VESK_GENERATED_ROOT "${PROJECT_BINARY_DIR}/generated")
+configure_file("${VESK_INCLUDE_ROOT}/vesk/Version.h.in"
+    "${VESK_GENERATED_ROOT}/vesk/Version.h" @ONLY)
+
+add_library(vesk_private INTERFACE)
+target_compile_features(vesk_private INTERFACE cxx_std_20)
+target_compile_options(vesk_private INTERFACE
+    # Every product is rounded before it is added: the same bits on every CPU.
+    -ffp-contract=off
+    -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
+    # Parameters may bear a public member's name: the textbook's letters are both.
+    $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+    $<$<BOOL:${VESK_WARNINGS_AS_ERRORS}>:-Werror>)
+if(VESK_SANITIZE)
+    target_compile_options(vesk_private INTERFACE
+        -fsanitize=${VESK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(vesk_private INTERFACE -fsanitize=${VESK_SANITIZE})
+endif()
+if(VESK_COVERAGE)
+    target_compile_options(vesk_private INTERFACE --coverage -fprofile-update=atomic)
+    target_link_options(vesk_private INTERFACE --coverage)
+endif()
+
+# vesk_objects(<name> <source>...): the objects of a library, compiled once for all its forms.
+function(vesk_objects name)
+    add_library(${name} OBJECT ${ARGN})
+    target_link_libraries(${name} PRIVATE vesk_private)
+    target_include_directories(${name} PRIVATE
+        "${VESK_INCLUDE_ROOT}" "${VESK_GENERATED_ROOT}")
+    set_target_properties(${name} PROPERTIES
+        CXX_EXTENSIONS OFF
+        POSITION_INDEPENDENT_CODE ON
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+# vesk_shared(<name> <exported name> <objects>): a shared object that exports only Vesk:: names.
+function(vesk_shared name exported objects)
+    set(map "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    add_library(${name} SHARED $<TARGET_OBJECTS:${objects}>)
+    add_library(Vesk::${exported} ALIAS ${name})
+    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vesk_private>)
+    target_compile_features(${name} INTERFACE cxx_std_17)
+    target_link_options(${name} PRIVATE
+        "LINKER:--version-script=${map}" "LINKER:--as-needed"
+        $<$<NOT:$<BOOL:${VESK_SANITIZE}>>:LINKER:--no-undefined>)
+    set_target_properties(${name} PROPERTIES
+        LINKER_LANGUAGE CXX
+        EXPORT_NAME ${exported}
+        LINK_DEPENDS "${map}"
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
