@@ -1,0 +1,86 @@
+#include <vesk/hmm/HMM.h>
+
+#include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Passes.h>
+
+namespace Vesk::ML {
+
+using Vesk::Math::MatrixT;
+using Vesk::Math::VectorT;
+using Vesk::Math::internal::givenTable;
+
+MatrixT<double> HMM::forwardProc(VectorT<int> observation, int T) {
+    return internal::forward(internal::parametersOf(*this),
+                             internal::observed(observation, T, vocabSize), T);
+}
+
+MatrixT<double> HMM::forwardProcHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
+                                    MatrixT<double> a, MatrixT<double> b) {
+    return internal::forward(internal::givenParameters(N, pi, a, b),
+                             internal::observed(observation, T, b.cols), T);
+}
+
+MatrixT<double> HMM::backwardProc(VectorT<int> observation, int T) {
+    return internal::backward(internal::parametersOf(*this),
+                              internal::observed(observation, T, vocabSize), T);
+}
+
+MatrixT<double> HMM::backwardProcHMM(VectorT<int> observation, int T, int N, MatrixT<double> a,
+                                     MatrixT<double> b) {
+    return internal::backward(internal::givenParameters(N, a, b),
+                              internal::observed(observation, T, b.cols), T);
+}
+
+double HMM::forwardProbability(VectorT<int> observation, int T) {
+    if (T < 1) return 0.0;
+    return internal::forwardLikelihood(internal::parametersOf(*this),
+                                       internal::observed(observation, T, vocabSize), T);
+}
+
+double HMM::forwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
+                                  MatrixT<double> a, MatrixT<double> b) {
+    if (T < 1) return 0.0;
+    return internal::forwardLikelihood(internal::givenParameters(N, pi, a, b),
+                                       internal::observed(observation, T, b.cols), T);
+}
+
+double HMM::backwardProbability(VectorT<int> observation, int T) {
+    if (T < 1) return 0.0;
+    return internal::backwardLikelihood(internal::parametersOf(*this),
+                                        internal::observed(observation, T, vocabSize), T);
+}
+
+double HMM::backwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
+                                   MatrixT<double> a, MatrixT<double> b) {
+    if (T < 1) return 0.0;
+    return internal::backwardLikelihood(internal::givenParameters(N, pi, a, b),
+                                        internal::observed(observation, T, b.cols), T);
+}
+
+double HMM::xi(int i, int j, int t, VectorT<int> observation, MatrixT<double> alpha,
+               MatrixT<double> beta) {
+    const internal::Parameters p = internal::parametersOf(*this);
+    const auto forwards = givenTable(alpha, p.N, t + 1);
+    const auto backwards = givenTable(beta, p.N, t + 2);
+    const int symbol = internal::observed(observation, t + 2, vocabSize)[t + 1];
+    double sum = 0.0;
+    for (int k = 0; k < p.N; ++k) {
+        for (int l = 0; l < p.N; ++l) {
+            sum += p.a(k, l) * forwards(k, t) * p.b(l, symbol) * backwards(l, t + 1);
+        }
+    }
+    return divide(forwards(i, t) * p.a(i, j) * p.b(j, symbol) * backwards(j, t + 1), sum);
+}
+
+double HMM::gamma(int i, int t, MatrixT<double> alpha, MatrixT<double> beta) {
+    const auto N = static_cast<int>(numStates);
+    const auto forwards = givenTable(alpha, N, t + 1);
+    const auto backwards = givenTable(beta, N, t + 1);
+    double sum = 0.0;
+    for (int k = 0; k < N; ++k) sum += forwards(k, t) * backwards(k, t);
+    return divide(forwards(i, t) * backwards(i, t), sum);
+}
+
+double HMM::divide(double x, double y) { return internal::divide(x, y); }
+
+}  // namespace Vesk::ML

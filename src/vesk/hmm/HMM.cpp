@@ -1,0 +1,48 @@
+#include <vesk/hmm/HMM.h>
+
+#include <vesk/math/internal/Table.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace Vesk::ML {
+
+HMM::HMM(int numStates, int vocabSize) : HMM(numStates, vocabSize, 1) {}
+
+HMM::HMM(int numStates, int vocabSize, int dimension)
+    : numStates(static_cast<unsigned int>(std::max(numStates, 1))),
+      vocabSize(static_cast<unsigned int>(std::max(vocabSize, 1))),
+      dimension(std::max(dimension, 1)),
+      needsSeed(true) {
+    const int N = std::max(numStates, 1);
+    const int M = std::max(vocabSize, 1);
+    pi.resize(static_cast<std::size_t>(N));
+    a.resize(N, N);
+    b.resize(N, M);
+    vocab.resize(M, this->dimension);
+}
+
+HMM::~HMM() = default;
+
+void HMM::initialize(std::vector<std::vector<int>> sequences, SegmentationType type) {
+    calcInitialProbs(type, std::move(sequences));
+}
+
+void HMM::calcInitialProbs(SegmentationType /*type*/,
+                           std::vector<std::vector<int>> /*sequences*/) {
+    if (pi.size() < numStates) Vesk::Math::internal::throwTableTooSmall();
+    const auto transitions = Vesk::Math::internal::table(a, numStates, numStates);
+    const auto emissions = Vesk::Math::internal::table(b, numStates, vocabSize);
+    // Integer quotients on purpose: 0 for more than one state or symbol.
+    const double u = 1U / numStates;
+    const double v = 1U / vocabSize;
+    for (int i = 0; i < transitions.rows; ++i) {
+        std::fill_n(transitions.row(i), transitions.cols, u);
+        std::fill_n(emissions.row(i), emissions.cols, v);
+        pi[static_cast<std::size_t>(i)] = u;
+    }
+}
+
+void HMM::reset(SegmentationType /*type*/) {}
+
+}  // namespace Vesk::ML

@@ -1,0 +1,72 @@
+#ifndef VESK_HMM_INTERNAL_PARAMETERS_H
+#define VESK_HMM_INTERNAL_PARAMETERS_H
+
+#include <vesk/hmm/HMM.h>
+#include <vesk/math/internal/Table.h>
+
+#include <cassert>
+#include <cstdint>
+#include <new>
+#include <vector>
+
+namespace Vesk::ML::internal {
+
+using Vesk::Math::MatrixT;
+using Vesk::Math::VectorT;
+using Vesk::Math::internal::Table;
+
+/// A model's parameters as the algorithms see them: borrowed, and known to lie inside the model's
+/// tables.
+struct Parameters {
+    int N;
+    const double* pi;       ///< N
+    Table<const double> a;  ///< N x N
+    Table<const double> b;  ///< N x (at least the symbols that occur)
+};
+
+/// Of a model for symbols below `symbols`. std::out_of_range where its tables are too small.
+inline Parameters parametersOf(const HMM& model, std::int64_t symbols) {
+    using Vesk::Math::internal::leading;
+    using Vesk::Math::internal::table;
+    const std::int64_t N = model.numStates;
+    return {static_cast<int>(N), leading(model.pi, N), table(model.a, N, N),
+            table(model.b, N, symbols)};
+}
+
+/// For all of the model's symbols.
+inline Parameters parametersOf(const HMM& model) { return parametersOf(model, model.vocabSize); }
+
+/// Of parameters that the library's caller passed in, whose shapes are the caller's duty; without
+/// initial probabilities. std::bad_alloc for a negative N, whose tables no allocator can make.
+inline Parameters givenParameters(int N, const MatrixT<double>& a, const MatrixT<double>& b) {
+    if (N < 0) throw std::bad_alloc();
+    return {N, nullptr, Vesk::Math::internal::givenTable(a, N, N),
+            Vesk::Math::internal::givenTable(b, N, b.cols)};
+}
+
+/// The same with initial probabilities.
+inline Parameters givenParameters(int N, const std::vector<double>& pi, const MatrixT<double>& a,
+                                  const MatrixT<double>& b) {
+    Parameters parameters = givenParameters(N, a, b);
+    assert(static_cast<std::size_t>(N) <= pi.size());
+    parameters.pi = pi.data();
+    return parameters;
+}
+
+/// The first T symbols of a sequence, which the caller has to keep within the sequence and the
+/// alphabet.
+inline const int* observed([[maybe_unused]] const std::vector<int>& observation,
+                           [[maybe_unused]] int T, [[maybe_unused]] std::int64_t M) {
+#ifndef NDEBUG
+    assert(T <= static_cast<std::int64_t>(observation.size()));
+    for (int t = 0; t < T; ++t) {
+        const int symbol = observation[static_cast<std::size_t>(t)];
+        assert(symbol >= 0 && symbol < M);
+    }
+#endif
+    return observation.data();
+}
+
+}  // namespace Vesk::ML::internal
+
+#endif
