@@ -1,0 +1,77 @@
+#include <vesk/quantizer/internal/TraceFilters.h>
+
+#include <vesk/quantizer/ProximityFilter.h>
+
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+
+namespace Vesk::ML {
+namespace internal {
+namespace {
+
+/// Euclidean distance over the coordinates of `position`.
+double distance(const Position& position, const Position& last) {
+    double sum = 0.0;
+    for (std::size_t k = 0; k < position.size(); ++k) {
+        if (k >= last.size()) throw std::out_of_range("vector::_M_range_check");
+        const double difference = position[k] - last[k];
+        sum += difference * difference;
+    }
+    return std::sqrt(sum);
+}
+
+/// Whether a position is far enough from the last one kept; not where the distance is NaN.
+bool farEnough(const Position& position, const Position& last, double threshold) {
+    return distance(position, last) >= threshold;
+}
+
+}  // namespace
+
+Positions positionsOf(const Trace& trace) {
+    Positions positions;
+    positions.reserve(trace.size());
+    for (const Position& position : trace) positions.push_back(&position);
+    return positions;
+}
+
+Positions eqFiltered(const Trace& trace) {
+    Positions kept;
+    if (trace.size() < 2) return kept;
+    kept.reserve(trace.size());
+    kept.push_back(&trace[0]);
+    for (std::size_t i = 1; i < trace.size(); ++i) {
+        if (trace[i] != trace[i - 1]) kept.push_back(&trace[i]);
+    }
+    return kept;
+}
+
+Positions proximityFiltered(const Positions& positions, double threshold) {
+    Positions kept;
+    if (positions.size() < 2) return kept;
+    kept.reserve(positions.size());
+    kept.push_back(positions[0]);
+    for (std::size_t i = 1; i < positions.size(); ++i) {
+        if (farEnough(*positions[i], *kept.back(), threshold)) kept.push_back(positions[i]);
+    }
+    return kept;
+}
+
+Positions filtered(const Trace& trace, double threshold) {
+    return proximityFiltered(eqFiltered(trace), threshold);
+}
+
+}  // namespace internal
+
+template <typename T>
+void ProximityFilter<T>::run(std::vector<std::vector<T>>& in, std::vector<std::vector<T>>& out,
+                             T threshold) {
+    for (const internal::Position* position :
+         internal::proximityFiltered(internal::positionsOf(in), threshold)) {
+        out.push_back(*position);
+    }
+}
+
+template class ProximityFilter<double>;
+
+}  // namespace Vesk::ML

@@ -1,0 +1,124 @@
+#include <vesk/quantizer/KMeansMotionVec.h>
+
+#include <veskcore/internal/NearestCentre.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+namespace Vesk::ML {
+namespace {
+
+/// pi / 180
+constexpr double radiansPerDegree = 0.017453292519943295;
+
+/// A mean resultant length below this is rounding error: the angles cancel out.
+constexpr double leastResultant = 1e-12;
+
+/// The sum of the unit vectors of a cluster's angles.
+struct Resultant {
+    double x = 0.0;
+    double y = 0.0;
+    double count = 0.0;
+
+    double length() const { return std::hypot(x, y); }
+    bool hasDirection() const { return count > 0.0 && length() >= leastResultant * count; }
+    double direction() const { return internal::reduced(std::atan2(y, x) / radiansPerDegree); }
+};
+
+/// A finite angle with its unit vector, which every iteration needs.
+struct Angle {
+    double degrees;
+    double x;
+    double y;
+    int cluster;
+};
+
+std::vector<Angle> finiteAngles(const std::vector<std::vector<double>>& data) {
+    std::vector<Angle> angles;
+    for (const std::vector<double>& row : data) {
+        for (const double value : row) {
+            if (!std::isfinite(value)) continue;
+            const double degrees = internal::reduced(value);
+            const double radians = degrees * radiansPerDegree;
+            angles.push_back({degrees, std::cos(radians), std::sin(radians), -1});
+        }
+    }
+    return angles;
+}
+
+/// Gives every angle its nearest centre; whether any of them changed it.
+bool assign(std::vector<Angle>& angles, const std::vector<double>& centres) {
+    const internal::NearestCentre nearest(centres);
+    bool changed = false;
+    for (Angle& angle : angles) {
+        const int cluster = nearest(angle.degrees);
+        changed = changed || cluster != angle.cluster;
+        angle.cluster = cluster;
+    }
+    return changed;
+}
+
+std::vector<Resultant> resultants(const std::vector<Angle>& angles, std::size_t k) {
+    std::vector<Resultant> sums(k);
+    for (const Angle& angle : angles) {
+        Resultant& sum = sums[static_cast<std::size_t>(angle.cluster)];
+        sum.x += angle.x;
+        sum.y += angle.y;
+        sum.count += 1.0;
+    }
+    return sums;
+}
+
+/// How far a centre moved; a centre that was not finite moved without measure.
+double movement(double from, double to) {
+    if (!std::isfinite(from)) return std::numeric_limits<double>::infinity();
+    return internal::circularDistance(internal::reduced(from), to);
+}
+
+}  // namespace
+
+KMeansMotionVec::KMeansMotionVec(std::vector<double> centres,
+                                 std::vector<std::vector<double>>& data)
+    : centres(std::move(centres)), data(&data) {}
+
+void KMeansMotionVec::learn(int maxIterations, double threshold) {
+    if (centres.empty()) return;
+    std::vector<Angle> angles = finiteAngles(*data);
+    // The sum of resultant lengths is the sum of cos(angle - mean): every change of assignment
+    // raises it, and stopping where rounding keeps it from rising makes the loop finite.
+    double fit = -1.0;
+    for (int iteration = 0; maxIterations < 0 || iteration < maxIterations; ++iteration) {
+        if (!assign(angles, centres)) return;
+        const std::vector<Resultant> sums = resultants(angles, centres.size());
+        double newFit = 0.0;
+        double largest = 0.0;
+        for (std::size_t k = 0; k < sums.size(); ++k) {
+            if (!sums[k].hasDirection()) continue;
+            newFit += sums[k].length();
+            const double mean = sums[k].direction();
+            largest = std::max(largest, movement(centres[k], mean));
+            centres[k] = mean;
+        }
+        if (largest < threshold || !(newFit > fit)) return;
+        fit = newFit;
+    }
+}
+
+std::vector<std::vector<int>> KMeansMotionVec::classify() {
+    if (centres.empty()) throw std::invalid_argument("a clusterer without centres has no index");
+    const internal::NearestCentre nearest(centres);
+    std::vector<std::vector<int>> indices;
+    indices.reserve(data->size());
+    for (const std::vector<double>& row : *data) {
+        std::vector<int>& symbols = indices.emplace_back();
+        symbols.reserve(row.size());
+        for (const double angle : row) symbols.push_back(nearest(angle));
+    }
+    return indices;
+}
+
+}  // namespace Vesk::ML
