@@ -1,0 +1,152 @@
+#include <vesk/recognition/RecognitionModelHMM.h>
+
+#include <vesk/base/internal/KeptForever.h>
+#include <vesk/hmm/internal/Passes.h>
+#include <vesk/math/internal/Table.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace Vesk::ML {
+namespace {
+
+using Vesk::Math::MatrixT;
+using Vesk::Math::internal::covers;
+using Vesk::Math::internal::throwTableTooSmall;
+
+/// A gesture's share of what the combined model leaves; exactly 1.0 where that model takes all.
+double gestureShare(double modelTransitionProb, std::size_t gestures) {
+    if (modelTransitionProb == 1.0) return 1.0;
+    return internal::divide(1.0 - modelTransitionProb, static_cast<double>(gestures));
+}
+
+/// Gestures whose tables disagree with their sizes spill into the rows of the next: refused only
+/// where that would leave the staging tables.
+void requireRoomForRows(const RecognitionModelHMM& model) {
+    const std::int64_t N = model.numStates;
+    std::int64_t transitionRows = 0;
+    std::int64_t emissionRows = 0;
+    for (const HMM* gesture : model.gestures) {
+        assert(gesture != nullptr);
+        const std::int64_t rows = std::max(gesture->a.rows, 0);
+        if (!covers(gesture->a, rows, rows)) throwTableTooSmall();
+        transitionRows += rows;
+
+        const std::int64_t emissions = std::max(gesture->b.rows, 0);
+        const std::int64_t columns = std::max(gesture->b.cols, 0);
+        if (!covers(gesture->b, emissions, columns)) throwTableTooSmall();
+        emissionRows += emissions;
+        if (emissions > 0 && !covers(model.b, emissionRows, columns)) throwTableTooSmall();
+    }
+    if (N > static_cast<std::int64_t>(model.pi.size())) throwTableTooSmall();
+    if (!covers(model.a, transitionRows, std::max(N, transitionRows))) throwTableTooSmall();
+}
+
+/// The self-transition of each gesture state, the rest of its probability spread evenly.
+void composeTransitions(RecognitionModelHMM& model) {
+    const unsigned int N = model.numStates;
+    std::ptrdiff_t s = 0;
+    for (const HMM* gesture : model.gestures) {
+        for (int k = 0; k < gesture->a.rows; ++k, ++s) {
+            const double self = gesture->a(k, k);
+            double* row = model.a.data.data() + model.a.cols * s;
+            std::fill_n(row, N, internal::divide(1.0 - self, N - 1));
+            row[s] = self;
+        }
+    }
+}
+
+/// The gestures' emission rows, one below the other.
+void composeEmissions(RecognitionModelHMM& model) {
+    std::ptrdiff_t r = 0;
+    for (const HMM* gesture : model.gestures) {
+        const MatrixT<double>& from = gesture->b;
+        for (std::ptrdiff_t i = 0; i < from.rows; ++i, ++r) {
+            if (from.cols < 1) continue;
+            std::copy_n(from.data.data() + from.cols * i, from.cols,
+                        model.b.data.data() + model.b.cols * r);
+        }
+    }
+}
+
+void copyStagingFields(const RecognitionModelHMM& model, HMM& combined) {
+    combined.name = model.name;
+    combined.vocab = model.vocab;
+    combined.pi = model.pi;
+    combined.a = model.a;
+    combined.b = model.b;
+}
+
+HMM* newCombinedModel(const RecognitionModelHMM& model) {
+    return internal::keepForever(std::make_unique<HMM>(static_cast<int>(model.numStates),
+                                                       static_cast<int>(model.vocabSize)));
+}
+
+}  // namespace
+
+RecognitionModelHMM::RecognitionModelHMM()
+    : fromParameters(false),
+      gestureTransitionProb(1.0),
+      modelTransitionProb(1.0),
+      numStates(0),
+      vocabSize(0),
+      proxFilterThreshold(1.0F),
+      rotationAllowed(true),
+      recognitionHMM(nullptr) {}
+
+RecognitionModelHMM::RecognitionModelHMM(std::vector<HMM*> models, double modelTransitionProb)
+    : RecognitionModelHMM() {
+    gestures = std::move(models);
+    setModelTransitionProb(modelTransitionProb);
+}
+
+void RecognitionModelHMM::setModelTransitionProb(double p) {
+    modelTransitionProb = p;
+    gestureTransitionProb = gestureShare(p, gestures.size());
+}
+
+void RecognitionModelHMM::setName(std::string n) {
+    name = std::move(n);
+    if (recognitionHMM != nullptr) recognitionHMM->name = name;
+}
+
+bool RecognitionModelHMM::initialize() {
+    if (fromParameters || gestures.empty()) return false;
+    unsigned int sum = 0;
+    for (const HMM* gesture : gestures) sum += gesture->numStates;
+    numStates = sum;
+    vocabSize = gestures[0]->vocabSize;
+    vocab = gestures[0]->vocab;
+    pi.resize(numStates);
+    a.resize(static_cast<int>(numStates), static_cast<int>(numStates));
+    b.resize(static_cast<int>(numStates), static_cast<int>(vocabSize));
+    return setParameters();
+}
+
+bool RecognitionModelHMM::setParameters() {
+    requireRoomForRows(*this);
+    recognitionHMM = newCombinedModel(*this);
+    const double share = internal::divide(1.0, numStates);
+    std::fill_n(pi.begin(), numStates, share);
+    composeTransitions(*this);
+    composeEmissions(*this);
+    copyStagingFields(*this, *recognitionHMM);
+    return true;
+}
+
+bool RecognitionModelHMM::createRecognitionHMMfromParameters() {
+    recognitionHMM = newCombinedModel(*this);
+    copyStagingFields(*this, *recognitionHMM);
+    fromParameters = true;
+    return true;
+}
+
+void RecognitionModelHMM::print() {
+    if (recognitionHMM != nullptr) recognitionHMM->print();
+}
+
+}  // namespace Vesk::ML

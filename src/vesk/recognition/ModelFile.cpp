@@ -1,0 +1,181 @@
+#include <vesk/recognition/RecognitionModelHMM.h>
+
+#include <vesk/base/internal/InputFile.h>
+#include <vesk/base/internal/KeptForever.h>
+#include <vesk/base/internal/OutputFile.h>
+#include <vesk/hmm/internal/ModelText.h>
+#include <vesk/leftright/LeftRightHMM.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+namespace Vesk::ML {
+namespace {
+
+using internal::InputFile;
+using internal::writeLine;
+using Vesk::Math::internal::leading;
+using Vesk::Math::internal::table;
+
+/// Quantiser settings, codebook and combined model. The sizes are the recognition model's own, the
+/// tables those of the combined model.
+void writeHeader(std::ostream& out, const RecognitionModelHMM& model) {
+    const HMM& combined = *model.recognitionHMM;
+    const std::int64_t N = model.numStates;
+    const std::int64_t M = model.vocabSize;
+    const double* pi = leading(combined.pi, N);
+    const auto a = table(combined.a, N, N);
+    const auto b = table(combined.b, N, M);
+    const auto vocab = table(combined.vocab, M, 1);
+
+    out << static_cast<double>(model.proxFilterThreshold) << ' ' << (model.rotationAllowed ? 1 : 0)
+        << ' ' << model.codebook.size() << '\n';
+    writeLine(out, internal::rowOf(model.codebook));
+    out << '\n';
+    out << model.name << '\n';
+    out << model.numStates << ' ' << model.vocabSize << ' ' << combined.dimension << ' '
+        << model.modelTransitionProb << '\n';
+    writeLine(out, {pi, 1, static_cast<int>(N), 0});
+    writeLine(out, a);
+    writeLine(out, b);
+    writeLine(out, vocab);
+}
+
+void writeGesture(std::ostream& out, const HMM& gesture) {
+    const int delta = dynamic_cast<const LeftRightHMM&>(gesture).delta;
+    out << gesture.name << '\n';
+    out << gesture.numStates << ' ' << gesture.vocabSize << ' ' << gesture.dimension << ' ' << delta
+        << '\n';
+    internal::writeParameters(out, gesture);
+}
+
+std::string composeFile(const RecognitionModelHMM& model) {
+    return internal::composeText([&](std::ostream& out) {
+        writeHeader(out, model);
+        out << '\n';
+        for (const HMM* gesture : model.gestures) {
+            writeGesture(out, *gesture);
+            out << '\n';
+        }
+    });
+}
+
+void readHeader(InputFile& in, RecognitionModelHMM& model) {
+    int rotation = 0;
+    unsigned int Nc = 0;
+    int dimension = 0;
+    in.read(model.proxFilterThreshold);
+    in.read(rotation);
+    model.rotationAllowed = rotation == 1;
+    in.read(Nc);
+    in.claimTable(Nc, 1);
+    double entry = 0.0;
+    for (unsigned int i = 0; i < Nc; ++i) {
+        in.read(entry);
+        model.codebook.push_back(entry);
+    }
+    in.readWord(model.name);
+    in.read(model.numStates);
+    in.read(model.vocabSize);
+    in.read(dimension);
+    in.read(model.modelTransitionProb);
+}
+
+/// Reads the staging fields, which the combined model is going to copy.
+void readCombined(InputFile& in, RecognitionModelHMM& model) {
+    const std::uint64_t N = model.numStates;
+    const std::uint64_t M = model.vocabSize;
+    in.claimTable(M, 1, 2);
+    in.claimTable(N, 1, 2);
+    in.claimTable(N, N, 2);
+    in.claimTable(N, M, 2);
+    const auto rows = static_cast<int>(N);
+    model.vocab.resize(static_cast<int>(M), 1);
+    model.pi.resize(N);
+    model.a.resize(rows, rows);
+    model.b.resize(rows, static_cast<int>(M));
+    in.readValues(model.pi.data(), N);
+    internal::readTable(in, model.a, N, N);
+    internal::readTable(in, model.b, N, M);
+    internal::readTable(in, model.vocab, M, 1);
+}
+
+std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name,
+                                          const Vesk::Math::MatrixT<double>& vocab) {
+    unsigned int N = 0;
+    unsigned int M = 0;
+    int dimension = 0;
+    int delta = 0;
+    in.read(N);
+    in.read(M);
+    in.read(dimension);
+    in.read(delta);
+    in.claimTable(N, 1, 2);
+    in.claimTable(N, N, 2);
+    in.claimTable(N, M, 2);
+    in.claimTable(M, 1);
+    in.claimTable(vocab.data.size(), 1);
+
+    const auto rows = static_cast<int>(N);
+    std::vector<double> pi(N);
+    Vesk::Math::MatrixT<double> a(rows, rows);
+    Vesk::Math::MatrixT<double> b(rows, static_cast<int>(M));
+    in.readValues(pi.data(), N);
+    internal::readTable(in, a, N, N);
+    internal::readTable(in, b, N, M);
+
+    auto gesture = std::make_unique<LeftRightHMM>(rows, static_cast<int>(M), delta);
+    gesture->name = name;
+    gesture->vocab = vocab;
+    gesture->pi = std::move(pi);
+    gesture->a = std::move(a);
+    gesture->b = std::move(b);
+    return gesture;
+}
+
+}  // namespace
+
+void RecognitionModelHMM::write(char* path) {
+    if (recognitionHMM == nullptr) return;
+    internal::writeFile(path, [this] { return internal::upToNul(composeFile(*this)); });
+}
+
+bool RecognitionModelHMM::save(const std::string& path) const {
+    if (recognitionHMM == nullptr) return false;
+    return internal::saveFile(path, internal::upToNul(composeFile(*this)));
+}
+
+void RecognitionModelHMM::writeToStream(std::stringstream& out, HMM* model) {
+    const internal::ClassicLocale classic(out);
+    if (model != nullptr) {
+        writeGesture(out, *model);
+    } else if (recognitionHMM != nullptr) {
+        writeHeader(out, *this);
+    }
+}
+
+bool RecognitionModelHMM::load(char* path) {
+    return read(path, [](const std::string& gestureName) {
+        std::cout << "loading gesture '" << gestureName << "'" << std::endl;
+    });
+}
+
+bool RecognitionModelHMM::read(const std::string& path,
+                               const std::function<void(const std::string&)>& observer) {
+    InputFile in(path);
+    if (!in.isOpen()) return false;
+    readHeader(in, *this);
+    readCombined(in, *this);
+    std::string gestureName;
+    while (in.readWord(gestureName)) {
+        if (observer) observer(gestureName);
+        gestures.push_back(internal::keepForever(readGesture(in, gestureName, vocab)));
+    }
+    setModelTransitionProb(modelTransitionProb);
+    return createRecognitionHMMfromParameters() && recognitionHMM != nullptr;
+}
+
+}  // namespace Vesk::ML

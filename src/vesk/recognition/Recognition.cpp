@@ -1,0 +1,102 @@
+#include <vesk/recognition/RecognitionModelHMM.h>
+
+#include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Passes.h>
+
+#include <algorithm>
+#include <cassert>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <vector>
+
+namespace Vesk::ML {
+namespace {
+
+using Sequence = Vesk::Math::VectorT<int>;
+
+/// One more than the largest symbol: what every model's alphabet has to hold. Gestures of a damaged
+/// file can have fewer symbols than the model they belong to.
+std::int64_t alphabetOf(const Sequence& sequence) {
+    assert(*std::min_element(sequence.begin(), sequence.end()) >= 0);
+    return std::int64_t{*std::max_element(sequence.begin(), sequence.end())} + 1;
+}
+
+/// The rules of recognition. Tells `observer` the threshold, and for every gesture its weighted
+/// probability and then its weighted gamma, each as soon as it is known.
+template <typename Observer>
+Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence,
+                      Observer&& observer) {
+    Recognition result;
+    const auto T = static_cast<int>(sequence.size());
+    if (T < 2) return result;
+    result.longEnough = true;
+    const int* o = sequence.data();
+    const std::int64_t alphabet = alphabetOf(sequence);
+
+    double combined = 0.0;
+    if (model.recognitionHMM != nullptr) {
+        combined = internal::forwardLikelihood(
+            internal::parametersOf(*model.recognitionHMM, alphabet), o, T);
+    }
+    result.threshold = combined * model.modelTransitionProb;
+    observer.onThreshold(result.threshold);
+
+    const double weight = model.gestureTransitionProb;
+    double best = 0.0;
+    result.gestures.reserve(model.gestures.size());
+    for (std::size_t i = 0; i < model.gestures.size(); ++i) {
+        const std::vector<double> alpha = internal::lastForwardColumn(
+            internal::parametersOf(*model.gestures[i], alphabet), o, T);
+        const double probability = internal::orderedSum(alpha);
+        observer.onProbability(i, probability * weight);
+        // gamma at the last time: beta is 1 there, so its denominator is the probability itself.
+        const double gamma = internal::divide(alpha.back(), probability);
+        observer.onGamma(i, gamma * weight);
+        const bool accepted = probability > best && probability * weight > result.threshold &&
+                              weight * gamma > result.threshold;
+        if (accepted) {
+            best = probability;
+            result.winner = static_cast<int>(i);
+        }
+        result.gestures.push_back({probability, probability * weight, gamma * weight, accepted});
+    }
+    return result;
+}
+
+struct Silent {
+    void onThreshold(double) {}
+    void onProbability(std::size_t, double) {}
+    void onGamma(std::size_t, double) {}
+};
+
+/// Writes each line where it is due, also before an evaluation that may throw.
+struct Printing {
+    void onThreshold(double threshold) { std::cout << "threshold = " << threshold << std::endl; }
+    void onProbability(std::size_t gesture, double weighted) {
+        std::cout << "prob[" << gesture << "] = " << weighted << std::endl;
+    }
+    void onGamma(std::size_t, double weighted) {
+        std::cout << "gamma = " << weighted << std::endl;
+    }
+};
+
+}  // namespace
+
+double RecognitionModelHMM::forwardProb(Vesk::Math::VectorT<int> seq) {
+    if (recognitionHMM == nullptr) return 0.0;
+    const auto T = static_cast<int>(seq.size());
+    return recognitionHMM->forwardProbability(std::move(seq), T);
+}
+
+std::string RecognitionModelHMM::check(Vesk::Math::VectorT<int> seq) {
+    const Recognition result = recognise(*this, seq, Printing());
+    if (result.winner < 0) return {};
+    return gestures[static_cast<std::size_t>(result.winner)]->name;
+}
+
+Recognition RecognitionModelHMM::evaluate(const Vesk::Math::VectorT<int>& sequence) const {
+    return recognise(*this, sequence, Silent());
+}
+
+}  // namespace Vesk::ML
