@@ -1,21 +1,31 @@
 #include <vesk/base/internal/OutputFile.h>
 
-namespace Vesk::ML::internal {
+#include <fstream>
 
-std::ofstream openOutput(const char* path) {
+namespace Vesk::ML::internal {
+namespace {
+
+/// How a file was written.
+struct Outcome {
+    bool opened;
+    bool whole;
+};
+
+Outcome put(const std::string& path, const std::string& text) {
     std::ofstream out;
     out.imbue(std::locale::classic());
     out.open(path);
-    return out;
-}
-
-bool saveFile(const std::string& path, const std::string& text) {
-    std::ofstream out = openOutput(path.c_str());
-    if (!out.is_open()) return false;
+    if (!out.is_open()) return {false, false};
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
-    return !out.fail();
+    return {true, !out.fail()};
 }
+
+}  // namespace
+
+bool writeFile(const std::string& path, const std::string& text) { return put(path, text).opened; }
+
+bool saveFile(const std::string& path, const std::string& text) { return put(path, text).whole; }
 
 std::string upToNul(std::string text) {
     const std::size_t end = text.find('\0');

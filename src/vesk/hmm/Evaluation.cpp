@@ -10,7 +10,7 @@ using Vesk::Math::VectorT;
 using Vesk::Math::internal::givenTable;
 
 MatrixT<double> HMM::forwardProc(VectorT<int> observation, int T) {
-    return internal::forward(internal::parametersOf(*this),
+    return internal::forward(internal::parametersFor(*this, vocabSize, T),
                              internal::observed(observation, T, vocabSize), T);
 }
 
@@ -21,8 +21,9 @@ MatrixT<double> HMM::forwardProcHMM(VectorT<int> observation, int T, int N, Vect
 }
 
 MatrixT<double> HMM::backwardProc(VectorT<int> observation, int T) {
-    return internal::backward(internal::parametersOf(*this),
-                              internal::observed(observation, T, vocabSize), T);
+    return internal::backward(
+        internal::parametersFor(*this, vocabSize, T, internal::Direction::Backward),
+        internal::observed(observation, T, vocabSize), T);
 }
 
 MatrixT<double> HMM::backwardProcHMM(VectorT<int> observation, int T, int N, MatrixT<double> a,
@@ -33,7 +34,7 @@ MatrixT<double> HMM::backwardProcHMM(VectorT<int> observation, int T, int N, Mat
 
 double HMM::forwardProbability(VectorT<int> observation, int T) {
     if (T < 1) return 0.0;
-    return internal::forwardLikelihood(internal::parametersOf(*this),
+    return internal::forwardLikelihood(internal::parametersFor(*this, vocabSize, T),
                                        internal::observed(observation, T, vocabSize), T);
 }
 
@@ -46,7 +47,7 @@ double HMM::forwardProbabilityHMM(VectorT<int> observation, int T, int N, Vector
 
 double HMM::backwardProbability(VectorT<int> observation, int T) {
     if (T < 1) return 0.0;
-    return internal::backwardLikelihood(internal::parametersOf(*this),
+    return internal::backwardLikelihood(internal::parametersFor(*this, vocabSize, T),
                                         internal::observed(observation, T, vocabSize), T);
 }
 

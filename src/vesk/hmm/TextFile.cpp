@@ -24,7 +24,7 @@ std::string composeModel(const HMM& model) {
 }  // namespace
 
 void HMM::write(char* path) {
-    internal::writeFile(path, [this] { return composeModel(*this); });
+    internal::writeFile(path, composeModel(*this));
 }
 
 bool HMM::save(const std::string& path) const {

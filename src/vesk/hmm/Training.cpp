@@ -9,14 +9,14 @@ namespace Vesk::ML {
 void HMM::baumWelch(Vesk::Math::VectorT<int> observation, int T, int maxIterations) {
     if (T < 1 || maxIterations == 0) return;
     const int* o = internal::observed(observation, T, vocabSize);
-    const auto N = static_cast<int>(numStates);
+    internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
+    const int N = p.N;
     const auto M = static_cast<int>(vocabSize);
     internal::Reestimation reestimation(N, M);
     Vesk::Math::MatrixT<double> aNew = Vesk::Math::internal::zeros(N, N);
     Vesk::Math::MatrixT<double> bNew = Vesk::Math::internal::zeros(N, M);
 
     for (long adopted = 0; maxIterations < 0 || adopted < maxIterations; ++adopted) {
-        const internal::Parameters p = internal::parametersOf(*this);
         const Vesk::Math::MatrixT<double> alpha = internal::forward(p, o, T);
         const Vesk::Math::MatrixT<double> beta = internal::backward(p, o, T);
         reestimation.clear();
@@ -31,11 +31,12 @@ void HMM::baumWelch(Vesk::Math::VectorT<int> observation, int T, int maxIteratio
         previous += 0.0;
 
         const double candidate =
-            internal::forwardLikelihood(internal::givenParameters(N, piNew, aNew, bNew), o, T);
+            internal::forwardLikelihood(internal::candidate(piNew.data(), aNew, bNew), o, T);
         if (!(candidate > previous)) return;
         pi.swap(piNew);
         a.swap(aNew);
         b.swap(bNew);
+        p = internal::parametersOf(*this);
     }
 }
 

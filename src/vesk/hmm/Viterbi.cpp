@@ -32,16 +32,16 @@ struct Best {
 }  // namespace
 
 Vesk::Math::MatrixT<double> HMM::viterbi(Vesk::Math::VectorT<int> observation, int T) {
-    const internal::Parameters p = internal::parametersOf(*this);
     Vesk::Math::MatrixT<double> result = Vesk::Math::internal::zeros(2, std::max(T, 0));
     if (T < 1) return result;
+    const internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
     const int* o = internal::observed(observation, T, vocabSize);
     const auto N = static_cast<std::size_t>(p.N);
 
     std::vector<double> score(N);
     std::vector<double> next(N);
     std::vector<int> psi(N * static_cast<std::size_t>(T));
-    const std::vector<double> logA = logTransitionsByTarget(p);
+    const std::vector<double> logA = T > 1 ? logTransitionsByTarget(p) : std::vector<double>();
 
     for (int i = 0; i < p.N; ++i) {
         score[static_cast<std::size_t>(i)] = -std::log(p.pi[i]) - std::log(p.b(i, o[0]));

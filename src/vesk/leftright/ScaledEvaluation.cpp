@@ -22,7 +22,7 @@ double* factors(std::vector<double>& scale, [[maybe_unused]] int T) {
 
 MatrixT<double> LeftRightHMM::forwardProcWithScale(std::vector<int> O, int T,
                                                    std::vector<double>& scale) {
-    return internal::scaledForward(internal::parametersOf(*this),
+    return internal::scaledForward(internal::parametersFor(*this, vocabSize, T),
                                    internal::observed(O, T, vocabSize), T, factors(scale, T));
 }
 
@@ -36,8 +36,9 @@ MatrixT<double> LeftRightHMM::forwardProcWithScaleHMM(std::vector<int> O, int T,
 
 MatrixT<double> LeftRightHMM::backwardProcWithScale(std::vector<int> O, int T,
                                                     std::vector<double>& scale) {
-    return internal::scaledBackward(internal::parametersOf(*this),
-                                    internal::observed(O, T, vocabSize), T, factors(scale, T));
+    return internal::scaledBackward(
+        internal::parametersFor(*this, vocabSize, T, internal::Direction::Backward),
+        internal::observed(O, T, vocabSize), T, factors(scale, T));
 }
 
 MatrixT<double> LeftRightHMM::backwardProcWithScaleHMM(std::vector<int> O, int T,
@@ -51,7 +52,7 @@ MatrixT<double> LeftRightHMM::backwardProcWithScaleHMM(std::vector<int> O, int T
 double LeftRightHMM::forwardProbabilityWithScale(std::vector<int> O, int T,
                                                  std::vector<double>& scale) {
     if (T < 1) return 0.0;
-    return internal::scaledLikelihood(internal::parametersOf(*this),
+    return internal::scaledLikelihood(internal::parametersFor(*this, vocabSize, T),
                                       internal::observed(O, T, vocabSize), T, factors(scale, T));
 }
 
@@ -68,7 +69,7 @@ double LeftRightHMM::logLikelihood(const std::vector<int>& sequence) const {
     const auto T = static_cast<int>(sequence.size());
     if (T < 1) return 0.0;
     std::vector<double> scale(sequence.size());
-    return internal::scaledLikelihood(internal::parametersOf(*this),
+    return internal::scaledLikelihood(internal::parametersFor(*this, vocabSize, T),
                                       internal::observed(sequence, T, vocabSize), T, scale.data());
 }
 

@@ -28,7 +28,7 @@ std::string composeModel(const LeftRightHMM& model) {
 }  // namespace
 
 void LeftRightHMM::write(char* path) {
-    internal::writeFile(path, [this] { return composeModel(*this); });
+    internal::writeFile(path, composeModel(*this));
 }
 
 bool LeftRightHMM::save(const std::string& path) const {

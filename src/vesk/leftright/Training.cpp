@@ -29,14 +29,14 @@ bool reportStep(const TrainingStep& step) {
 void LeftRightHMM::baumWelch(Vesk::Math::VectorT<int> O, int T, int maxIterations) {
     if (T < 1 || maxIterations == 0) return;
     const int* o = internal::observed(O, T, vocabSize);
-    const auto N = static_cast<int>(numStates);
+    internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
+    const int N = p.N;
     const auto M = static_cast<int>(vocabSize);
     internal::Reestimation reestimation(N, M);
     MatrixT<double> newA = Vesk::Math::internal::zeros(N, N);
     MatrixT<double> newB = Vesk::Math::internal::zeros(N, M);
 
     for (long n = 0; maxIterations < 0 || n < maxIterations; ++n) {
-        const internal::Parameters p = internal::parametersOf(*this);
         const MatrixT<double> alpha = internal::forward(p, o, T);
         const MatrixT<double> beta = internal::backward(p, o, T);
         reestimation.clear();
@@ -46,10 +46,11 @@ void LeftRightHMM::baumWelch(Vesk::Math::VectorT<int> O, int T, int maxIteration
         double oldProb = 0.0;
         for (int i = 0; i < N; ++i) oldProb += alpha(i, T - 1);
         const double newProb =
-            internal::forwardLikelihood(internal::givenParameters(N, pi, newA, newB), o, T);
+            internal::forwardLikelihood(internal::candidate(p.pi, newA, newB), o, T);
         if (!(newProb > oldProb)) return;
         a.swap(newA);
         b.swap(newB);
+        p = internal::parametersOf(*this);
     }
 }
 
@@ -60,17 +61,18 @@ void LeftRightHMM::baumWelchMultiple(std::vector<std::vector<int>> sequences, in
 void LeftRightHMM::trainMultiple(const std::vector<std::vector<int>>& sequences, int maxIterations,
                                  const TrainingObserver& observer) {
     if (maxIterations == 0) return;
-    const auto N = static_cast<int>(numStates);
+    std::size_t longest = 0;
+    for (const std::vector<int>& s : sequences) longest = std::max(longest, s.size());
+    std::vector<double> scale(longest);
+    internal::Parameters p =
+        internal::parametersFor(*this, vocabSize, static_cast<int>(longest));
+    const int N = p.N;
     const auto M = static_cast<int>(vocabSize);
     internal::Reestimation reestimation(N, M);
     MatrixT<double> newA = Vesk::Math::internal::zeros(N, N);
     MatrixT<double> newB = Vesk::Math::internal::zeros(N, M);
-    std::size_t longest = 0;
-    for (const std::vector<int>& s : sequences) longest = std::max(longest, s.size());
-    std::vector<double> scale(longest);
 
     for (int n = 0; maxIterations < 0 || n < maxIterations; ++n) {
-        const internal::Parameters p = internal::parametersOf(*this);
         reestimation.clear();
         double oldLog = 0.0;
         for (const std::vector<int>& s : sequences) {
@@ -84,7 +86,7 @@ void LeftRightHMM::trainMultiple(const std::vector<std::vector<int>>& sequences,
         }
         reestimation.estimate(newA, newB);
 
-        const internal::Parameters candidate = internal::givenParameters(N, pi, newA, newB);
+        const internal::Parameters candidate = internal::candidate(p.pi, newA, newB);
         double newLog = 0.0;
         for (const std::vector<int>& s : sequences) {
             newLog += internal::scaledLikelihood(candidate, s.data(), static_cast<int>(s.size()),
@@ -94,6 +96,7 @@ void LeftRightHMM::trainMultiple(const std::vector<std::vector<int>>& sequences,
         if (accepted) {
             a.swap(newA);
             b.swap(newB);
+            p = internal::parametersFor(*this, vocabSize, static_cast<int>(longest));
         }
         const bool goOn = !observer || observer({n, oldLog, newLog, accepted});
         if (!accepted || !goOn) return;

@@ -24,7 +24,7 @@ std::string composeCodebook(const std::vector<double>& codebook) {
 }  // namespace
 
 bool VectorQuantizer2D::printCodebook(char* path) {
-    return internal::writeFile(path, [this] { return composeCodebook(codebook); });
+    return internal::writeFile(path, composeCodebook(codebook));
 }
 
 bool VectorQuantizer2D::save(const std::string& path) const {

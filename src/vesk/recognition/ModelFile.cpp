@@ -140,7 +140,7 @@ std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name
 
 void RecognitionModelHMM::write(char* path) {
     if (recognitionHMM == nullptr) return;
-    internal::writeFile(path, [this] { return internal::upToNul(composeFile(*this)); });
+    internal::writeFile(path, internal::upToNul(composeFile(*this)));
 }
 
 bool RecognitionModelHMM::save(const std::string& path) const {

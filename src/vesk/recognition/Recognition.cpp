@@ -37,7 +37,7 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
     double combined = 0.0;
     if (model.recognitionHMM != nullptr) {
         combined = internal::forwardLikelihood(
-            internal::parametersOf(*model.recognitionHMM, alphabet), o, T);
+            internal::parametersFor(*model.recognitionHMM, alphabet, T), o, T);
     }
     result.threshold = combined * model.modelTransitionProb;
     observer.onThreshold(result.threshold);
@@ -47,7 +47,7 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
     result.gestures.reserve(model.gestures.size());
     for (std::size_t i = 0; i < model.gestures.size(); ++i) {
         const std::vector<double> alpha = internal::lastForwardColumn(
-            internal::parametersOf(*model.gestures[i], alphabet), o, T);
+            internal::parametersFor(*model.gestures[i], alphabet, T), o, T);
         const double probability = internal::orderedSum(alpha);
         observer.onProbability(i, probability * weight);
         // gamma at the last time: beta is 1 there, so its denominator is the probability itself.

@@ -69,7 +69,7 @@ std::string composeNode(const RecognitionModelHMM& model) {
 }  // namespace
 
 void RecognitionModelHMM::exportNode(char* path) {
-    internal::writeFile(path, [this] { return internal::upToNul(composeNode(*this)); });
+    internal::writeFile(path, internal::upToNul(composeNode(*this)));
 }
 
 bool RecognitionModelHMM::saveNode(const std::string& path) const {

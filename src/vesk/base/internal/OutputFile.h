@@ -1,12 +1,10 @@
 #ifndef VESK_BASE_INTERNAL_OUTPUTFILE_H
 #define VESK_BASE_INTERNAL_OUTPUTFILE_H
 
-#include <fstream>
 #include <locale>
-#include <ostream>
+#include <ios>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace Vesk::ML::internal {
 
@@ -32,24 +30,14 @@ std::string composeText(Write write) {
     out.imbue(std::locale::classic());
     out.exceptions(std::ios_base::badbit);
     write(out);
-    return std::move(out).str();
+    return out.str();
 }
 
-/// Opens the file for output, creating or truncating it.
-std::ofstream openOutput(const char* path);
+/// Creates or truncates the file and writes the text in one piece. Returns whether the file could
+/// be opened: how the writing went stays unsaid.
+bool writeFile(const std::string& path, const std::string& text);
 
-/// Creates or truncates the file, then composes the text and writes it in one piece. Returns
-/// whether the file could be opened; nothing is composed where not.
-template <typename Compose>
-bool writeFile(const char* path, Compose compose) {
-    std::ofstream out = openOutput(path);
-    if (!out.is_open()) return false;
-    const std::string text = compose();
-    out.write(text.data(), static_cast<std::streamsize>(text.size()));
-    return true;
-}
-
-/// Writes the text to the file: true only when every byte was written and the file closed.
+/// The same: true only when every byte was written and the file closed.
 bool saveFile(const std::string& path, const std::string& text);
 
 /// The text up to its first NUL character.

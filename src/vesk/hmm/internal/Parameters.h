@@ -24,17 +24,32 @@ struct Parameters {
     Table<const double> b;  ///< N x (at least the symbols that occur)
 };
 
-/// Of a model for symbols below `symbols`. std::out_of_range where its tables are too small.
-inline Parameters parametersOf(const HMM& model, std::int64_t symbols) {
-    using Vesk::Math::internal::leading;
-    using Vesk::Math::internal::table;
+/// Of a model, all of them. std::out_of_range where its tables are too small.
+inline Parameters parametersOf(const HMM& model) {
     const std::int64_t N = model.numStates;
-    return {static_cast<int>(N), leading(model.pi, N), table(model.a, N, N),
-            table(model.b, N, symbols)};
+    return {static_cast<int>(N), Vesk::Math::internal::leading(model.pi, N),
+            Vesk::Math::internal::table(model.a, N, N),
+            Vesk::Math::internal::table(model.b, N, model.vocabSize)};
 }
 
-/// For all of the model's symbols.
-inline Parameters parametersOf(const HMM& model) { return parametersOf(model, model.vocabSize); }
+/// Which tables a forward or backward pass over T symbols reads: one symbol needs no transitions,
+/// none needs nothing, and the backward table no initial probabilities.
+enum class Direction { Forward, Backward };
+
+/// Of a model for a pass over T symbols below `symbols`: as above, but what the pass does not read
+/// may be missing.
+inline Parameters parametersFor(const HMM& model, std::int64_t symbols, int T,
+                                Direction direction = Direction::Forward) {
+    const std::int64_t N = model.numStates;
+    const bool forward = direction == Direction::Forward;
+    const bool steps = T >= 2;
+    const bool emits = steps || (forward && T >= 1);
+    Parameters p{static_cast<int>(N), nullptr, {}, {}};
+    if (forward && T >= 1) p.pi = Vesk::Math::internal::leading(model.pi, N);
+    if (steps) p.a = Vesk::Math::internal::table(model.a, N, N);
+    if (emits) p.b = Vesk::Math::internal::table(model.b, N, symbols);
+    return p;
+}
 
 /// Of parameters that the library's caller passed in, whose shapes are the caller's duty; without
 /// initial probabilities. std::bad_alloc for a negative N, whose tables no allocator can make.
@@ -51,6 +66,12 @@ inline Parameters givenParameters(int N, const std::vector<double>& pi, const Ma
     assert(static_cast<std::size_t>(N) <= pi.size());
     parameters.pi = pi.data();
     return parameters;
+}
+
+/// Of a model in training that has not been adopted: a is N x N, b is N x M.
+inline Parameters candidate(const double* pi, const MatrixT<double>& a, const MatrixT<double>& b) {
+    return {a.rows, pi, Vesk::Math::internal::givenTable(a, a.rows, a.cols),
+            Vesk::Math::internal::givenTable(b, b.rows, b.cols)};
 }
 
 /// The first T symbols of a sequence, which the caller has to keep within the sequence and the
