@@ -66,7 +66,7 @@ public:
 
     // Conversion
 
-    /// rad * 180 / pi.
+    /// rad times 57.29577951308232, 180 / pi.
     double radToDeg(double rad);
 
     /// The direction of every step: P - 1 angles in [0, 360], from the arctangent of the slope

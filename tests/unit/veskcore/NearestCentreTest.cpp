@@ -1,0 +1,157 @@
+#include <vesk/quantizer/KMeansMotionVec.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <stdexcept>
+#include <vector>
+
+namespace {
+
+using Vesk::ML::KMeansMotionVec;
+using Rows = std::vector<std::vector<double>>;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
+const double nan = std::numeric_limits<double>::quiet_NaN();
+
+std::vector<int> nearest(const std::vector<double>& centres, const std::vector<double>& angles) {
+    Rows data = {angles};
+    KMeansMotionVec clusterer(centres, data);
+    const std::vector<std::vector<int>> result = clusterer.classify();
+    EXPECT_EQ(result.size(), 1u);
+    return result.at(0);
+}
+
+TEST(NearestCentreTest, EveryAngleGetsTheNearestCentre) {
+    EXPECT_EQ(nearest({0, 90, 180, 270}, {1, 44, 46, 91, 134, 136, 224, 226, 270, 314}),
+              (std::vector<int>{0, 0, 1, 1, 1, 2, 2, 3, 3, 3}));
+}
+
+TEST(NearestCentreTest, DistanceWrapsAroundTheCircle) {
+    // 316 is 44 from 360 and 46 from 270.
+    EXPECT_EQ(nearest({0, 90, 180, 270}, {316, 359.5, 360}), (std::vector<int>{0, 0, 0}));
+    // 5 is 10 from 355 and 15 from 20.
+    EXPECT_EQ(nearest({20, 355}, {5, 15}), (std::vector<int>{1, 0}));
+}
+
+TEST(NearestCentreTest, TiesGoToTheLowestIndex) {
+    EXPECT_EQ(nearest({0, 90, 180, 270}, {45, 135, 225, 315}), (std::vector<int>{0, 1, 2, 0}));
+    EXPECT_EQ(nearest({270, 180, 90, 0}, {45, 135, 225, 315}), (std::vector<int>{2, 1, 0, 0}));
+    // Opposite: 180 either way round.
+    EXPECT_EQ(nearest({10, 10}, {190}), std::vector<int>{0});
+    EXPECT_EQ(nearest({100, 0}, {230, 50}), (std::vector<int>{0, 0}));
+}
+
+TEST(NearestCentreTest, EqualCentresGiveTheFirstOfThem) {
+    EXPECT_EQ(nearest({90, 0, 90, 0, 360, 450}, {0, 90, 80, 359}), (std::vector<int>{1, 0, 0, 1}));
+}
+
+TEST(NearestCentreTest, RowsKeepTheirOrderAndLength) {
+    Rows data = {{10, 100}, {}, {200}, {}, {300, 20, 110}};
+    KMeansMotionVec clusterer({0, 90, 180, 270}, data);
+    EXPECT_EQ(clusterer.classify(),
+              (std::vector<std::vector<int>>{{0, 1}, {}, {2}, {}, {3, 0, 1}}));
+}
+
+TEST(NearestCentreTest, NoRowsGiveNoRows) {
+    Rows data;
+    KMeansMotionVec clusterer({0, 90}, data);
+    EXPECT_TRUE(clusterer.classify().empty());
+}
+
+TEST(NearestCentreTest, ClassifyingTwiceGivesTheSame) {
+    Rows data = {{10, 100, 350}};
+    KMeansMotionVec clusterer({0, 90}, data);
+    const auto first = clusterer.classify();
+    EXPECT_EQ(clusterer.classify(), first);
+    EXPECT_EQ(clusterer.centres, (std::vector<double>{0, 90}));
+}
+
+TEST(NearestCentreTest, WithoutCentresThereIsNoIndexToGive) {
+    Rows data = {{1.0}};
+    KMeansMotionVec clusterer({}, data);
+    EXPECT_THROW(clusterer.classify(), std::invalid_argument);
+}
+
+TEST(NearestCentreTest, AnglesAndCentresMayBeTurnsOff) {
+    EXPECT_EQ(nearest({0, 90, 180, 270}, {720, 450, -90, -180, -359, 3600090}),
+              (std::vector<int>{0, 1, 3, 2, 0, 1}));
+    EXPECT_EQ(nearest({-270, 720 + 180}, {90, 180, 100, 170}), (std::vector<int>{0, 1, 0, 1}));
+}
+
+TEST(NearestCentreTest, JustBelowZeroIsZero) {
+    // -1e-20 + 360 rounds to 360, which is 0: as near to the centre 0 as can be.
+    EXPECT_EQ(nearest({359, 1e-3, 0}, {-1e-20}), std::vector<int>{2});
+    EXPECT_EQ(nearest({359, 1e-3, -1e-20}, {0}), std::vector<int>{2});
+    EXPECT_EQ(nearest({1, -0.0, 0.0}, {0.0, -0.0}), (std::vector<int>{1, 1}));
+}
+
+TEST(NearestCentreTest, HugeAnglesAreReducedExactly) {
+    // 2^60 = 1152921504606846976 = 360 * 3202559735019019 + 136.
+    EXPECT_EQ(nearest({0, 136, 200}, {0x1p60}), std::vector<int>{1});
+    // 2^61: 272.
+    EXPECT_EQ(nearest({0, 0x1p61, 200}, {272, -80}), (std::vector<int>{1, 1}));
+    EXPECT_EQ(nearest({std::fmod(1e300, 360.0), std::fmod(1e300, 360.0) + 1}, {1e300}),
+              std::vector<int>{0});
+}
+
+TEST(NearestCentreTest, NonFiniteAnglesGetIndexZero) {
+    EXPECT_EQ(nearest({100, 0}, {nan, infinity, -infinity, 1}), (std::vector<int>{0, 0, 0, 1}));
+    EXPECT_EQ(nearest({nan, 0}, {nan, infinity, -infinity, 1}), (std::vector<int>{0, 0, 0, 1}));
+}
+
+TEST(NearestCentreTest, NonFiniteCentresAreNearestToNothing) {
+    EXPECT_EQ(nearest({nan, infinity, 200, -infinity}, {0, 20, 200, 300}),
+              (std::vector<int>{2, 2, 2, 2}));
+    EXPECT_EQ(nearest({infinity, 90, nan, 0}, {10, 80, 45}), (std::vector<int>{3, 1, 1}));
+}
+
+TEST(NearestCentreTest, NonFiniteCentresAloneGiveIndexZero) {
+    EXPECT_EQ(nearest({nan, infinity}, {0, 20, nan}), (std::vector<int>{0, 0, 0}));
+    EXPECT_EQ(nearest({infinity}, {123}), std::vector<int>{0});
+}
+
+TEST(NearestCentreTest, SubnormalDifferencesCountAsRounded) {
+    // 90 - 1e-17 rounds to 90: both centres are 90 away, and the first wins.
+    EXPECT_EQ(nearest({0, 1e-17}, {90}), std::vector<int>{0});
+    EXPECT_EQ(nearest({1e-17, 0}, {90}), std::vector<int>{0});
+    EXPECT_EQ(nearest({1e-17, 0}, {270}), std::vector<int>{0});
+    // Near zero they differ.
+    EXPECT_EQ(nearest({0, 1e-17}, {2e-17}), std::vector<int>{1});
+    EXPECT_EQ(nearest({5e-324, 0}, {0, 5e-324, 1}), (std::vector<int>{1, 0, 0}));
+}
+
+TEST(NearestCentreTest, RoundedTiesReachPastTheNeighbours) {
+    // Seen from 180, the four are all 180 - 0 as rounded, or wrap to it: the lowest index wins,
+    // however many lie between.
+    EXPECT_EQ(nearest({0, 1e-16, 1e-17, 1e-18}, {180}), std::vector<int>{0});
+    EXPECT_EQ(nearest({1e-18, 1e-17, 1e-16, 0}, {180}), std::vector<int>{0});
+    EXPECT_EQ(nearest({300, 0, 1e-18, 1e-17, 1e-16}, {100}), std::vector<int>{1});
+}
+
+TEST(NearestCentreTest, LargeCodebookIsSearchedExactly) {
+    constexpr int count = 100000;
+    std::vector<double> centres;
+    std::vector<double> angles;
+    std::vector<int> expected;
+    for (int i = 0; i < count; ++i) {
+        // A permutation of the even spacing: 7919 has no factor in common with the count.
+        const int position = static_cast<int>((i * 7919LL) % count);
+        centres.push_back(position * (360.0 / count));
+        angles.push_back(position * (360.0 / count) + 0.001);
+        expected.push_back(i);
+    }
+    EXPECT_EQ(nearest(centres, angles), expected);
+}
+
+TEST(NearestCentreTest, ManyEqualCentresAreOne) {
+    std::vector<double> centres(100000, 200.0);
+    centres.push_back(20.0);
+    const std::vector<double> angles(20000, 210.0);
+    EXPECT_EQ(nearest(centres, angles), std::vector<int>(20000, 0));
+    EXPECT_EQ(nearest(centres, {20.0}), std::vector<int>{100000});
+}
+
+}  // namespace
