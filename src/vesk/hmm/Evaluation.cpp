@@ -60,7 +60,8 @@ double HMM::backwardProbabilityHMM(VectorT<int> observation, int T, int N, Vecto
 
 double HMM::xi(int i, int j, int t, VectorT<int> observation, MatrixT<double> alpha,
                MatrixT<double> beta) {
-    const internal::Parameters p = internal::parametersOf(*this);
+    const internal::Parameters p =
+        internal::parametersFor(*this, vocabSize, t + 2, internal::Direction::Backward);
     const auto forwards = givenTable(alpha, p.N, t + 1);
     const auto backwards = givenTable(beta, p.N, t + 2);
     const int symbol = internal::observed(observation, t + 2, vocabSize)[t + 1];

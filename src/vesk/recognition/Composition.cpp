@@ -16,6 +16,8 @@ namespace {
 
 using Vesk::Math::MatrixT;
 using Vesk::Math::internal::covers;
+using Vesk::Math::internal::Extent;
+using Vesk::Math::internal::extentOf;
 using Vesk::Math::internal::throwTableTooSmall;
 
 /// A gesture's share of what the combined model leaves; exactly 1.0 where that model takes all.
@@ -24,13 +26,28 @@ double gestureShare(double modelTransitionProb, std::size_t gestures) {
     return internal::divide(1.0 - modelTransitionProb, static_cast<double>(gestures));
 }
 
+/// The staging fields as they are, or as `initialize` is about to make them.
+struct Staging {
+    std::int64_t N;
+    std::int64_t pi;
+    Extent a;
+    Extent b;
+};
+
+/// What `resize` makes of a matrix.
+Extent extentAfterResize(const MatrixT<double>& matrix, unsigned int rows, unsigned int cols) {
+    const auto r = static_cast<int>(rows);
+    const auto c = static_cast<int>(cols);
+    if (matrix.rows == r && matrix.cols == c) return extentOf(matrix);
+    return {c, static_cast<std::int32_t>(rows * cols)};
+}
+
 /// Gestures whose tables disagree with their sizes spill into the rows of the next: refused only
 /// where that would leave the staging tables.
-void requireRoomForRows(const RecognitionModelHMM& model) {
-    const std::int64_t N = model.numStates;
+void requireRoom(const std::vector<HMM*>& gestures, const Staging& staging) {
     std::int64_t transitionRows = 0;
     std::int64_t emissionRows = 0;
-    for (const HMM* gesture : model.gestures) {
+    for (const HMM* gesture : gestures) {
         assert(gesture != nullptr);
         const std::int64_t rows = std::max(gesture->a.rows, 0);
         if (!covers(gesture->a, rows, rows)) throwTableTooSmall();
@@ -40,10 +57,11 @@ void requireRoomForRows(const RecognitionModelHMM& model) {
         const std::int64_t columns = std::max(gesture->b.cols, 0);
         if (!covers(gesture->b, emissions, columns)) throwTableTooSmall();
         emissionRows += emissions;
-        if (emissions > 0 && !covers(model.b, emissionRows, columns)) throwTableTooSmall();
+        if (emissions > 0 && !covers(staging.b, emissionRows, columns)) throwTableTooSmall();
     }
-    if (N > static_cast<std::int64_t>(model.pi.size())) throwTableTooSmall();
-    if (!covers(model.a, transitionRows, std::max(N, transitionRows))) throwTableTooSmall();
+    if (staging.N > staging.pi) throwTableTooSmall();
+    const std::int64_t width = std::max(staging.N, transitionRows);
+    if (!covers(staging.a, transitionRows, width)) throwTableTooSmall();
 }
 
 /// The self-transition of each gesture state, the rest of its probability spread evenly.
@@ -116,10 +134,12 @@ void RecognitionModelHMM::setName(std::string n) {
 
 bool RecognitionModelHMM::initialize() {
     if (fromParameters || gestures.empty()) return false;
-    unsigned int sum = 0;
-    for (const HMM* gesture : gestures) sum += gesture->numStates;
-    numStates = sum;
-    vocabSize = gestures[0]->vocabSize;
+    unsigned int N = 0;
+    for (const HMM* gesture : gestures) N += gesture->numStates;
+    const unsigned int M = gestures[0]->vocabSize;
+    requireRoom(gestures, {N, N, extentAfterResize(a, N, N), extentAfterResize(b, N, M)});
+    numStates = N;
+    vocabSize = M;
     vocab = gestures[0]->vocab;
     pi.resize(numStates);
     a.resize(static_cast<int>(numStates), static_cast<int>(numStates));
@@ -128,7 +148,8 @@ bool RecognitionModelHMM::initialize() {
 }
 
 bool RecognitionModelHMM::setParameters() {
-    requireRoomForRows(*this);
+    requireRoom(gestures, {numStates, static_cast<std::int64_t>(pi.size()), extentOf(a),
+                           extentOf(b)});
     recognitionHMM = newCombinedModel(*this);
     const double share = internal::divide(1.0, numStates);
     std::fill_n(pi.begin(), numStates, share);

@@ -16,32 +16,20 @@ namespace Vesk::ML {
 namespace {
 
 using internal::InputFile;
-using internal::writeLine;
-using Vesk::Math::internal::leading;
-using Vesk::Math::internal::table;
 
-/// Quantiser settings, codebook and combined model. The sizes are the recognition model's own, the
-/// tables those of the combined model.
+/// Quantiser settings, codebook and combined model. The sizes that are written are the recognition
+/// model's own, the tables are the combined model's.
 void writeHeader(std::ostream& out, const RecognitionModelHMM& model) {
     const HMM& combined = *model.recognitionHMM;
-    const std::int64_t N = model.numStates;
-    const std::int64_t M = model.vocabSize;
-    const double* pi = leading(combined.pi, N);
-    const auto a = table(combined.a, N, N);
-    const auto b = table(combined.b, N, M);
-    const auto vocab = table(combined.vocab, M, 1);
-
     out << static_cast<double>(model.proxFilterThreshold) << ' ' << (model.rotationAllowed ? 1 : 0)
         << ' ' << model.codebook.size() << '\n';
-    writeLine(out, internal::rowOf(model.codebook));
+    internal::writeLine(out, internal::rowOf(model.codebook));
     out << '\n';
     out << model.name << '\n';
     out << model.numStates << ' ' << model.vocabSize << ' ' << combined.dimension << ' '
         << model.modelTransitionProb << '\n';
-    writeLine(out, {pi, 1, static_cast<int>(N), 0});
-    writeLine(out, a);
-    writeLine(out, b);
-    writeLine(out, vocab);
+    internal::writeParameters(out, combined);
+    internal::writeVocabulary(out, combined);
 }
 
 void writeGesture(std::ostream& out, const HMM& gesture) {

@@ -26,13 +26,27 @@ struct Table {
     T& operator()(int r, int c) const { return row(r)[c]; }
 };
 
-/// Whether rows x cols elements starting at (0, 0) lie within the matrix's storage.
+/// What tells which positions of a matrix exist.
+struct Extent {
+    std::int64_t stride;  ///< columns
+    std::int64_t length;  ///< elements stored
+};
+
+template <typename T>
+Extent extentOf(const MatrixT<T>& matrix) {
+    return {matrix.cols, static_cast<std::int64_t>(matrix.data.size())};
+}
+
+/// Whether rows x cols elements starting at (0, 0) lie within the storage.
+inline bool covers(const Extent& extent, std::int64_t rows, std::int64_t cols) {
+    if (rows < 0 || cols < 0 || extent.stride < 0) return false;
+    if (rows == 0 || cols == 0) return true;
+    return extent.stride * (rows - 1) + (cols - 1) < extent.length;
+}
+
 template <typename T>
 bool covers(const MatrixT<T>& matrix, std::int64_t rows, std::int64_t cols) {
-    if (rows < 0 || cols < 0 || matrix.cols < 0) return false;
-    if (rows == 0 || cols == 0) return true;
-    const std::int64_t last = matrix.cols * (rows - 1) + (cols - 1);
-    return last < static_cast<std::int64_t>(matrix.data.size());
+    return covers(extentOf(matrix), rows, cols);
 }
 
 /// What an operation throws that would leave the storage of a model's tables.
