@@ -81,7 +81,7 @@ inline std::vector<double> randomRow(Random& random, int count, Parameters kind)
         sum += value;
     }
     if (kind == Parameters::Stochastic || kind == Parameters::Sparse) {
-        if (sum == 0.0) {
+        if (sum == 0.0 && count > 0) {
             row[0] = 1.0;
             sum = 1.0;
         }
