@@ -45,8 +45,11 @@ function(vesk_shared name exported objects)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vesk_private>)
     target_compile_features(${name} INTERFACE cxx_std_17)
     target_link_options(${name} PRIVATE
-        "LINKER:--version-script=${map}" "LINKER:--as-needed"
-        $<$<NOT:$<BOOL:${VESK_SANITIZE}>>:LINKER:--no-undefined>)
+        "LINKER:--version-script=${map}" "LINKER:--as-needed")
+    if(NOT VESK_SANITIZE)
+        # A sanitizer's own functions are defined by the program.
+        target_link_options(${name} PRIVATE "LINKER:--no-undefined")
+    endif()
     set_target_properties(${name} PROPERTIES
         LINKER_LANGUAGE CXX
         EXPORT_NAME ${exported}

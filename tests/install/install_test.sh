@@ -1,0 +1,143 @@
+#!/usr/bin/env bash
+# Installs a build, moves what was installed, and uses it from outside.
+#
+#   install_test.sh TEST SOURCE BUILD SCRATCH COMPILER KIT [ARGUMENT]
+#
+# TEST is one of the functions below; SCRATCH a folder that the tests share; KIT is ON where the
+# build holds the kit and the program.
+set -euo pipefail
+
+test_name=$1 source=$2 build=$3 scratch=$4 compiler=$5 kit=$6 argument=${7-}
+here=$source/tests/install
+prefix=$scratch/moved
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+expect_no_lines() {  # <what they are> <lines>
+    [[ -z $2 ]] || fail "$1:"$'\n'"$2"
+}
+
+configure() {  # <source> <build> <option>...
+    rm -rf "$2"
+    cmake -S "$1" -B "$2" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_BUILD_TYPE=None "${@:3}"
+}
+
+build_and_test() {  # <build>
+    cmake --build "$1"
+    ctest --test-dir "$1" --output-on-failure --no-tests=error
+}
+
+# The tree that the other tests use. Its first place is gone when they do.
+tree() {
+    rm -rf "$scratch"
+    cmake --install "$build" --prefix "$scratch/first" >/dev/null
+    mv "$scratch/first" "$prefix"
+    find "$prefix" | sort
+
+    expect_no_lines "internal headers were installed" "$(find "$prefix" -name internal)"
+    expect_no_lines "machine paths in installed files" \
+        "$(grep -rlIF -e "$build" -e "$source" -e "$scratch" "$prefix" || true)"
+    local name
+    for name in libHMM.so libVeskcore.so; do
+        [[ -L $(find "$prefix" -name $name) ]] || fail "no link $name"
+    done
+}
+
+# What a program needs to run, and nothing for developers.
+runtime() {
+    rm -rf "$scratch/runtime"
+    cmake --install "$build" --prefix "$scratch/runtime" --component runtime >/dev/null
+    expect_no_lines "not for running" "$(find "$scratch/runtime" ! -type d |
+        grep -vE '/(libHMM|libVeskcore)\.so\.1(\.[0-9]+\.[0-9]+)?$|/bin/vesk$' || true)"
+    [[ -e $(find "$scratch/runtime" -name libHMM.so.1) ]] || fail "no libHMM.so.1"
+    [[ -e $(find "$scratch/runtime" -name libVeskcore.so.1) ]] || fail "no libVeskcore.so.1"
+    if [[ $kit == ON ]]; then
+        (cd / && env -u LD_LIBRARY_PATH "$scratch/runtime/bin/vesk" --version)
+    fi
+}
+
+# find_package, at the language level given.
+package() {
+    local dir
+    dir=$(dirname "$(find "$prefix" -name VeskHMMConfig.cmake)")
+    configure "$here/package" "$scratch/package-$argument" -DSTANDARD="$argument" -DKIT="$kit" \
+        -DCMAKE_PREFIX_PATH="$prefix" \
+        -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
+    build_and_test "$scratch/package-$argument"
+    if [[ $kit == ON ]]; then
+        # Without the kit's own dependencies the library is still there.
+        configure "$here/package" "$scratch/package-alone" -DSTANDARD="$argument" -DKIT=OFF \
+            -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_DISABLE_FIND_PACKAGE_fmt=TRUE \
+            -DCMAKE_DISABLE_FIND_PACKAGE_pugixml=TRUE \
+            -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
+    fi
+}
+
+# A version that the package does not have is refused.
+package_version() {
+    mkdir -p "$scratch/version"
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.25)' 'project(Host LANGUAGES CXX)' \
+        'find_package(VeskHMM 2.0 QUIET)' 'if(VeskHMM_FOUND)' \
+        'message(FATAL_ERROR "found")' 'endif()' >"$scratch/version/CMakeLists.txt"
+    configure "$scratch/version" "$scratch/version/build" -DCMAKE_PREFIX_PATH="$prefix"
+}
+
+# A plain compiler call with what pkg-config says, at the language level given.
+pkg_config() {
+    local libdir version
+    libdir=$(dirname "$(find "$prefix" -name 'libHMM.so')")
+    export PKG_CONFIG_PATH=$libdir/pkgconfig
+    version=$(pkg-config --modversion vesk-hmm)
+    local -a cflags libs
+    read -ra cflags <<<"$(pkg-config --cflags vesk-hmm)"
+    read -ra libs <<<"$(pkg-config --libs vesk-hmm)"
+    "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
+        "$here/library.cpp" "${libs[@]}" -o "$scratch/pkg-config-$argument"
+    LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-$argument" "$version"
+    if [[ $kit == ON ]]; then
+        read -ra cflags <<<"$(pkg-config --cflags vesk-kit)"
+        read -ra libs <<<"$(pkg-config --libs vesk-kit)"
+        "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
+            "$here/kit.cpp" "${libs[@]}" -o "$scratch/pkg-config-kit-$argument"
+        LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-kit-$argument" "$version"
+    fi
+}
+
+# The sources inside another project: no tests, no settings, no installed files come with them.
+subdirectory() {
+    local dir=$scratch/subdirectory installed
+    configure "$here/subproject" "$dir" -DVESK_SOURCE="$source"
+    build_and_test "$dir"
+    ctest --test-dir "$dir" --show-only | grep -q '^Total Tests: 1$' || fail "tests came along"
+    cmake --install "$dir" --prefix "$dir/installed" >/dev/null
+    installed=$(find "$dir/installed" ! -type d 2>/dev/null || true)
+    expect_no_lines "files came along" "$installed"
+}
+
+fetch_content() {
+    configure "$here/subproject" "$scratch/fetch-content" -DVESK_SOURCE="$source" -DFETCH_CONTENT=ON
+}
+
+# The two shared objects from nothing but a compiler; a build without tests needs no test library.
+without_dependencies() {
+    local -a absent=(-DCMAKE_DISABLE_FIND_PACKAGE_{GTest,rapidcheck,Python3,fmt,pugixml}=TRUE)
+    absent+=(-DCMAKE_DISABLE_FIND_PACKAGE_{nlohmann_json,CLI11}=TRUE)
+    configure "$source" "$scratch/alone" -DBUILD_TESTING=OFF -DVESK_BUILD_KIT=OFF \
+        -DVESK_BUILD_TOOLS=OFF "${absent[@]}"
+    cmake --build "$scratch/alone"
+    cmake --install "$scratch/alone" --prefix "$scratch/alone/installed" >/dev/null
+    local libdir
+    libdir=$(dirname "$(find "$scratch/alone/installed" -name libHMM.so)")
+    "$compiler" -std=c++17 -I"$scratch/alone/installed/include" "$here/library.cpp" -L"$libdir" \
+        -lHMM -lVeskcore -o "$scratch/alone/host"
+    LD_LIBRARY_PATH=$libdir "$scratch/alone/host"
+    if [[ $kit == ON ]]; then
+        configure "$source" "$scratch/untested" -DBUILD_TESTING=OFF "${absent[@]:0:3}"
+    fi
+}
+
+declare -F "$test_name" >/dev/null || fail "no such test: $test_name"
+"$test_name"
