@@ -1,0 +1,231 @@
+#include <veskkit/Error.h>
+#include <veskkit/internal/Text.h>
+#include <veskkit/io/InputFile.h>
+#include <veskkit/io/JsonLinesReader.h>
+
+#include <nlohmann/json.hpp>
+
+#include <ios>
+#include <streambuf>
+#include <utility>
+
+namespace Vesk::Kit {
+
+using internal::joined;
+using nlohmann::json;
+
+namespace {
+
+/// Builds a trace from the parts of one JSON text as they are read, and throws at the first part
+/// that has no place in one.
+class TraceBuilder : public nlohmann::json_sax<json> {
+public:
+    TraceBuilder(Trace& result, std::string where) : trace(result), place(std::move(where)) {}
+
+    bool null() override { return scalar("null"); }
+    bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
+    bool number_integer(number_integer_t value) override {
+        return number(static_cast<double>(value));
+    }
+    bool number_unsigned(number_unsigned_t value) override {
+        return number(static_cast<double>(value));
+    }
+    bool number_float(number_float_t value, const string_t&) override { return number(value); }
+    bool binary(binary_t&) override { return scalar("binary data"); }
+
+    bool string(string_t& value) override {
+        if (level != Level::Object) return scalar("a string");
+        switch (field) {
+            case Field::Gesture: trace.gesture = value; return true;
+            case Field::User: trace.user = value; return true;
+            case Field::Points: break;
+            case Field::Other: break;
+        }
+        return scalar("a string");
+    }
+
+    bool start_object(std::size_t) override {
+        if (level != Level::Outside) return misplaced("an object");
+        level = Level::Object;
+        return true;
+    }
+
+    bool key(string_t& name) override {
+        if (ignored > 0) return true;
+        field = Field::Other;
+        if (name == "gesture") field = Field::Gesture;
+        if (name == "user") field = Field::User;
+        if (name == "points") field = Field::Points;
+        return true;
+    }
+
+    bool end_object() override {
+        if (ignored > 0) {
+            --ignored;
+        } else {
+            level = Level::Outside;
+        }
+        return true;
+    }
+
+    bool start_array(std::size_t) override {
+        if (field != Field::Points || level == Level::Outside) return misplaced("a list");
+        if (level == Level::Object) {
+            level = Level::Points;
+            trace.points.clear();
+            sawPoints = true;
+        } else if (level == Level::Points) {
+            level = Level::Position;
+            trace.points.emplace_back();
+        } else {
+            return misplaced("a list");
+        }
+        return true;
+    }
+
+    bool end_array() override {
+        if (ignored > 0) {
+            --ignored;
+        } else if (level == Level::Position) {
+            requireTwoNumbers();
+            level = Level::Points;
+        } else {
+            level = Level::Object;
+        }
+        return true;
+    }
+
+    bool parse_error(std::size_t position, const std::string& token,
+                     const nlohmann::detail::exception& error) override {
+        constexpr int numberOutOfRange = 406;
+        if (error.id == numberOutOfRange) {
+            fail("the number " + internal::oneLine(token, 60), "a finite number");
+        }
+        fail(joined("text that is not JSON at byte ", position, " of the line"), "an object");
+    }
+
+    void requirePoints() const {
+        if (!sawPoints) fail("no key \"points\"", "a list of positions");
+    }
+
+private:
+    enum class Level { Outside, Object, Points, Position };
+    enum class Field { Gesture, User, Points, Other };
+
+    bool number(double value) {
+        if (level != Level::Position) return scalar("a number");
+        trace.points.back().push_back(value);
+        return true;
+    }
+
+    /// A value that carries nothing for a trace: fine under a key of no concern.
+    bool scalar(const char* found) const {
+        if (level == Level::Outside) fail(found, "an object");
+        if (field == Field::Other) return true;
+        if (level == Level::Position) {
+            fail(joined(found, " as ", pointName(), '[', trace.points.back().size(), ']'),
+                 "a finite number");
+        }
+        if (level == Level::Points) {
+            fail(joined(found, " as points[", trace.points.size(), ']'),
+                 "a list of at least 2 numbers");
+        }
+        if (field == Field::Points) fail(joined(found, " as \"points\""), "a list of positions");
+        fail(joined(found, " as ", field == Field::User ? "\"user\"" : "\"gesture\""), "a string");
+    }
+
+    /// A list or an object where a trace has none.
+    bool misplaced(const char* found) {
+        scalar(found);
+        ++ignored;
+        return true;
+    }
+
+    void requireTwoNumbers() const {
+        const std::size_t count = trace.points.back().size();
+        if (count >= 2) return;
+        fail(joined(count, count == 1 ? " number" : " numbers", " in ", pointName()), "at least 2");
+    }
+
+    std::string pointName() const { return joined("points[", trace.points.size() - 1, ']'); }
+
+    [[noreturn]] void fail(const std::string& found, const std::string& expected) const {
+        throw InputError(joined(place, ": found ", found, ", expected ", expected));
+    }
+
+    Trace& trace;
+    std::string place;
+    Level level = Level::Outside;
+    Field field = Field::Other;
+    std::size_t ignored = 0;  ///< lists and objects open under a key of no concern
+    bool sawPoints = false;
+};
+
+bool isBlank(const std::string& line) {
+    return line.find_first_not_of(" \t\r\v\f") == std::string::npos;
+}
+
+}  // namespace
+
+JsonLinesReader::JsonLinesReader(const std::string& path)
+    : file(openInput(path)), in(file), source(path) {}
+
+JsonLinesReader::JsonLinesReader(std::istream& stream, std::string name)
+    : in(stream), source(std::move(name)) {}
+
+bool JsonLinesReader::next(Trace& trace) {
+    do {
+        if (!nextLine()) return false;
+    } while (isBlank(line));
+    Trace result;
+    result.source = source;
+    result.line = lineNumber;
+    // The parser takes a zero byte for the end.
+    if (const std::size_t zero = line.find('\0'); zero != std::string::npos) {
+        throw InputError(joined(placeOf(result), ": found text that is not JSON at byte ", zero + 1,
+                                " of the line, expected an object"));
+    }
+    TraceBuilder builder(result, placeOf(result));
+    json::sax_parse(line, &builder);
+    builder.requirePoints();
+    trace = std::move(result);
+    return true;
+}
+
+/// Takes the next line without its end; false where there is none.
+bool JsonLinesReader::nextLine() {
+    using traits = std::istream::traits_type;
+    line.clear();
+    bool any = false;
+    bool tooLong = false;
+    try {
+        std::streambuf& buffer = *in.rdbuf();
+        for (auto c = buffer.sbumpc(); !traits::eq_int_type(c, traits::eof());
+             c = buffer.sbumpc()) {
+            if (!any) ++lineNumber;
+            any = true;
+            if (traits::to_char_type(c) == '\n') break;
+            tooLong = tooLong || line.size() == longestLine;
+            if (!tooLong) line.push_back(traits::to_char_type(c));
+        }
+    } catch (const std::ios_base::failure&) {
+        throw InputError(internal::oneLine(source) + ": cannot be read");
+    }
+    if (tooLong) {
+        throw InputError(joined(internal::oneLine(source), ':', lineNumber,
+                                ": found a line of more than ", longestLine,
+                                " bytes, expected one object"));
+    }
+    constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
+    if (lineNumber == 1 && line.compare(0, 3, byteOrderMark) == 0) line.erase(0, 3);
+    return any;
+}
+
+std::vector<Trace> readTraces(const std::string& path) {
+    JsonLinesReader reader(path);
+    std::vector<Trace> traces;
+    for (Trace trace; reader.next(trace);) traces.push_back(std::move(trace));
+    return traces;
+}
+
+}  // namespace Vesk::Kit

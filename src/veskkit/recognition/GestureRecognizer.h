@@ -1,0 +1,89 @@
+#ifndef VESK_VESKKIT_RECOGNITION_GESTURERECOGNIZER_H
+#define VESK_VESKKIT_RECOGNITION_GESTURERECOGNIZER_H
+
+#include <vesk/quantizer/VectorQuantizer2D.h>
+#include <veskkit/recognition/RecognitionModel.h>
+#include <veskkit/traces/Resampler.h>
+#include <veskkit/traces/Trace.h>
+
+#include <cstddef>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit {
+
+/// Why a trace was not recognised.
+enum class Rejection {
+    None,             ///< it was recognised
+    TooShort,         ///< no direction, or fewer than two symbols
+    ZeroProbability,  ///< no gesture model can produce it, or all probabilities underflow
+    Threshold,        ///< the likeliest gesture does not beat the threshold model
+    LastState         ///< it does, but the trace does not end in that gesture's last state
+};
+
+/// The reason in words: "too short", "zero probability", "threshold", "last state"; "" for None.
+const char* toString(Rejection reason);
+
+/// How well one gesture explains a trace.
+struct Score {
+    std::string gesture;    ///< each name once, with its best sub-model
+    double logProbability;  ///< natural log of P(symbols | gesture); minus infinity for 0
+};
+
+/// What a recogniser makes of one trace.
+struct Result {
+    std::string gesture;  ///< the recognised gesture's name; empty where rejected
+    Rejection rejection = Rejection::TooShort;  ///< None where recognised
+    std::vector<Score> scores;  ///< best first, equal ones in the model's order; empty if TooShort
+
+    /// How far the winner (where rejected: the likeliest gesture) clears the threshold, as a
+    /// natural logarithm: ln(weighted probability / threshold). Positive where it does, plus
+    /// infinity over a threshold of 0, minus infinity for a probability of 0 and if TooShort.
+    double margin = -std::numeric_limits<double>::infinity();
+
+    bool recognized() const { return rejection == Rejection::None; }
+};
+
+/// Recognises traces with a trained model: prepares the trace, takes its symbols with the model's
+/// own codebook and quantiser settings, and asks the model.
+///
+/// The verdict is the one of RecognitionModelHMM::check on the same symbols. Scores are natural
+/// logarithms of the plain probabilities; where these underflow, of the scaled pass.
+///
+/// Owns its model. Immutable; const calls from any number of threads at once.
+class GestureRecognizer {
+public:
+    /// InputError where the model is not sound (ModelCheck.h), prefixed with `source`: the file
+    /// that the model comes from, say.
+    explicit GestureRecognizer(RecognitionModel model, Preparation preparation = {},
+                               const std::string& source = "model");
+
+    const RecognitionModel& model() const { return owned; }
+    const Preparation& preparation() const { return resampler.preparation(); }
+
+    /// The symbols of a trace; empty where it has no direction. InputError, naming the trace, for
+    /// positions with fewer than two numbers or with non-finite ones.
+    std::vector<int> symbols(const Trace& trace) const;
+
+    /// Recognises a trace. InputError as `symbols`. O(T (N^2 + sum of squared gesture sizes)), T
+    /// symbols, N states of the threshold model.
+    Result recognize(const Trace& trace) const;
+
+    /// Recognises positions in memory.
+    Result recognize(const Points& points) const;
+
+    /// Recognises a symbol sequence. InputError for a symbol that is not in the codebook.
+    Result recognizeSymbols(const std::vector<int>& symbols) const;
+
+private:
+    RecognitionModel owned;
+    Resampler resampler;
+    Vesk::ML::VectorQuantizer2D quantizer;
+    std::vector<std::string> names;   ///< each gesture's name once
+    std::vector<std::size_t> nameOf;  ///< per gesture model its index in `names`
+};
+
+}  // namespace Vesk::Kit
+
+#endif

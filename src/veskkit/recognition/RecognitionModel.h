@@ -1,0 +1,56 @@
+#ifndef VESK_VESKKIT_RECOGNITION_RECOGNITIONMODEL_H
+#define VESK_VESKKIT_RECOGNITION_RECOGNITIONMODEL_H
+
+#include <vesk/leftright/LeftRightHMM.h>
+#include <vesk/recognition/RecognitionModelHMM.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit {
+
+/// A recognition model together with the models that it refers to: the library's class borrows
+/// its gestures and never frees its combined model; this one owns and frees all of them.
+///
+/// Move-only; the pointers inside stay valid when it moves. `clone` copies everything.
+class RecognitionModel {
+public:
+    RecognitionModel() = default;
+    RecognitionModel(RecognitionModel&& other) noexcept;
+    RecognitionModel& operator=(RecognitionModel&& other) noexcept;
+    RecognitionModel(const RecognitionModel&) = delete;
+    RecognitionModel& operator=(const RecognitionModel&) = delete;
+    ~RecognitionModel();
+
+    /// The library's object, for everything that it can do. Do not exchange its gestures or
+    /// rebuild its combined model through a copy of it.
+    const Vesk::ML::RecognitionModelHMM& get() const { return model; }
+
+    /// The gesture models, in order; several may carry one name (sub-models of one gesture).
+    const std::vector<std::unique_ptr<Vesk::ML::LeftRightHMM>>& gestures() const { return owned; }
+
+    /// Each gesture's name once, in the order of first appearance.
+    std::vector<std::string> gestureNames() const;
+
+    /// Appends a gesture model.
+    void add(Vesk::ML::LeftRightHMM gesture);
+
+    /// Puts `settings` in place (name, codebook, quantiser settings, staging fields and
+    /// modelTransitionProb; its gestures and combined model are ignored) and builds the combined
+    /// model from its staging fields, as reading a file does. Call it after the last `add`.
+    void build(const Vesk::ML::RecognitionModelHMM& settings);
+
+    RecognitionModel clone() const;
+
+private:
+    void swap(RecognitionModel& other) noexcept;
+
+    std::vector<std::unique_ptr<Vesk::ML::LeftRightHMM>> owned;
+    std::unique_ptr<Vesk::ML::HMM> combined;
+    Vesk::ML::RecognitionModelHMM model;
+};
+
+}  // namespace Vesk::Kit
+
+#endif

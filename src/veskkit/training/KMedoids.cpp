@@ -1,0 +1,198 @@
+#include <veskkit/Error.h>
+#include <veskkit/traces/Resampler.h>
+#include <veskkit/training/KMedoids.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Vesk::Kit {
+
+namespace {
+
+constexpr int shapePoints = 32;
+constexpr std::size_t mostCompared = 1000;
+
+using Indices = std::vector<std::size_t>;
+
+/// Index of the first smallest value.
+std::size_t argMin(const std::vector<double>& values) {
+    return static_cast<std::size_t>(std::min_element(values.begin(), values.end()) -
+                                    values.begin());
+}
+
+/// The medoids' search over a table of distances.
+class Search {
+public:
+    Search(const std::vector<double>& table, std::size_t items) : distances(table), n(items) {}
+
+    double distance(std::size_t i, std::size_t j) const { return distances[i * n + j]; }
+
+    /// The build phase of the medoids: at most k, fewer where no further one lowers the sum.
+    Indices build(std::size_t k) const {
+        Indices medoids{centreOf(all())};
+        std::vector<double> nearest(n);
+        for (std::size_t i = 0; i < n; ++i) nearest[i] = distance(i, medoids[0]);
+        while (medoids.size() < k) {
+            std::size_t best = 0;
+            double bestGain = 0.0;
+            for (std::size_t candidate = 0; candidate < n; ++candidate) {
+                double gain = 0.0;
+                for (std::size_t i = 0; i < n; ++i) {
+                    gain += std::max(0.0, nearest[i] - distance(i, candidate));
+                }
+                if (gain > bestGain) {
+                    bestGain = gain;
+                    best = candidate;
+                }
+            }
+            if (bestGain == 0.0) break;
+            medoids.push_back(best);
+            for (std::size_t i = 0; i < n; ++i)
+                nearest[i] = std::min(nearest[i], distance(i, best));
+        }
+        std::sort(medoids.begin(), medoids.end());
+        return medoids;
+    }
+
+    Clustering assign(Indices medoids) const {
+        Clustering result;
+        result.cluster.resize(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            std::vector<double> to;
+            for (const std::size_t medoid : medoids) to.push_back(distance(i, medoid));
+            result.cluster[i] = argMin(to);
+        }
+        result.medoids = std::move(medoids);
+        return result;
+    }
+
+    /// Of every cluster the item of least total distance to its members; empty clusters vanish.
+    Indices centres(const Clustering& clustering) const {
+        Indices result;
+        for (const Indices& members : clustering.members()) {
+            if (!members.empty()) result.push_back(centreOf(members));
+        }
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+    Indices all() const {
+        Indices items(n);
+        for (std::size_t i = 0; i < n; ++i) items[i] = i;
+        return items;
+    }
+
+private:
+    std::size_t centreOf(const Indices& members) const {
+        std::vector<double> totals;
+        for (const std::size_t candidate : members) {
+            double total = 0.0;
+            for (const std::size_t member : members) total += distance(candidate, member);
+            totals.push_back(total);
+        }
+        return members[argMin(totals)];
+    }
+
+    const std::vector<double>& distances;
+    std::size_t n;
+};
+
+/// The medoids whose clusters are large enough; the largest one's in any case.
+Indices lasting(const Clustering& clustering, std::size_t smallest) {
+    const std::vector<Indices> members = clustering.members();
+    const auto largest =
+        std::max_element(members.begin(), members.end(),
+                         [](const Indices& x, const Indices& y) { return x.size() < y.size(); });
+    Indices result;
+    for (std::size_t c = 0; c < members.size(); ++c) {
+        if (members[c].size() >= smallest || &members[c] == &*largest) {
+            result.push_back(clustering.medoids[c]);
+        }
+    }
+    return result;
+}
+
+/// Coordinates that only tell the shape.
+std::vector<double> shapeOf(const Points& trace) {
+    const Points points = Resampler({shapePoints, false}).resample(trace);
+    if (points.empty()) throw InputError("found a trace without a direction, expected a path");
+    double centreX = 0.0;
+    double centreY = 0.0;
+    for (const std::vector<double>& point : points) {
+        centreX += point[0] / shapePoints;
+        centreY += point[1] / shapePoints;
+    }
+    std::vector<double> shape;
+    double largest = 0.0;
+    for (const std::vector<double>& point : points) {
+        for (const double value : {point[0] - centreX, point[1] - centreY}) {
+            shape.push_back(value);
+            largest = std::max(largest, std::abs(value));
+        }
+    }
+    for (double& value : shape) value = largest > 0.0 ? value / largest : 0.0;
+    return shape;
+}
+
+double squaredDistance(const std::vector<double>& x, const std::vector<double>& y) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < x.size(); ++i) sum += (x[i] - y[i]) * (x[i] - y[i]);
+    return sum;
+}
+
+}  // namespace
+
+std::vector<Indices> Clustering::members() const {
+    std::vector<Indices> result(medoids.size());
+    for (std::size_t i = 0; i < cluster.size(); ++i) result[cluster[i]].push_back(i);
+    return result;
+}
+
+Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_t n, std::size_t k,
+                                std::size_t smallest, int rounds) {
+    if (n == 0) return {};
+    const Search search(distances, n);
+    Clustering clustering = search.assign(search.build(std::max<std::size_t>(k, 1)));
+    for (int round = 0; round < rounds; ++round) {
+        Indices medoids = search.centres(clustering);
+        if (medoids == clustering.medoids) break;
+        clustering = search.assign(std::move(medoids));
+    }
+    Indices staying = lasting(clustering, smallest);
+    if (staying.size() == clustering.medoids.size()) return clustering;
+    return search.assign(std::move(staying));
+}
+
+Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t k,
+                          std::size_t smallest) {
+    std::vector<std::vector<double>> shapes;
+    for (const Points* trace : traces) shapes.push_back(shapeOf(*trace));
+
+    const std::size_t stride = (traces.size() + mostCompared - 1) / mostCompared;
+    Indices compared;
+    for (std::size_t i = 0; i < traces.size(); i += stride) compared.push_back(i);
+    const std::size_t n = compared.size();
+    std::vector<double> distances(n * n);
+    for (std::size_t i = 0; i < n; ++i) {
+        for (std::size_t j = 0; j < i; ++j) {
+            const double d = squaredDistance(shapes[compared[i]], shapes[compared[j]]);
+            distances[i * n + j] = d;
+            distances[j * n + i] = d;
+        }
+    }
+    Clustering clustering = clusterAroundMedoids(distances, n, k, smallest);
+    for (std::size_t& medoid : clustering.medoids) medoid = compared[medoid];
+    if (stride <= 1) return clustering;
+
+    clustering.cluster.clear();
+    for (const std::vector<double>& shape : shapes) {
+        std::vector<double> to;
+        for (const std::size_t m : clustering.medoids)
+            to.push_back(squaredDistance(shape, shapes[m]));
+        clustering.cluster.push_back(argMin(to));
+    }
+    return clustering;
+}
+
+}  // namespace Vesk::Kit

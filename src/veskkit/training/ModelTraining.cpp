@@ -1,0 +1,199 @@
+#include <veskkit/recognition/ModelText.h>
+#include <veskkit/training/KMedoids.h>
+#include <veskkit/training/internal/Emissions.h>
+#include <veskkit/training/internal/ModelTraining.h>
+
+#include <vesk/recognition/RecognitionModelHMM.h>
+
+#include <algorithm>
+#include <limits>
+#include <locale>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <utility>
+
+namespace Vesk::Kit::internal {
+
+using Vesk::ML::HMM;
+using Vesk::ML::LeftRightHMM;
+using Vesk::ML::RecognitionModelHMM;
+using Vesk::ML::TrainingStep;
+
+namespace {
+
+constexpr std::size_t enoughForSubModels = 20;
+constexpr int subModelsByDefault = 4;
+constexpr std::size_t fewTraces = 5;
+constexpr double smoothingByDefault = 22.0;
+constexpr double smoothingOfFewTraces = 28.0;
+constexpr double ratioOfSingleModels = 1e3;
+constexpr double ratioOfSubModels = 1e4;
+
+/// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
+constexpr double largestOddsOfThreshold = 1e5;
+
+using Sequences = std::vector<std::vector<int>>;
+
+/// One iteration of the library's training; whether it was adopted.
+bool iterate(LeftRightHMM& model, const Sequences& sequences) {
+    bool accepted = false;
+    model.trainMultiple(sequences, 1, [&accepted](const TrainingStep& step) {
+        accepted = step.accepted;
+        return true;
+    });
+    return accepted;
+}
+
+/// Takes rounding errors above 1 off, and subnormal numbers, which not every reader takes.
+void cleanTransitions(std::vector<double>& a) {
+    for (double& value : a) {
+        value = value < std::numeric_limits<double>::min() ? 0.0 : std::min(value, 1.0);
+    }
+}
+
+double meanLogLikelihood(const LeftRightHMM& model, const Sequences& sequences) {
+    double sum = 0.0;
+    std::size_t symbols = 0;
+    for (const std::vector<int>& sequence : sequences) {
+        sum += model.logLikelihood(sequence);
+        symbols += sequence.size();
+    }
+    return sum / static_cast<double>(symbols);
+}
+
+Sequences sequencesOf(const std::vector<Sample>& samples) {
+    Sequences result;
+    for (const Sample& sample : samples) result.push_back(sample.symbols);
+    return result;
+}
+
+/// The gesture's sequences, one list a sub-model.
+std::vector<Sequences> partition(const std::vector<Sample>& samples,
+                                 const TrainingOptions& options) {
+    const int fallback = samples.size() < enoughForSubModels ? 1 : subModelsByDefault;
+    const int most = options.subModels.value_or(fallback);
+    if (most <= 1) return {sequencesOf(samples)};
+    std::vector<const Points*> traces;
+    for (const Sample& sample : samples) traces.push_back(&sample.trace->points);
+    const Clustering clustering = clusterByShape(
+        traces, static_cast<std::size_t>(most), static_cast<std::size_t>(options.smallestSubModel));
+    std::vector<Sequences> parts;
+    for (const std::vector<std::size_t>& members : clustering.members()) {
+        Sequences part;
+        for (const std::size_t i : members) part.push_back(samples[i].symbols);
+        if (!part.empty()) parts.push_back(std::move(part));
+    }
+    return parts;
+}
+
+GestureReport reportOf(const GestureSamples& gesture) {
+    std::set<std::string> users;
+    for (const Sample& sample : gesture.samples) users.insert(sample.trace->user);
+    return {gesture.gesture, gesture.label, gesture.samples.size(), users.size(), {}};
+}
+
+/// The gesture's fine models, one a way of drawing it.
+std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
+                                          const std::vector<double>& codebook,
+                                          const TrainingOptions& options, GestureReport& report) {
+    const bool few = gesture.samples.size() <= fewTraces;
+    const ModelSettings settings{
+        options.states, options.delta,
+        options.smoothing.value_or(few ? smoothingOfFewTraces : smoothingByDefault)};
+    std::vector<LeftRightHMM> models;
+    for (const Sequences& part : partition(gesture.samples, options)) {
+        TrainedModel trained = trainModel(part, codebook, settings, options);
+        trained.model.name = gesture.gesture;
+        report.subModels.push_back(trained.report);
+        models.push_back(std::move(trained.model));
+    }
+    return models;
+}
+
+/// The staging fields of the model that the coarse models make together.
+RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
+    std::vector<HMM*> pointers;
+    for (LeftRightHMM& model : coarse) pointers.push_back(&model);
+    RecognitionModelHMM composed(pointers, 1.0);
+    composed.initialize();
+    // Ours from here on: it was only needed for its parts.
+    const std::unique_ptr<HMM> combined(composed.recognitionHMM);
+    composed.recognitionHMM = nullptr;
+    composed.gestures.clear();
+    return composed;
+}
+
+}  // namespace
+
+double storedValue(double value) {
+    std::stringstream text;
+    text.imbue(std::locale::classic());
+    text << value;
+    double result = 0.0;
+    text >> result;
+    return result;
+}
+
+double transitionProbability(double ratio, std::size_t K) {
+    const auto models = static_cast<double>(K);
+    const double kept = std::min(ratio, largestOddsOfThreshold * models);
+    return kept / (kept + models);
+}
+
+double acceptanceRatio(double p, std::size_t K) { return p * static_cast<double>(K) / (1.0 - p); }
+
+TrainedModel trainModel(const Sequences& sequences, const std::vector<double>& codebook,
+                        const ModelSettings& settings, const TrainingOptions& options) {
+    const int M = static_cast<int>(codebook.size());
+    TrainedModel result{LeftRightHMM(settings.states, M, settings.delta),
+                        {sequences.size(), 0, 0.0}};
+    LeftRightHMM& model = result.model;
+    model.estimate(HMM::EqualSegments, sequences);
+    if (options.firstEstimate == FirstEstimate::EvenCut) {
+        model.b = evenCutEmissions(sequences, settings.states, M);
+    }
+    floorEmissions(model.b, options.emissionFloor);
+    while (result.report.iterations < options.iterations && iterate(model, sequences)) {
+        oddsToProbabilities(model.b);
+        floorEmissions(model.b, options.emissionFloor);
+        ++result.report.iterations;
+    }
+    smoothEmissions(model.b, codebook, settings.smoothing);
+    cleanTransitions(model.a.data);
+    result.report.logLikelihood = meanLogLikelihood(model, sequences);
+    return result;
+}
+
+RecognitionModel trainRecognitionModel(const std::vector<GestureSamples>& gestures,
+                                       const std::vector<double>& codebook, double largestRatio,
+                                       const TrainingOptions& options,
+                                       std::vector<GestureReport>& reports,
+                                       const std::function<void()>& trained) {
+    RecognitionModel result;
+    std::vector<LeftRightHMM> coarse;
+    const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
+    for (const GestureSamples& gesture : gestures) {
+        GestureReport report = reportOf(gesture);
+        for (LeftRightHMM& model : trainFineModels(gesture, codebook, options, report)) {
+            result.add(std::move(model));
+        }
+        coarse.push_back(
+            trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options).model);
+        reports.push_back(std::move(report));
+        trained();
+    }
+    RecognitionModelHMM settings = composeThreshold(coarse);
+    settings.name = options.name;
+    settings.codebook = codebook;
+    settings.proxFilterThreshold = 0.0f;
+    settings.rotationAllowed = false;
+    const std::size_t K = result.gestures().size();
+    const double ratio = options.acceptanceRatio.value_or(K == gestures.size() ? ratioOfSingleModels
+                                                                               : ratioOfSubModels);
+    settings.modelTransitionProb = transitionProbability(std::min(ratio, largestRatio), K);
+    result.build(settings);
+    return asStored(result);
+}
+
+}  // namespace Vesk::Kit::internal

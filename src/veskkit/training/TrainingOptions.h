@@ -1,0 +1,65 @@
+#ifndef VESK_VESKKIT_TRAINING_TRAININGOPTIONS_H
+#define VESK_VESKKIT_TRAINING_TRAININGOPTIONS_H
+
+#include <veskkit/traces/Resampler.h>
+
+#include <optional>
+#include <string>
+
+namespace Vesk::Kit {
+
+/// Where the first estimate of the emissions comes from.
+enum class FirstEstimate {
+    EvenCut,       ///< symbols counted over the even cut: time t of T goes to state floor(t N / T)
+    EqualSegments  ///< the library's equal segments, whose surplus goes to both ends
+};
+
+/// How a gesture set becomes a recognition model. The defaults are the settings that did best on
+/// recorded gestures of people the model had not seen.
+struct TrainingOptions {
+    std::string name = "gestures";  ///< of the recognition model; one word
+    Preparation preparation;        ///< of every trace; recognise with the same
+
+    int symbols = 32;  ///< evenly spaced directions, 2 to 360
+    int states = 32;   ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
+    int delta = 1;     ///< largest forward jump, 1 to `states` - 1
+
+    /// Most sub-models a gesture, 1 to 16: one a way of drawing it. Unset: 1 below 20 traces of
+    /// the gesture, else 4. Handwriting gains from 8.
+    std::optional<int> subModels;
+    int smallestSubModel = 5;  ///< traces that a sub-model is made from at least
+
+    FirstEstimate firstEstimate = FirstEstimate::EvenCut;
+    int iterations = 3;           ///< most training iterations a model, 0 to 1000
+    double emissionFloor = 1e-3;  ///< least emission before a row is normalised, above 0, to 0.1
+
+    /// Width in degrees of the circular Gaussian that smooths emissions, 0 (none) to 180. Unset:
+    /// 22, or 28 for gestures with five traces or fewer.
+    std::optional<double> smoothing;
+
+    int thresholdStates = 10;          ///< per gesture in the threshold model, 2 to 200
+    double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions
+
+    /// R: how much likelier than the threshold model a gesture has to be, 1e-6 to 1e5. Unset: see
+    /// `calibrate`.
+    std::optional<double> acceptanceRatio;
+
+    /// Whether an unset ratio is calibrated. With traces of three or more users each of them (of
+    /// more than six: each of six groups of them) is left out of a training in turn and recognised
+    /// with its result; R is what all but `falseRejection` of the traces reach whose likeliest
+    /// gesture is the right one, and half of every single gesture's. Without calibration R
+    /// is 1e3 with one sub-model a gesture and 1e4 with more. With fewer users every fourth trace
+    /// is left out in turn, which can only lower R from there: a straight line differs little from
+    /// the threshold model. Costs a training of at most two iterations for each turn, and the
+    /// recognition of about 1000 traces.
+    bool calibrate = true;
+    double falseRejection = 0.035;  ///< share of correct traces that calibration gives up, 0 to 0.5
+
+    /// Leave out traces that have no direction (all positions in one place), and say so in the
+    /// report, rather than refuse them.
+    bool skipBad = false;
+};
+
+}  // namespace Vesk::Kit
+
+#endif

@@ -1,0 +1,205 @@
+#include "Gestures.h"
+
+#include <support/BitEqual.h>
+#include <veskkit/recognition/GestureRecognizer.h>
+#include <veskkit/training/internal/Calibration.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+#include <utility>
+
+namespace Vesk::Kit::internal {
+namespace {
+
+/// One gesture a list of users: a sample for every entry.
+std::vector<GestureSamples> samplesOf(const std::vector<std::vector<std::string>>& users,
+                                      std::vector<Trace>& storage) {
+    std::size_t count = 0;
+    for (const auto& list : users) count += list.size();
+    storage.reserve(count);
+    std::vector<GestureSamples> gestures;
+    for (std::size_t g = 0; g < users.size(); ++g) {
+        const std::string name = std::string("g").append(std::to_string(g));
+        GestureSamples gesture{name, name, {}};
+        for (const std::string& user : users[g]) {
+            storage.emplace_back();
+            storage.back().user = user;
+            gesture.samples.push_back({&storage.back(), {0, 1}});
+        }
+        gestures.push_back(gesture);
+    }
+    return gestures;
+}
+
+std::set<std::string> usersOf(const std::vector<GestureSamples>& gestures) {
+    std::set<std::string> users;
+    for (const GestureSamples& gesture : gestures) {
+        for (const Sample& sample : gesture.samples) users.insert(sample.trace->user);
+    }
+    return users;
+}
+
+TEST(CalibrationTest, LeavesEveryUserOutOnce) {
+    std::vector<Trace> storage;
+    const std::vector<CalibrationRun> runs =
+        runsByUser(samplesOf({{"a", "b", "c", "a"}, {"c", "b"}}, storage));
+    ASSERT_EQ(runs.size(), 3u);
+    EXPECT_EQ(usersOf(runs[0].test), (std::set<std::string>{"a"}));
+    EXPECT_EQ(usersOf(runs[0].training), (std::set<std::string>{"b", "c"}));
+    EXPECT_EQ(usersOf(runs[2].test), (std::set<std::string>{"c"}));
+    // Nobody but c and b drew g1.
+    EXPECT_EQ(runs[0].test.size(), 1u);
+    EXPECT_EQ(runs[0].test[0].samples.size(), 2u);
+    EXPECT_EQ(runs[0].training[1].gesture, "g1");
+}
+
+TEST(CalibrationTest, AGestureOfOneUserIsNotTrainedWithoutThem) {
+    std::vector<Trace> storage;
+    const std::vector<CalibrationRun> runs =
+        runsByUser(samplesOf({{"a", "b", "c"}, {"b"}}, storage));
+    ASSERT_EQ(runs.size(), 3u);
+    EXPECT_EQ(runs[1].training.size(), 1u);
+    EXPECT_EQ(runs[1].test.size(), 2u);
+}
+
+TEST(CalibrationTest, NeedsThreeKnownUsers) {
+    std::vector<Trace> storage;
+    EXPECT_TRUE(runsByUser(samplesOf({{"a", "b", "a"}}, storage)).empty());
+    std::vector<Trace> more;
+    EXPECT_TRUE(runsByUser(samplesOf({{"a", "b", "c", ""}}, more)).empty());
+    EXPECT_TRUE(runsByUser({}).empty());
+}
+
+TEST(CalibrationTest, ManyUsersAreLeftOutInSixGroups) {
+    std::vector<std::string> users;
+    for (int u = 0; u < 20; ++u) users.push_back(std::string("u").append(std::to_string(u)));
+    std::vector<Trace> storage;
+    const std::vector<CalibrationRun> runs = runsByUser(samplesOf({users}, storage));
+    ASSERT_EQ(runs.size(), 6u);
+    std::set<std::string> tested;
+    for (const CalibrationRun& run : runs) {
+        const std::set<std::string> left = usersOf(run.test);
+        EXPECT_GE(left.size(), 3u);
+        EXPECT_LE(left.size(), 4u);
+        for (const std::string& user : left) {
+            EXPECT_TRUE(tested.insert(user).second) << user;
+            EXPECT_EQ(usersOf(run.training).count(user), 0u);
+        }
+    }
+    EXPECT_EQ(tested.size(), 20u);
+}
+
+TEST(CalibrationTest, LeavesEverySampleOutOnce) {
+    std::vector<Trace> storage;
+    const std::vector<std::string> six(6, "a");
+    const std::vector<CalibrationRun> runs = runsBySample(samplesOf({six, {"a"}}, storage));
+    ASSERT_EQ(runs.size(), 4u);
+    std::set<const Trace*> tested;
+    for (const CalibrationRun& run : runs) {
+        for (const GestureSamples& gesture : run.test) {
+            for (const Sample& sample : gesture.samples) {
+                EXPECT_TRUE(tested.insert(sample.trace).second);
+            }
+        }
+    }
+    EXPECT_EQ(tested.size(), 7u);
+    EXPECT_EQ(runs[0].test[0].samples.size(), 2u);  // the first and the fifth
+    EXPECT_EQ(runs[0].training[0].samples.size(), 4u);
+    EXPECT_EQ(runs[0].training.size(), 1u) << "the other gesture has one sample only";
+    EXPECT_EQ(runs[1].training.size(), 2u);
+}
+
+TEST(CalibrationTest, LeavesOutInAsManyRunsAsThereAreSamples) {
+    std::vector<Trace> storage;
+    EXPECT_EQ(runsBySample(samplesOf({{"a", "a"}}, storage)).size(), 2u);
+    std::vector<Trace> more;
+    EXPECT_TRUE(runsBySample(samplesOf({{"a"}, {"a"}}, more)).empty());
+    EXPECT_TRUE(runsBySample({}).empty());
+}
+
+// R = p K / (1 - p), so p = R / (R + K).
+TEST(CalibrationTest, RatioAndTransitionProbabilityAreTwoViews) {
+    EXPECT_DOUBLE_EQ(transitionProbability(3.0, 1), 0.75);
+    EXPECT_DOUBLE_EQ(acceptanceRatio(0.75, 1), 3.0);
+    EXPECT_DOUBLE_EQ(transitionProbability(1e4, 64), 1e4 / 10064);
+    EXPECT_NEAR(acceptanceRatio(transitionProbability(1e4, 64), 64), 1e4, 1e-6);
+}
+
+TEST(CalibrationTest, TheTransitionProbabilityNeverRoundsToOne) {
+    EXPECT_LT(storedValue(transitionProbability(1e300, 1)), 1.0);
+    EXPECT_LT(storedValue(transitionProbability(1e300, 1000)), 1.0);
+}
+
+TEST(CalibrationTest, StoredValuesHaveSixDigits) {
+    EXPECT_EQ(storedValue(1.0 / 3), 0.333333);
+    EXPECT_EQ(storedValue(51.428569793701171875), 51.4286);
+    EXPECT_EQ(storedValue(1e-300 / 3), 3.33333e-301);
+    EXPECT_EQ(storedValue(348.75), 348.75);
+}
+
+/// Two gestures of three users, each a straight line drawn the same way every time.
+std::vector<GestureSamples> straightSamples(std::vector<Trace>& storage) {
+    std::vector<GestureSamples> gestures = samplesOf({{"a", "b", "c"}, {"a", "b", "c"}}, storage);
+    for (Trace& trace : storage) trace.points = {{0, 0}, {1, 0}};
+    for (Sample& sample : gestures[0].samples) sample.symbols.assign(12, 0);
+    for (Sample& sample : gestures[1].samples) sample.symbols.assign(12, 2);
+    return gestures;
+}
+
+// All traces have the same ratio, so the share that may be given up does not matter, and half of
+// the ratio is asked for.
+TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
+    std::vector<Trace> storage;
+    const std::vector<GestureSamples> gestures = straightSamples(storage);
+    const std::vector<CalibrationRun> runs = runsByUser(gestures);
+    TrainingOptions options;
+    options.states = 4;
+    options.thresholdStates = 3;
+    options.iterations = 2;
+    const std::vector<double> codebook{0, 90, 180, 270};
+    int trained = 0;
+    const auto count = [&] { ++trained; };
+    options.falseRejection = 0.0;
+    const double least = calibrateRatio(runs, codebook, options, count);
+    options.falseRejection = 0.5;
+    const double most = calibrateRatio(runs, codebook, options, count);
+    EXPECT_TRUE(Vesk::Test::bitEqual(least, most));
+    EXPECT_EQ(trained, 2 * 3 * 2);
+
+    std::vector<GestureReport> reports;
+    options.acceptanceRatio = 1.0;
+    RecognitionModel model =
+        trainRecognitionModel(runs[0].training, codebook, 1e5, options, reports, count);
+    const double asked = acceptanceRatio(model.get().modelTransitionProb, 2);
+    const GestureRecognizer recognizer(std::move(model));
+    const double margin = recognizer.recognizeSymbols(gestures[0].samples[0].symbols).margin;
+    EXPECT_NEAR(least, asked * std::exp(margin) / 2, 1e-9 * least);
+}
+
+TEST(CalibrationTest, TheRatioNeverExceedsTheLargest) {
+    std::vector<Trace> storage;
+    const std::vector<GestureSamples> gestures = straightSamples(storage);
+    TrainingOptions options;
+    options.states = 4;
+    options.thresholdStates = 3;
+    std::vector<GestureReport> reports;
+    const auto ratioOf = [&](double largest) {
+        const RecognitionModel model =
+            trainRecognitionModel(gestures, {0, 90, 180, 270}, largest, options, reports, [] {});
+        return acceptanceRatio(model.get().modelTransitionProb, 2);
+    };
+    EXPECT_NEAR(ratioOf(50.0), 50.0, 0.01);
+    EXPECT_NEAR(ratioOf(1e5), 1e3, 1.0);
+    options.acceptanceRatio = 10.0;
+    EXPECT_NEAR(ratioOf(50.0), 10.0, 0.01);
+}
+
+TEST(CalibrationTest, NoRunsNoRatio) {
+    EXPECT_EQ(calibrateRatio({}, {0, 180}, TrainingOptions(), [] {}), 0.0);
+}
+
+}  // namespace
+}  // namespace Vesk::Kit::internal
