@@ -1,0 +1,111 @@
+// What holds for the program as a whole.
+
+#include "Program.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace Vesk::Test;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(Program, HelpNamesEverySubcommandAndTheExitStatus) {
+    const Outcome outcome = run({"--help"});
+
+    EXPECT_TRUE(succeeded(outcome));
+    for (const char* text : {"train", "recognize", "generate", "--version", "130 interrupted"}) {
+        EXPECT_THAT(outcome.out, HasSubstr(text));
+    }
+}
+
+TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
+    const std::vector<std::pair<std::string, std::vector<std::string>>> expected{
+        {"generate",
+         {"-o,--output", "--users", "--repetitions", "--seed", "--gesture", "--unsteadiness"}},
+        {"train",
+         {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
+          "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
+          "--smoothing", "--ratio", "--no-calibration"}},
+        {"recognize",
+         {"TRACES", "-m,--model", "--user", "--without-user", "--flip-y", "--resample", "--json",
+          "--scores", "--table"}}};
+    for (const auto& [subcommand, options] : expected) {
+        const Outcome outcome = run({subcommand, "--help"});
+        EXPECT_TRUE(succeeded(outcome));
+        for (const std::string& option : options) {
+            EXPECT_THAT(outcome.out, HasSubstr(option)) << subcommand;
+        }
+    }
+}
+
+TEST(Program, VersionIsOneLine) {
+    const Outcome outcome = run({"--version"});
+
+    EXPECT_TRUE(succeeded(outcome));
+    EXPECT_THAT(outcome.out, testing::MatchesRegex("vesk [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+TEST(Program, WithoutSubcommandItPointsToItsHelp) {
+    EXPECT_TRUE(refused(run({}), 2, "(see vesk --help)"));
+}
+
+TEST(Program, UnknownSubcommandIsNamed) {
+    EXPECT_EQ(run({"recognise", "-m", "model"}).err,
+              "vesk: found recognise, expected a subcommand (see vesk --help)\n");
+    EXPECT_TRUE(refused(run({"recognise"}), 2, "recognise"));
+    EXPECT_TRUE(refused(run({"--quiet"}), 2, "--quiet"));
+}
+
+TEST(Program, UnknownOptionIsNamedWithTheHelpToRead) {
+    const Outcome outcome = run({"generate", "-o", "-", "--uesrs", "3"});
+
+    EXPECT_TRUE(refused(outcome, 2, "--uesrs"));
+    EXPECT_THAT(outcome.err, HasSubstr("(see vesk generate --help)"));
+}
+
+TEST(Program, MissingRequiredOptionIsNamed) {
+    EXPECT_TRUE(refused(run({"generate"}), 2, "--output"));
+    EXPECT_TRUE(refused(run({"train", "traces.jsonl"}), 2, "--output"));
+    EXPECT_TRUE(refused(run({"train", "-o", "model.txt"}), 2, "TRACES"));
+    EXPECT_TRUE(refused(run({"recognize", "traces.jsonl"}), 2, "--model"));
+    EXPECT_TRUE(refused(run({"recognize", "-m", "model.txt"}), 2, "TRACES"));
+}
+
+TEST(Program, MessageStaysOneLineWhateverTheArgumentsHold) {
+    EXPECT_TRUE(refused(run({"generate", "-o", "-", "--users", "3\n4\x1b[31m"}), 2, "3?4?[31m"));
+}
+
+TEST(Program, FullDiskBehindStandardOutputIsAFailure) {
+    const char* message = "vesk: standard output: No space left on device\n";
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"--help"}, {"--version"}, {"generate", "-o", "-"}}) {
+        const Outcome outcome = run(arguments, "", "/dev/full");
+        EXPECT_EQ(outcome.status, 1) << arguments.front();
+        EXPECT_EQ(outcome.err, message) << arguments.front();
+    }
+}
+
+TEST(Program, ClosedPipeBehindStandardOutputIsAFailureAndNoSignal) {
+    const TemporaryFolder folder;
+    const Outcome outcome =
+        shell("{ \"$VESK\" generate -o - --users 50; echo $? > status; } | head -n 1 > first",
+              folder.path(""));
+
+    EXPECT_EQ(outcome.err, "vesk: standard output: Broken pipe\n");
+    EXPECT_EQ(readFile(folder.path("status")), "1\n");
+    EXPECT_THAT(readFile(folder.path("first")), StartsWith("{\"set\":\"synthetic\""));
+}
+
+TEST(Program, ClosedStandardOutputIsAFailure) {
+    const TemporaryFolder folder;
+    const Outcome outcome =
+        shell("\"$VESK\" generate -o traces --users 1 --repetitions 1 --gesture star >&-",
+              folder.path(""));
+
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.err, "vesk: standard output: Bad file descriptor\n");
+    EXPECT_EQ(lines(readFile(folder.path("traces"))).size(), 1U);
+}
+
+}  // namespace

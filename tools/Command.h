@@ -1,0 +1,40 @@
+#ifndef VESK_TOOLS_COMMAND_H
+#define VESK_TOOLS_COMMAND_H
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <stdexcept>
+
+namespace Vesk::Tool {
+
+/// How the program ends.
+enum ExitStatus {
+    done = 0,
+    failed = 1,        ///< output could not be written
+    usage = 2,         ///< the command line makes no sense
+    inputRefused = 3,  ///< a file is missing, unreadable or not what it has to be
+    signalled = 128    ///< plus the signal's number: 130 for SIGINT
+};
+
+/// A command line that the options' own checks cannot refuse.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// A subcommand: its command line, and what it does once that is parsed. It reports by exceptions:
+/// UsageError, Kit::InputError and Kit::OutputError.
+struct Command {
+    CLI::App* line;
+    std::function<void()> run;
+};
+
+// Each adds its subcommand to the program.
+Command addGenerate(CLI::App& program);
+Command addRecognize(CLI::App& program);
+Command addTrain(CLI::App& program);
+
+}  // namespace Vesk::Tool
+
+#endif

@@ -1,0 +1,127 @@
+#include "Command.h"
+#include "OutputFile.h"
+#include "RecognitionTable.h"
+#include "StandardStreams.h"
+#include "Text.h"
+#include "TraceInput.h"
+
+#include <veskkit/io/ModelFile.h>
+#include <veskkit/recognition/GestureRecognizer.h>
+#include <veskkit/recognition/ModelCheck.h>
+#include <veskkit/recognition/ModelText.h>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <string>
+
+namespace Vesk::Tool {
+
+namespace {
+
+struct Options {
+    TraceInput input;
+    std::string model;
+    bool json = false;
+    bool scores = false;
+    bool table = false;
+};
+
+std::string jsonLine(const Kit::Trace& trace, const Kit::Result& result, bool withScores) {
+    nlohmann::ordered_json json;
+    json["gesture"] = result.gesture;
+    if (!trace.gesture.empty()) json["expected"] = Kit::storedName(trace.gesture);
+    json["source"] = trace.source;
+    json["line"] = trace.line;
+    if (withScores) {
+        json["scores"] = nlohmann::ordered_json::array();
+        for (const Kit::Score& score : result.scores) {
+            nlohmann::ordered_json entry;
+            entry["gesture"] = score.gesture;
+            // JSON has no infinity: probability zero is null.
+            entry["logProbability"] = std::isfinite(score.logProbability)
+                                          ? nlohmann::ordered_json(score.logProbability)
+                                          : nlohmann::ordered_json(nullptr);
+            json["scores"].push_back(std::move(entry));
+        }
+    }
+    // A path need not be UTF-8.
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+/// "traces.jsonl:7: star by s02 recognised as star, margin 5.21"
+std::string plainLine(const Kit::Trace& trace, const Kit::Result& result) {
+    std::string line = fmt::format("{}:{}:", trace.source, trace.line);
+    if (!trace.gesture.empty()) line += " " + Kit::storedName(trace.gesture);
+    if (!trace.user.empty()) line += " by " + trace.user;
+    if (result.recognized()) {
+        line += fmt::format(" recognised as {}, margin {:.2f}", result.gesture, result.margin);
+    } else {
+        line += fmt::format(" rejected ({})", Kit::toString(result.rejection));
+        if (!result.scores.empty()) {
+            line += fmt::format(", likeliest {}, margin {:.2f}", result.scores.front().gesture,
+                                result.margin);
+        }
+    }
+    return printable(line) + "\n";
+}
+
+Kit::GestureRecognizer makeRecognizer(const Options& options) {
+    if (isStandard(options.model)) {
+        const std::string source = "standard input";
+        return Kit::GestureRecognizer(Kit::parseModel(std::cin, source),
+                                      options.input.preparation(), source);
+    }
+    return Kit::GestureRecognizer(Kit::loadModel(options.model), options.input.preparation(),
+                                  options.model);
+}
+
+void recognize(Options& options) {
+    if (isStandard(options.model) && options.input.readsStandardInput()) {
+        throw UsageError("the model and the traces cannot both come from standard input");
+    }
+    const Kit::GestureRecognizer recognizer = makeRecognizer(options);
+    RecognitionTable table;
+    std::size_t unlabelled = 0;
+    options.input.forEach([&](const Kit::Trace& trace) {
+        const Kit::Result result = recognizer.recognize(trace);
+        if (options.table) {
+            if (trace.gesture.empty()) {
+                ++unlabelled;
+            } else {
+                table.add(Kit::storedName(trace.gesture), result);
+            }
+            return;
+        }
+        writeResult(options.json ? jsonLine(trace, result, options.scores)
+                                 : plainLine(trace, result));
+        // At once: whoever feeds standard input may be waiting for the answer.
+        flushResults();
+    });
+    for (const std::string& line : options.input.unseenUsers()) tell("warning: " + line);
+    if (unlabelled > 0) tell("warning: " + counted(unlabelled, "trace") + " without a label");
+    if (options.table) writeResult(table.text());
+}
+
+}  // namespace
+
+Command addRecognize(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* line = program.add_subcommand("recognize", "Recognise traces with a trained model");
+    line->add_option("-m,--model", options->model, "Model file; - is standard input")
+        ->required()
+        ->type_name("MODEL");
+    options->input.addTo(*line);
+    CLI::Option* json = line->add_flag("--json", options->json, "One JSON object a trace");
+    line->add_flag("--scores", options->scores, "With --json: every gesture's log probability")
+        ->needs(json);
+    line->add_flag("--table", options->table,
+                   "Instead of a line a trace, how many of each gesture were recognised")
+        ->excludes(json);
+    return {line, [options] { recognize(*options); }};
+}
+
+}  // namespace Vesk::Tool

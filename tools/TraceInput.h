@@ -1,0 +1,47 @@
+#ifndef VESK_TOOLS_TRACEINPUT_H
+#define VESK_TOOLS_TRACEINPUT_H
+
+#include <veskkit/traces/Resampler.h>
+#include <veskkit/traces/Trace.h>
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace Vesk::Tool {
+
+/// The traces that a subcommand works on, as the command line has them: files, whose traces of
+/// them, and how they are prepared.
+class TraceInput {
+public:
+    /// Adds TRACES, --user, --without-user, --flip-y and --resample; the object has to stay.
+    void addTo(CLI::App& line);
+
+    const Kit::Preparation& preparation() const { return prepared; }
+
+    /// Whether a trace comes from standard input.
+    bool readsStandardInput() const;
+
+    /// Hands over every trace that the user filters let through, one at a time, in order. A trace
+    /// of standard input has the source "-".
+    void forEach(const std::function<void(const Kit::Trace&)>& use);
+
+    /// One line for every user that was asked for, or asked to be left out, and did not turn up.
+    std::vector<std::string> unseenUsers() const;
+
+private:
+    bool wanted(const std::string& user);
+
+    std::vector<std::string> paths;
+    std::vector<std::string> onlyUsers;
+    std::vector<std::string> withoutUsers;
+    std::set<std::string> seen;
+    Kit::Preparation prepared;
+};
+
+}  // namespace Vesk::Tool
+
+#endif
