@@ -34,9 +34,9 @@ NearestCentre::NearestCentre(const std::vector<double>& centres) {
 int NearestCentre::operator()(double angle) const {
     if (!std::isfinite(angle) || sorted.empty()) return 0;
     const double target = reduced(angle);
-    const auto above = std::lower_bound(
-        sorted.begin(), sorted.end(), target,
-        [](const Entry& entry, double value) { return entry.angle < value; });
+    const auto above =
+        std::lower_bound(sorted.begin(), sorted.end(), target,
+                         [](const Entry& entry, double value) { return entry.angle < value; });
     const auto position = static_cast<std::size_t>(above - sorted.begin());
     const std::size_t k = sorted.size();
     // Going away from the angle on either side, distances as computed never fall before the far

@@ -16,7 +16,7 @@ constexpr std::uint64_t leastTotalLimit = std::uint64_t{1} << 24;
 constexpr std::uint64_t unsizedByteLimit = std::uint64_t{1} << 28;
 constexpr std::uint64_t largestPosition = std::numeric_limits<std::int32_t>::max();
 
-std::optional<std::uint64_t> regularFileSize(const std::string& path) {
+std::optional<std::uint64_t> regularFileSize(const char* path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error) || error) return std::nullopt;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
@@ -39,12 +39,12 @@ InputFile::Buffer::int_type InputFile::Buffer::underflow() {
     return next;
 }
 
-InputFile::InputFile(const std::string& path)
+InputFile::InputFile(const char* path)
     : in(&buffer), tableLimit(leastTableLimit), valuesLeft(leastTotalLimit) {
     in.imbue(std::locale::classic());
     // An allocation that fails inside an extraction is not to pass for bad input.
     in.exceptions(std::ios_base::badbit);
-    if (buffer.open(path, std::ios_base::in) == nullptr) return;
+    if (path == nullptr || buffer.open(path, std::ios_base::in) == nullptr) return;
     buffer.bytesLeft = unsizedByteLimit;
     if (const auto size = regularFileSize(path)) {
         // A file in /proc is regular and of size 0, whatever it gives.
@@ -68,7 +68,10 @@ bool InputFile::readWord(std::string& word) {
     return found;
 }
 
-bool InputFile::readLine(std::string& line) { return static_cast<bool>(std::getline(in, line)); }
+bool InputFile::readLine(std::string& line) {
+    std::getline(in, line);
+    return !buffer.unreadable;
+}
 
 void InputFile::claimTable(std::uint64_t rows, std::uint64_t cols, std::uint64_t copies) {
     if (rows == 0 || cols == 0) return;

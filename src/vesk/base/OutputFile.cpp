@@ -11,10 +11,10 @@ struct Outcome {
     bool whole;
 };
 
-Outcome put(const std::string& path, const std::string& text) {
+Outcome put(const char* path, const std::string& text) {
     std::ofstream out;
     out.imbue(std::locale::classic());
-    out.open(path);
+    if (path != nullptr) out.open(path);
     if (!out.is_open()) return {false, false};
     out.write(text.data(), static_cast<std::streamsize>(text.size()));
     out.close();
@@ -23,9 +23,11 @@ Outcome put(const std::string& path, const std::string& text) {
 
 }  // namespace
 
-bool writeFile(const std::string& path, const std::string& text) { return put(path, text).opened; }
+bool writeFile(const char* path, const std::string& text) { return put(path, text).opened; }
 
-bool saveFile(const std::string& path, const std::string& text) { return put(path, text).whole; }
+bool saveFile(const std::string& path, const std::string& text) {
+    return put(path.c_str(), text).whole;
+}
 
 std::string upToNul(std::string text) {
     const std::size_t end = text.find('\0');

@@ -83,6 +83,6 @@ double HMM::gamma(int i, int t, MatrixT<double> alpha, MatrixT<double> beta) {
     return divide(forwards(i, t) * backwards(i, t), sum);
 }
 
-double HMM::divide(double x, double y) { return internal::divide(x, y); }
+double HMM::divide(double x, double y) { return Vesk::Math::internal::divide(x, y); }
 
 }  // namespace Vesk::ML

@@ -14,9 +14,9 @@ HMM::HMM(int numStates, int vocabSize, int dimension)
       vocabSize(static_cast<unsigned int>(std::max(vocabSize, 1))),
       dimension(std::max(dimension, 1)),
       needsSeed(true) {
-    const int N = std::max(numStates, 1);
-    const int M = std::max(vocabSize, 1);
-    pi.resize(static_cast<std::size_t>(N));
+    const auto N = static_cast<int>(this->numStates);
+    const auto M = static_cast<int>(this->vocabSize);
+    pi.resize(this->numStates);
     a.resize(N, N);
     b.resize(N, M);
     vocab.resize(M, this->dimension);
@@ -28,8 +28,7 @@ void HMM::initialize(std::vector<std::vector<int>> sequences, SegmentationType t
     calcInitialProbs(type, std::move(sequences));
 }
 
-void HMM::calcInitialProbs(SegmentationType /*type*/,
-                           std::vector<std::vector<int>> /*sequences*/) {
+void HMM::calcInitialProbs(SegmentationType /*type*/, std::vector<std::vector<int>> /*sequences*/) {
     if (pi.size() < numStates) Vesk::Math::internal::throwTableTooSmall();
     const auto transitions = Vesk::Math::internal::table(a, numStates, numStates);
     const auto emissions = Vesk::Math::internal::table(b, numStates, vocabSize);

@@ -18,9 +18,10 @@ namespace Vesk::ML {
 /// The parameters are plain probabilities held in public members: the members are the model.
 ///
 /// Nothing requires rows to sum to 1, and no argument is validated: symbols must lie in 0 .. M-1
-/// and T must not exceed the sequence's length (both asserted in debug builds). What a damaged
-/// file can have made is checked in every build: an operation that would touch a position outside
-/// `pi`, `a` or `b` throws std::out_of_range instead, before it changes anything.
+/// and T must not exceed the sequence's length, and tables passed in must have the shapes said (all
+/// asserted in debug builds). What a damaged file can have made is checked in every build: an
+/// operation that would touch a position outside the model's own `pi`, `a`, `b` or `vocab` throws
+/// std::out_of_range instead, before it changes, prints or writes anything.
 ///
 /// A copy duplicates the parameters. One thread may use a model at a time, except for the
 /// operations marked const, which any number of threads may call while none changes the model.
@@ -34,16 +35,16 @@ public:
         EqualSegments = 2  ///< emissions from equal cuts of the training sequences
     };
 
-    std::string name;                 ///< the model's name; one non-empty word where it is stored
-    unsigned int numStates;           ///< N >= 1
-    unsigned int vocabSize;           ///< M >= 1
-    int dimension;                    ///< D >= 1: values that describe one symbol
+    std::string name;                   ///< the model's name; one non-empty word where it is stored
+    unsigned int numStates;             ///< N >= 1
+    unsigned int vocabSize;             ///< M >= 1
+    int dimension;                      ///< D >= 1: values that describe one symbol
     Vesk::Math::MatrixT<double> vocab;  ///< M x D: row k holds what symbol k stands for
-    std::vector<double> pi;           ///< N: pi[i] = P(first state is i)
-    Vesk::Math::MatrixT<double> a;    ///< N x N: a(i, j) = P(j at t+1 | i at t)
-    Vesk::Math::MatrixT<double> b;    ///< N x M: b(i, k) = P(symbol k | state i)
-    std::vector<double> vocabValues;  ///< values a symbol; only the left-right file carries them
-    bool needsSeed;                   ///< true until the first `randD` of this object
+    std::vector<double> pi;             ///< N: pi[i] = P(first state is i)
+    Vesk::Math::MatrixT<double> a;      ///< N x N: a(i, j) = P(j at t+1 | i at t)
+    Vesk::Math::MatrixT<double> b;      ///< N x M: b(i, k) = P(symbol k | state i)
+    std::vector<double> vocabValues;    ///< values a symbol; only the left-right file carries them
+    bool needsSeed;                     ///< true until the first `randD` of this object
 
     /// N = numStates, M = vocabSize, D = dimension (1 where not given), each raised to 1 where
     /// below. Every parameter is 0.0: initialise, train or load before use.
@@ -78,7 +79,8 @@ public:
     /// digits. Leaves the stream's precision at 3.
     virtual void print();
 
-    /// Writes the model's text file (docs/formats.md); silent where it cannot. See `save`.
+    /// Writes the model's text file (docs/formats.md); silent where the file cannot be opened or
+    /// written. See `save`.
     virtual void write(char* path);
 
     /// The initial estimate. For this class: pi and a = 1 / N, b = 1 / M in *integer* arithmetic,

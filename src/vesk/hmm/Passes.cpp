@@ -1,6 +1,7 @@
 #include <vesk/hmm/internal/Passes.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Vesk::ML::internal {
 

@@ -7,10 +7,20 @@
 
 namespace Vesk::ML::internal {
 
+void posteriors(const MatrixT<double>& alpha, const MatrixT<double>& beta, int t,
+                std::vector<double>& gamma) {
+    double sum = 0.0;
+    for (int i = 0; i < alpha.rows; ++i) {
+        const double product = alpha(i, t) * beta(i, t);
+        gamma[static_cast<std::size_t>(i)] = product;
+        sum += product;
+    }
+    for (double& value : gamma) value = divide(value, sum);
+}
+
 Reestimation::Reestimation(int numStates, int vocabSize) : N(numStates), M(vocabSize) {
     const auto n = static_cast<std::size_t>(N);
     const auto m = static_cast<std::size_t>(M);
-    firstGamma.resize(n);
     gamma.resize(n);
     terms.resize(n * n);
     transitions.resize(n * n);
@@ -20,7 +30,6 @@ Reestimation::Reestimation(int numStates, int vocabSize) : N(numStates), M(vocab
 }
 
 void Reestimation::clear() {
-    empty = true;
     std::fill(transitions.begin(), transitions.end(), 0.0);
     std::fill(departures.begin(), departures.end(), 0.0);
     std::fill(matched.begin(), matched.end(), 0.0);
@@ -30,17 +39,7 @@ void Reestimation::clear() {
 void Reestimation::add(const Parameters& parameters, const int* o, int T,
                        const MatrixT<double>& alpha, const MatrixT<double>& beta) {
     for (int t = 0; t < T; ++t) {
-        double sum = 0.0;
-        for (int i = 0; i < N; ++i) {
-            const double product = alpha(i, t) * beta(i, t);
-            gamma[static_cast<std::size_t>(i)] = product;
-            sum += product;
-        }
-        for (double& value : gamma) value = divide(value, sum);
-        if (empty) {
-            firstGamma = gamma;
-            empty = false;
-        }
+        posteriors(alpha, beta, t, gamma);
         if (t + 1 < T) addTransitions(parameters, o, t, alpha, beta);
         addEmissions(o[t]);
     }
@@ -65,17 +64,22 @@ void Reestimation::addTransitions(const Parameters& parameters, const int* o, in
 void Reestimation::addEmissions(int symbol) {
     double* seen = matched.data();
     double* other = unmatched.data();
+    // A symbol outside the alphabet, which the caller has to keep away, equals no k.
+    const bool known = symbol >= 0 && symbol < M;
+    const int before = known ? symbol : M;
     for (int i = 0; i < N; ++i) {
         const double mass = gamma[static_cast<std::size_t>(i)];
-        for (int k = 0; k < symbol; ++k) other[k] += mass;
-        seen[symbol] += mass;
-        for (int k = symbol + 1; k < M; ++k) other[k] += mass;
+        for (int k = 0; k < before; ++k) other[k] += mass;
+        if (known) seen[symbol] += mass;
+        for (int k = before + 1; k < M; ++k) other[k] += mass;
         seen += M;
         other += M;
     }
 }
 
 void Reestimation::estimate(MatrixT<double>& a, MatrixT<double>& b) const {
+    a.resize(N, N);
+    b.resize(N, M);
     std::size_t ij = 0;
     std::size_t ik = 0;
     for (int i = 0; i < N; ++i) {

@@ -23,9 +23,7 @@ std::string composeModel(const HMM& model) {
 
 }  // namespace
 
-void HMM::write(char* path) {
-    internal::writeFile(path, composeModel(*this));
-}
+void HMM::write(char* path) { internal::writeFile(path, composeModel(*this)); }
 
 bool HMM::save(const std::string& path) const {
     return internal::saveFile(path, composeModel(*this));

@@ -1,6 +1,6 @@
 #include <vesk/leftright/LeftRightHMM.h>
 
-#include <vesk/hmm/internal/Passes.h>
+#include <vesk/math/internal/Divide.h>
 #include <vesk/math/internal/Table.h>
 
 #include <algorithm>
@@ -33,8 +33,8 @@ void estimateStructure(std::vector<double>& pi, const Table& a, int delta) {
 }
 
 /// A state's row of b: the floor for every symbol not in its list, the rest in equal shares.
-void estimateFromList(const std::vector<int>& list, const Vesk::Math::internal::Table<const double>& vocab,
-                      double* row, int M) {
+void estimateFromList(const std::vector<int>& list,
+                      const Vesk::Math::internal::Table<const double>& vocab, double* row, int M) {
     std::vector<int> allowed;
     double floorSum = 0.0;
     for (int k = 0; k < M; ++k) {
@@ -69,8 +69,7 @@ public:
         // Lengths are computed in single precision: part of the result for very long sequences.
         const double segLen = std::floor(static_cast<float>(L) / static_cast<float>(N));
         const int rem = static_cast<int>(static_cast<double>(L) - static_cast<double>(N) * segLen);
-        const int head =
-            rem > 1 ? static_cast<int>(std::floor(static_cast<float>(rem) * 0.5F)) : 0;
+        const int head = rem > 1 ? static_cast<int>(std::floor(static_cast<float>(rem) * 0.5F)) : 0;
         int closed = 0;
         int headClosed = 0;
         int normalClosed = 0;
@@ -96,8 +95,8 @@ public:
             const std::size_t state = static_cast<std::size_t>(i);
             const std::size_t first = state * static_cast<std::size_t>(M);
             for (int k = 0; k < M; ++k) {
-                b(i, k) = internal::divide(ofSymbol[first + static_cast<std::size_t>(k)],
-                                           ofState[state]);
+                b(i, k) = Vesk::Math::internal::divide(
+                    ofSymbol[first + static_cast<std::size_t>(k)], ofState[state]);
             }
         }
     }

@@ -12,7 +12,7 @@ namespace Vesk::ML {
 
 /// What one training iteration came to.
 struct TrainingStep {
-    int iteration;            ///< zero-based
+    long iteration;           ///< zero-based
     double oldLogLikelihood;  ///< of all sequences under the model before it, natural log
     double newLogLikelihood;  ///< under the candidate
     bool accepted;            ///< whether the candidate became the model
@@ -116,7 +116,8 @@ public:
 
     // Text file
 
-    /// Writes the left-right file (docs/formats.md); silent where it cannot. Only a model whose
+    /// Writes the left-right file (docs/formats.md); silent where the file cannot be opened
+    /// or written. Only a model whose
     /// `vocabValues` holds M values is read back whole by `loadLR`.
     void write(char* path) override;
     void write(const char* path) { write(const_cast<char*>(path)); }

@@ -27,9 +27,7 @@ std::string composeModel(const LeftRightHMM& model) {
 
 }  // namespace
 
-void LeftRightHMM::write(char* path) {
-    internal::writeFile(path, composeModel(*this));
-}
+void LeftRightHMM::write(char* path) { internal::writeFile(path, composeModel(*this)); }
 
 bool LeftRightHMM::save(const std::string& path) const {
     return internal::saveFile(path, composeModel(*this));

@@ -3,6 +3,7 @@
 #include <vesk/hmm/internal/Parameters.h>
 #include <vesk/hmm/internal/Passes.h>
 #include <vesk/hmm/internal/Reestimation.h>
+#include <vesk/hmm/internal/SingleTraining.h>
 #include <vesk/leftright/internal/ScaledPasses.h>
 
 #include <algorithm>
@@ -12,6 +13,13 @@ namespace Vesk::ML {
 namespace {
 
 using Vesk::Math::MatrixT;
+
+/// P(O) of the model that a plain alpha belongs to.
+double likelihoodOf(const MatrixT<double>& alpha) {
+    double sum = 0.0;
+    for (int i = 0; i < alpha.rows; ++i) sum += alpha(i, alpha.cols - 1);
+    return sum;
+}
 
 /// Tells standard output what the fixed operation tells: the likelihoods before a candidate is
 /// adopted, the line that closes the iteration afterwards.
@@ -46,13 +54,12 @@ void train(LeftRightHMM& model, const std::vector<std::vector<int>>& sequences, 
     std::vector<double> scale(longest);
     const auto longestT = static_cast<int>(longest);
     internal::Parameters p = internal::parametersFor(model, model.vocabSize, longestT);
-    const int N = p.N;
     const auto M = static_cast<int>(model.vocabSize);
-    internal::Reestimation reestimation(N, M);
-    MatrixT<double> newA = Vesk::Math::internal::zeros(N, N);
-    MatrixT<double> newB = Vesk::Math::internal::zeros(N, M);
+    internal::Reestimation reestimation(p.N, M);
+    MatrixT<double> newA;
+    MatrixT<double> newB;
 
-    for (int n = 0; maxIterations < 0 || n < maxIterations; ++n) {
+    for (long n = 0; maxIterations < 0 || n < maxIterations; ++n) {
         reestimation.clear();
         double oldLog = 0.0;
         for (const std::vector<int>& s : sequences) {
@@ -87,31 +94,7 @@ void train(LeftRightHMM& model, const std::vector<std::vector<int>>& sequences, 
 }  // namespace
 
 void LeftRightHMM::baumWelch(Vesk::Math::VectorT<int> O, int T, int maxIterations) {
-    if (T < 1 || maxIterations == 0) return;
-    const int* o = internal::observed(O, T, vocabSize);
-    internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
-    const int N = p.N;
-    const auto M = static_cast<int>(vocabSize);
-    internal::Reestimation reestimation(N, M);
-    MatrixT<double> newA = Vesk::Math::internal::zeros(N, N);
-    MatrixT<double> newB = Vesk::Math::internal::zeros(N, M);
-
-    for (long n = 0; maxIterations < 0 || n < maxIterations; ++n) {
-        const MatrixT<double> alpha = internal::forward(p, o, T);
-        const MatrixT<double> beta = internal::backward(p, o, T);
-        reestimation.clear();
-        reestimation.add(p, o, T, alpha, beta);
-        reestimation.estimate(newA, newB);
-
-        double oldProb = 0.0;
-        for (int i = 0; i < N; ++i) oldProb += alpha(i, T - 1);
-        const double newProb =
-            internal::forwardLikelihood(internal::candidate(p.pi, newA, newB), o, T);
-        if (!(newProb > oldProb)) return;
-        a.swap(newA);
-        b.swap(newB);
-        p = internal::parametersOf(*this);
-    }
+    internal::trainOnSequence(*this, O, T, maxIterations, {false, likelihoodOf});
 }
 
 void LeftRightHMM::baumWelchMultiple(std::vector<std::vector<int>> sequences, int maxIterations) {

@@ -44,7 +44,7 @@ std::vector<int> VectorQuantizer2D::classify(std::vector<std::vector<double>>& t
     Clusterer clusterer;
     std::vector<int> symbols =
         symbolsOf(*this, trace, proxFilterThreshold, rotationAllowed, clusterer);
-    // Hosts count on the clusterer's storage staying allocated.
+    // Part of the interface: a call leaves its clusterer allocated, though nobody may use it.
     if (clusterer) internal::keepForever(std::move(clusterer));
     return symbols;
 }

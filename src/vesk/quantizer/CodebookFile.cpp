@@ -6,7 +6,6 @@
 #include <locale>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace Vesk::ML {
 namespace {
@@ -37,7 +36,6 @@ bool VectorQuantizer2D::loadCodebook(char* path) {
     internal::InputFile in(path);
     if (!in.isOpen()) return false;
 
-    std::vector<double> entries;
     std::string line;
     std::istringstream number;
     number.imbue(std::locale::classic());
@@ -45,16 +43,13 @@ bool VectorQuantizer2D::loadCodebook(char* path) {
     // Kept from line to line: a blank line repeats the one before, and so does the empty one after
     // a line end that closes the file.
     double value = 0.0;
-    while (!in.atEnd()) {
-        in.readLine(line);
-        if (in.isUnreadable()) break;
+    while (!in.atEnd() && in.readLine(line)) {
         number.clear();
         number.str(line);
         number >> value;
-        in.requireLength(entries.size() + 1);
-        entries.push_back(value);
+        in.requireLength(codebook.size() + 1);
+        codebook.push_back(value);
     }
-    codebook = std::move(entries);
     codebookReady = true;
     codebookSize = static_cast<int>(codebook.size());
     return true;

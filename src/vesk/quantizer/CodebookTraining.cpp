@@ -66,7 +66,7 @@ std::vector<double> VectorQuantizer2D::trainCodebook(
     std::list<std::vector<std::vector<double>>>& traces, float proxFilterThreshold) {
     std::unique_ptr<KMeansMotionVec> clusterer;
     train(*this, traces, proxFilterThreshold, reportEvent, clusterer);
-    // Hosts count on the clusterer's storage staying allocated.
+    // Part of the interface: a call leaves its clusterer allocated, though nobody may use it.
     codebook = internal::keepForever(std::move(clusterer))->centres;
     return codebook;
 }

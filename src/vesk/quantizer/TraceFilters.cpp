@@ -26,6 +26,19 @@ bool farEnough(const Position& position, const Position& last, double threshold)
     return distance(position, last) >= threshold;
 }
 
+/// Gives `keep` each position that stays, as soon as that is known.
+template <typename Keep>
+void filterByProximity(const Positions& positions, double threshold, Keep keep) {
+    if (positions.size() < 2) return;
+    const Position* last = positions[0];
+    keep(last);
+    for (std::size_t i = 1; i < positions.size(); ++i) {
+        if (!farEnough(*positions[i], *last, threshold)) continue;
+        last = positions[i];
+        keep(last);
+    }
+}
+
 }  // namespace
 
 Positions positionsOf(const Trace& trace) {
@@ -48,12 +61,9 @@ Positions eqFiltered(const Trace& trace) {
 
 Positions proximityFiltered(const Positions& positions, double threshold) {
     Positions kept;
-    if (positions.size() < 2) return kept;
     kept.reserve(positions.size());
-    kept.push_back(positions[0]);
-    for (std::size_t i = 1; i < positions.size(); ++i) {
-        if (farEnough(*positions[i], *kept.back(), threshold)) kept.push_back(positions[i]);
-    }
+    filterByProximity(positions, threshold,
+                      [&](const Position* position) { kept.push_back(position); });
     return kept;
 }
 
@@ -63,15 +73,11 @@ Positions filtered(const Trace& trace, double threshold) {
 
 }  // namespace internal
 
-template <typename T>
-void ProximityFilter<T>::run(std::vector<std::vector<T>>& in, std::vector<std::vector<T>>& out,
-                             T threshold) {
-    for (const internal::Position* position :
-         internal::proximityFiltered(internal::positionsOf(in), threshold)) {
-        out.push_back(*position);
-    }
+template <>
+void ProximityFilter<double>::run(std::vector<std::vector<double>>& in,
+                                  std::vector<std::vector<double>>& out, double threshold) {
+    internal::filterByProximity(internal::positionsOf(in), threshold,
+                                [&](const internal::Position* kept) { out.push_back(*kept); });
 }
-
-template class ProximityFilter<double>;
 
 }  // namespace Vesk::ML

@@ -53,8 +53,8 @@ public:
     /// present codebook on (KMeansMotionVec, threshold one degree). Returns a copy of it.
     ///
     /// A quantiser that is not ready first gets `initializeCodebook(codebookSize)`. Writes two
-    /// counts and an empty line a trace to standard output. std::bad_alloc, with the codebook
-    /// unchanged, for a trace of which the filters leave nothing (fewer than two distinct
+    /// counts and an empty line a trace to standard output. std::bad_alloc, with nothing
+    /// learnt, for a trace of which the filters leave nothing (fewer than two distinct
     /// positions). The clusterer it makes is never freed.
     std::vector<double> trainCodebook(std::list<std::vector<std::vector<double>>>& traces,
                                       float proxFilterThreshold);

@@ -1,7 +1,7 @@
 #include <vesk/recognition/RecognitionModelHMM.h>
 
 #include <vesk/base/internal/KeptForever.h>
-#include <vesk/hmm/internal/Passes.h>
+#include <vesk/math/internal/Divide.h>
 #include <vesk/math/internal/Table.h>
 
 #include <algorithm>
@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace Vesk::ML {
@@ -16,6 +17,7 @@ namespace {
 
 using Vesk::Math::MatrixT;
 using Vesk::Math::internal::covers;
+using Vesk::Math::internal::divide;
 using Vesk::Math::internal::Extent;
 using Vesk::Math::internal::extentOf;
 using Vesk::Math::internal::throwTableTooSmall;
@@ -23,7 +25,7 @@ using Vesk::Math::internal::throwTableTooSmall;
 /// A gesture's share of what the combined model leaves; exactly 1.0 where that model takes all.
 double gestureShare(double modelTransitionProb, std::size_t gestures) {
     if (modelTransitionProb == 1.0) return 1.0;
-    return internal::divide(1.0 - modelTransitionProb, static_cast<double>(gestures));
+    return divide(1.0 - modelTransitionProb, static_cast<double>(gestures));
 }
 
 /// The staging fields as they are, or as `initialize` is about to make them.
@@ -34,12 +36,15 @@ struct Staging {
     Extent b;
 };
 
-/// What `resize` makes of a matrix.
+/// What `resize` makes of a matrix; std::bad_alloc where it would throw that for a negative
+/// product.
 Extent extentAfterResize(const MatrixT<double>& matrix, unsigned int rows, unsigned int cols) {
     const auto r = static_cast<int>(rows);
     const auto c = static_cast<int>(cols);
     if (matrix.rows == r && matrix.cols == c) return extentOf(matrix);
-    return {c, static_cast<std::int32_t>(rows * cols)};
+    const auto count = static_cast<std::int32_t>(rows * cols);
+    if (count < 0) throw std::bad_alloc();
+    return {c, count};
 }
 
 /// Gestures whose tables disagree with their sizes spill into the rows of the next: refused only
@@ -72,7 +77,7 @@ void composeTransitions(RecognitionModelHMM& model) {
         for (int k = 0; k < gesture->a.rows; ++k, ++s) {
             const double self = gesture->a(k, k);
             double* row = model.a.data.data() + model.a.cols * s;
-            std::fill_n(row, N, internal::divide(1.0 - self, N - 1));
+            std::fill_n(row, N, divide(1.0 - self, N - 1));
             row[s] = self;
         }
     }
@@ -148,10 +153,10 @@ bool RecognitionModelHMM::initialize() {
 }
 
 bool RecognitionModelHMM::setParameters() {
-    requireRoom(gestures, {numStates, static_cast<std::int64_t>(pi.size()), extentOf(a),
-                           extentOf(b)});
+    requireRoom(gestures,
+                {numStates, static_cast<std::int64_t>(pi.size()), extentOf(a), extentOf(b)});
     recognitionHMM = newCombinedModel(*this);
-    const double share = internal::divide(1.0, numStates);
+    const double share = divide(1.0, numStates);
     std::fill_n(pi.begin(), numStates, share);
     composeTransitions(*this);
     composeEmissions(*this);

@@ -17,6 +17,9 @@ namespace {
 
 using internal::InputFile;
 
+/// What a gesture without a single value takes, in values.
+constexpr std::uint64_t gestureOverhead = 32;
+
 /// Quantiser settings, codebook and combined model. The sizes that are written are the recognition
 /// model's own, the tables are the combined model's.
 void writeHeader(std::ostream& out, const RecognitionModelHMM& model) {
@@ -101,6 +104,7 @@ std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name
     in.read(M);
     in.read(dimension);
     in.read(delta);
+    in.claimTable(gestureOverhead, 1);
     in.claimTable(N, 1, 2);
     in.claimTable(N, N, 2);
     in.claimTable(N, M, 2);
@@ -122,6 +126,21 @@ std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name
     gesture->a = std::move(a);
     gesture->b = std::move(b);
     return gesture;
+}
+
+bool readModel(RecognitionModelHMM& model, const char* path,
+               const std::function<void(const std::string&)>& observer) {
+    InputFile in(path);
+    if (!in.isOpen()) return false;
+    readHeader(in, model);
+    readCombined(in, model);
+    std::string gestureName;
+    while (in.readWord(gestureName)) {
+        if (observer) observer(gestureName);
+        model.gestures.push_back(internal::keepForever(readGesture(in, gestureName, model.vocab)));
+    }
+    model.setModelTransitionProb(model.modelTransitionProb);
+    return model.createRecognitionHMMfromParameters() && model.recognitionHMM != nullptr;
 }
 
 }  // namespace
@@ -146,24 +165,14 @@ void RecognitionModelHMM::writeToStream(std::stringstream& out, HMM* model) {
 }
 
 bool RecognitionModelHMM::load(char* path) {
-    return read(path, [](const std::string& gestureName) {
+    return readModel(*this, path, [](const std::string& gestureName) {
         std::cout << "loading gesture '" << gestureName << "'" << std::endl;
     });
 }
 
 bool RecognitionModelHMM::read(const std::string& path,
                                const std::function<void(const std::string&)>& observer) {
-    InputFile in(path);
-    if (!in.isOpen()) return false;
-    readHeader(in, *this);
-    readCombined(in, *this);
-    std::string gestureName;
-    while (in.readWord(gestureName)) {
-        if (observer) observer(gestureName);
-        gestures.push_back(internal::keepForever(readGesture(in, gestureName, vocab)));
-    }
-    setModelTransitionProb(modelTransitionProb);
-    return createRecognitionHMMfromParameters() && recognitionHMM != nullptr;
+    return readModel(*this, path.c_str(), observer);
 }
 
 }  // namespace Vesk::ML

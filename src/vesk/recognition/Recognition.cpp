@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <utility>
 #include <vector>
 
 namespace Vesk::ML {
@@ -76,9 +77,7 @@ struct Printing {
     void onProbability(std::size_t gesture, double weighted) {
         std::cout << "prob[" << gesture << "] = " << weighted << std::endl;
     }
-    void onGamma(std::size_t, double weighted) {
-        std::cout << "gamma = " << weighted << std::endl;
-    }
+    void onGamma(std::size_t, double weighted) { std::cout << "gamma = " << weighted << std::endl; }
 };
 
 }  // namespace

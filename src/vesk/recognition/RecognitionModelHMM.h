@@ -45,12 +45,12 @@ struct Recognition {
 /// several threads while none changes the object or its models.
 class VESK_API RecognitionModelHMM {
 public:
-    bool fromParameters;           ///< built by `createRecognitionHMMfromParameters`
-    double gestureTransitionProb;  ///< (1 - modelTransitionProb) / K; 1.0 where that is 1.0
-    double modelTransitionProb;    ///< weight of the combined model
-    std::string name;              ///< one non-empty word where it is stored
-    unsigned int numStates;        ///< N, the sum over the gestures; 0 until built
-    unsigned int vocabSize;        ///< M of the first gesture; 0 until built
+    bool fromParameters;                ///< built by `createRecognitionHMMfromParameters`
+    double gestureTransitionProb;       ///< (1 - modelTransitionProb) / K; 1.0 where that is 1.0
+    double modelTransitionProb;         ///< weight of the combined model
+    std::string name;                   ///< one non-empty word where it is stored
+    unsigned int numStates;             ///< N, the sum over the gestures; 0 until built
+    unsigned int vocabSize;             ///< M of the first gesture; 0 until built
     Vesk::Math::MatrixT<double> vocab;  ///< the first gesture's
     std::vector<double> pi;             ///< N
     Vesk::Math::MatrixT<double> a;      ///< N x N
@@ -132,7 +132,8 @@ public:
 
     /// `load` without announcements; `observer`, where given, is told the name of every gesture
     /// before its parameters are read.
-    bool read(const std::string& path, const std::function<void(const std::string&)>& observer = {});
+    bool read(const std::string& path,
+              const std::function<void(const std::string&)>& observer = {});
 
     /// Writes a VRML 2.0 file with one `RecognitionModel` node from the staging fields and the
     /// gestures; silent where it cannot. Names are not escaped. std::bad_cast as `write`.

@@ -12,8 +12,9 @@ double reduced(double degrees);
 /// The distance of two reduced angles on the circle, in [0, 180].
 double circularDistance(double x, double y);
 
-/// Finds the centre nearest to an angle in O(log k), with the answer of a direct comparison of all
-/// distances as computed: the lowest index among the smallest.
+/// Finds the centre nearest to an angle in O(log k + e), e the number of centres that rounding
+/// makes equally far (one or two, unless they crowd within 1e-13 degrees), with the answer of a
+/// direct comparison of all distances as computed: the lowest index among the smallest.
 class NearestCentre {
 public:
     /// Takes a sorted view of the centres; at least one. O(k log k).

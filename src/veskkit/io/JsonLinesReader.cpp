@@ -34,14 +34,14 @@ public:
     bool binary(binary_t&) override { return scalar("binary data"); }
 
     bool string(string_t& value) override {
-        if (level != Level::Object) return scalar("a string");
-        switch (field) {
-            case Field::Gesture: trace.gesture = value; return true;
-            case Field::User: trace.user = value; return true;
-            case Field::Points: break;
-            case Field::Other: break;
+        if (level == Level::Object && field == Field::Gesture) {
+            trace.gesture = value;
+        } else if (level == Level::Object && field == Field::User) {
+            trace.user = value;
+        } else {
+            return scalar("a string");
         }
-        return scalar("a string");
+        return true;
     }
 
     bool start_object(std::size_t) override {

@@ -29,8 +29,8 @@ public:
     /// Opens a file. InputError "<path>: ..." for a directory and for what cannot be read.
     explicit JsonLinesReader(const std::string& path);
 
-    /// Reads from a stream that outlives the reader; `source` stands for it in messages and traces.
-    JsonLinesReader(std::istream& in, std::string source);
+    /// Reads from a stream that outlives the reader; `name` stands for it in messages and traces.
+    JsonLinesReader(std::istream& stream, std::string name);
 
     JsonLinesReader(const JsonLinesReader&) = delete;
     JsonLinesReader& operator=(const JsonLinesReader&) = delete;

@@ -143,7 +143,7 @@ void warnOfFewTraces(const std::vector<GestureSamples>& gestures, TrainingReport
                                          ": 3 or more make a model that recognises others"));
     }
     if (gestures.size() == 1) {
-        report.warnings.push_back(
+        report.warnings.emplace_back(
             "one gesture only: it is told from other movements by its threshold alone");
     }
 }

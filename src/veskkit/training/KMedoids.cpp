@@ -167,6 +167,7 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
 Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t k,
                           std::size_t smallest) {
     std::vector<std::vector<double>> shapes;
+    shapes.reserve(traces.size());
     for (const Points* trace : traces) shapes.push_back(shapeOf(*trace));
 
     const std::size_t stride = (traces.size() + mostCompared - 1) / mostCompared;

@@ -64,6 +64,7 @@ double meanLogLikelihood(const LeftRightHMM& model, const Sequences& sequences) 
 
 Sequences sequencesOf(const std::vector<Sample>& samples) {
     Sequences result;
+    result.reserve(samples.size());
     for (const Sample& sample : samples) result.push_back(sample.symbols);
     return result;
 }
@@ -114,6 +115,7 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
 /// The staging fields of the model that the coarse models make together.
 RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
     std::vector<HMM*> pointers;
+    pointers.reserve(coarse.size());
     for (LeftRightHMM& model : coarse) pointers.push_back(&model);
     RecognitionModelHMM composed(pointers, 1.0);
     composed.initialize();

@@ -133,6 +133,13 @@ TEST(ProximityFilterTest, MoreCoordinatesThanTheLastKeptAreOutOfRange) {
     EXPECT_EQ(in, (Trace{{0, 0}, {1, 0}, {2, 0, 0}, {3, 0}}));
 }
 
+TEST(ProximityFilterTest, WhatWasKeptBeforeAMissingCoordinateIsThere) {
+    Trace in = {{0, 0}, {0.5, 0}, {5, 5}, {1, 2, 3}, {9, 9}};
+    Trace out;
+    EXPECT_THROW(ProximityFilter<double>::run(in, out, 1.0), std::out_of_range);
+    EXPECT_EQ(out, (Trace{{0, 0}, {5, 5}}));
+}
+
 TEST(ProximityFilterTest, ComparesWithTheLastKeptNotWithTheDroppedBetween) {
     // (9,9) is dropped, so the third is measured from the first, which has enough coordinates.
     EXPECT_EQ(filtered({{9, 9, 9}, {9, 9}, {9, 9, 9}}, 1.0), (Trace{{9, 9, 9}}));

@@ -12,16 +12,14 @@ namespace Vesk::ML::internal {
 /// make its reader allocate.
 ///
 /// A regular file may declare tables of as many values as it has bytes, and four times that in
-/// all, but never less than 2^20 and 2^24. What is not a regular file counts as having no size,
+/// all; where that is less, 2^20 and 2^24. What is not a regular file counts as having no size,
 /// and ends after 2^28 bytes. A file that cannot be read (a directory) looks empty.
 class InputFile {
 public:
-    explicit InputFile(const std::string& path);
+    /// A null path cannot be opened.
+    explicit InputFile(const char* path);
 
     bool isOpen() const { return buffer.is_open(); }
-
-    /// Whether reading itself failed, as it does for a directory.
-    bool isUnreadable() const { return buffer.unreadable; }
 
     /// As `istream >> value`: a failed conversion stores 0 (or the nearest limit), and after any
     /// failure values stay as they are. Returns whether the stream is still good for more.
@@ -36,7 +34,8 @@ public:
     /// One white-space-delimited word; false where there is none.
     bool readWord(std::string& word);
 
-    /// One line without its end. False at the end of the file or where it cannot be read.
+    /// One line without its end, empty at the end of the file. False where reading itself fails, as
+    /// it does for a directory.
     bool readLine(std::string& line);
     bool atEnd() const { return in.eof(); }
 

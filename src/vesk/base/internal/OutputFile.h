@@ -1,8 +1,8 @@
 #ifndef VESK_BASE_INTERNAL_OUTPUTFILE_H
 #define VESK_BASE_INTERNAL_OUTPUTFILE_H
 
-#include <locale>
 #include <ios>
+#include <locale>
 #include <sstream>
 #include <string>
 
@@ -34,8 +34,8 @@ std::string composeText(Write write) {
 }
 
 /// Creates or truncates the file and writes the text in one piece. Returns whether the file could
-/// be opened: how the writing went stays unsaid.
-bool writeFile(const std::string& path, const std::string& text);
+/// be opened (a null path cannot): how the writing went stays unsaid.
+bool writeFile(const char* path, const std::string& text);
 
 /// The same: true only when every byte was written and the file closed.
 bool saveFile(const std::string& path, const std::string& text);

@@ -2,6 +2,7 @@
 #define VESK_HMM_INTERNAL_PARAMETERS_H
 
 #include <vesk/hmm/HMM.h>
+#include <vesk/math/internal/Divide.h>
 #include <vesk/math/internal/Table.h>
 
 #include <cassert>
@@ -13,6 +14,7 @@ namespace Vesk::ML::internal {
 
 using Vesk::Math::MatrixT;
 using Vesk::Math::VectorT;
+using Vesk::Math::internal::divide;
 using Vesk::Math::internal::Table;
 
 /// A model's parameters as the algorithms see them: borrowed, and known to lie inside the model's
@@ -24,20 +26,12 @@ struct Parameters {
     Table<const double> b;  ///< N x (at least the symbols that occur)
 };
 
-/// Of a model, all of them. std::out_of_range where its tables are too small.
-inline Parameters parametersOf(const HMM& model) {
-    const std::int64_t N = model.numStates;
-    return {static_cast<int>(N), Vesk::Math::internal::leading(model.pi, N),
-            Vesk::Math::internal::table(model.a, N, N),
-            Vesk::Math::internal::table(model.b, N, model.vocabSize)};
-}
-
 /// Which tables a forward or backward pass over T symbols reads: one symbol needs no transitions,
 /// none needs nothing, and the backward table no initial probabilities.
 enum class Direction { Forward, Backward };
 
-/// Of a model for a pass over T symbols below `symbols`: as above, but what the pass does not read
-/// may be missing.
+/// Of a model for a pass over T symbols below `symbols`. std::out_of_range where a table that the
+/// pass reads is too small.
 inline Parameters parametersFor(const HMM& model, std::int64_t symbols, int T,
                                 Direction direction = Direction::Forward) {
     const std::int64_t N = model.numStates;
@@ -49,6 +43,11 @@ inline Parameters parametersFor(const HMM& model, std::int64_t symbols, int T,
     if (steps) p.a = Vesk::Math::internal::table(model.a, N, N);
     if (emits) p.b = Vesk::Math::internal::table(model.b, N, symbols);
     return p;
+}
+
+/// Of a model, all of them. std::out_of_range where its tables are too small.
+inline Parameters parametersOf(const HMM& model) {
+    return parametersFor(model, model.vocabSize, 2);
 }
 
 /// Of parameters that the library's caller passed in, whose shapes are the caller's duty; without

@@ -7,9 +7,6 @@
 
 namespace Vesk::ML::internal {
 
-/// x / y, but 0.0 where x is 0.0.
-inline double divide(double x, double y) { return x == 0.0 ? 0.0 : x / y; }
-
 /// The forward recurrence, one column of alpha at a time (Rabiner 1989, eqs. 19, 20).
 class ForwardColumn {
 public:
