@@ -13,6 +13,8 @@ target_compile_options(vesk_private INTERFACE
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
     # Parameters may bear a public member's name: the textbook's letters are both.
     $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+    # g++ 12 sees overlaps that cannot be in concatenations of std::string at -O3.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<BOOL:${VESK_WARNINGS_AS_ERRORS}>:-Werror>)
 if(VESK_SANITIZE)
     target_compile_options(vesk_private INTERFACE
@@ -24,26 +26,25 @@ if(VESK_COVERAGE)
     target_link_options(vesk_private INTERFACE --coverage)
 endif()
 
-# vesk_objects(<name> <source>...): the objects of a library, compiled once for all its forms.
-function(vesk_objects name)
-    add_library(${name} OBJECT ${ARGN})
-    target_link_libraries(${name} PRIVATE vesk_private)
-    target_include_directories(${name} PRIVATE
-        "${VESK_INCLUDE_ROOT}" "${VESK_GENERATED_ROOT}")
-    set_target_properties(${name} PROPERTIES
-        CXX_EXTENSIONS OFF
-        POSITION_INDEPENDENT_CODE ON
-        CXX_VISIBILITY_PRESET hidden
-        VISIBILITY_INLINES_HIDDEN ON)
-endfunction()
-
-# vesk_shared(<name> <exported name> <objects>): a shared object that exports only Vesk:: names.
-function(vesk_shared name exported objects)
-    set(map "${PROJECT_SOURCE_DIR}/cmake/exports.map")
-    add_library(${name} SHARED $<TARGET_OBJECTS:${objects}>)
+# vesk_library(<name> <exported name> SHARED|STATIC <source>...): a library of the project.
+function(vesk_library name exported type)
+    add_library(${name} ${type} ${ARGN})
     add_library(Vesk::${exported} ALIAS ${name})
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vesk_private>)
     target_compile_features(${name} INTERFACE cxx_std_17)
+    target_include_directories(${name} PUBLIC
+        $<BUILD_INTERFACE:${VESK_INCLUDE_ROOT}> $<BUILD_INTERFACE:${VESK_GENERATED_ROOT}>)
+    set_target_properties(${name} PROPERTIES
+        CXX_EXTENSIONS OFF
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        EXPORT_NAME ${exported})
+endfunction()
+
+# vesk_shared(<name> <exported name> <source>...): a shared object that exports only Vesk:: names.
+function(vesk_shared name exported)
+    set(map "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+    vesk_library(${name} ${exported} SHARED ${ARGN})
     target_link_options(${name} PRIVATE
         "LINKER:--version-script=${map}" "LINKER:--as-needed")
     if(NOT VESK_SANITIZE)
@@ -51,8 +52,6 @@ function(vesk_shared name exported objects)
         target_link_options(${name} PRIVATE "LINKER:--no-undefined")
     endif()
     set_target_properties(${name} PROPERTIES
-        LINKER_LANGUAGE CXX
-        EXPORT_NAME ${exported}
         LINK_DEPENDS "${map}"
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR})

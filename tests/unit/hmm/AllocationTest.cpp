@@ -136,8 +136,7 @@ TEST(HmmAllocation, FailedTrainingKeepsTheLastAdoptedParameters) {
 TEST(HmmAllocation, FailedEstimateIsBadAlloc) {
     HMM model = weather();
     const std::vector<std::vector<int>> sequences = {{0, 1}, {1}};
-    EXPECT_GT(failEveryAllocation(
-                  [&] { model.initialize(sequences, HMM::EqualSegments); }, [] {}),
+    EXPECT_GT(failEveryAllocation([&] { model.initialize(sequences, HMM::EqualSegments); }, [] {}),
               0);
 }
 

@@ -104,8 +104,7 @@ TEST(DamagedHmm, ForwardPassesThrowOutOfRange) {
 TEST(DamagedHmm, BackwardPassesThrowOutOfRange) {
     const auto damages = withSmallA() + withSmallB() + withLargeCounts();
     expectOutOfRange(damages, [](HMM& m) { m.backwardProc(observed, 3); });
-    expectOutOfRange(withSmallPi() + damages,
-                     [](HMM& m) { m.backwardProbability(observed, 3); });
+    expectOutOfRange(withSmallPi() + damages, [](HMM& m) { m.backwardProbability(observed, 3); });
 }
 
 TEST(DamagedHmm, BackwardTableNeedsNoInitialProbabilities) {
@@ -143,8 +142,8 @@ TEST(DamagedHmm, GammaNeedsNoParameters) {
     model.pi.clear();
     model.a = Matrix();
     model.b = Matrix();
-    EXPECT_TRUE(bitEqual(0.25, model.gamma(1, 0, matrixOf({{1}, {1}, {2}}),
-                                           matrixOf({{1}, {1}, {1}}))));
+    EXPECT_TRUE(
+        bitEqual(0.25, model.gamma(1, 0, matrixOf({{1}, {1}, {2}}), matrixOf({{1}, {1}, {1}}))));
 }
 
 TEST(DamagedHmm, DumpThrowsOutOfRangeBeforeItPrints) {
@@ -181,8 +180,7 @@ TEST(DamagedHmm, OneSymbolNeedsNoTransitions) {
         EXPECT_TRUE(bitEqual(whole.forwardProc({1}, 1), model.forwardProc({1}, 1)));
         EXPECT_TRUE(bitEqual(whole.backwardProc({1}, 1), model.backwardProc({1}, 1)));
         EXPECT_TRUE(bitEqual(whole.forwardProbability({1}, 1), model.forwardProbability({1}, 1)));
-        EXPECT_TRUE(bitEqual(whole.backwardProbability({1}, 1),
-                             model.backwardProbability({1}, 1)));
+        EXPECT_TRUE(bitEqual(whole.backwardProbability({1}, 1), model.backwardProbability({1}, 1)));
         EXPECT_TRUE(bitEqual(whole.viterbi({1}, 1), model.viterbi({1}, 1)));
     }
 }

@@ -41,8 +41,8 @@ TEST(HmmForward, WorkedExample) {
     // alpha(0, 1) = (1/4 * 1/2 + 1/8 * 1/4) * 1/2 = 5/32 * 1/2 = 5/64
     // alpha(1, 1) = (1/4 * 1/2 + 1/8 * 3/4) * 3/4 = 7/32 * 3/4 = 21/128
     HMM model = weather();
-    EXPECT_TRUE(bitEqual(matrixOf({{0.25, 5.0 / 64}, {0.125, 21.0 / 128}}),
-                         model.forwardProc({0, 1}, 2)));
+    EXPECT_TRUE(
+        bitEqual(matrixOf({{0.25, 5.0 / 64}, {0.125, 21.0 / 128}}), model.forwardProc({0, 1}, 2)));
     // 10/128 + 21/128
     EXPECT_TRUE(bitEqual(31.0 / 128, model.forwardProbability({0, 1}, 2)));
 }
@@ -94,10 +94,10 @@ TEST(HmmForwardBackward, ProbabilityOfNoSymbolsIsZero) {
         SCOPED_TRACE(T);
         EXPECT_TRUE(bitEqual(0.0, model.forwardProbability({0, 1}, T)));
         EXPECT_TRUE(bitEqual(0.0, model.backwardProbability({0, 1}, T)));
-        EXPECT_TRUE(bitEqual(0.0, model.forwardProbabilityHMM({}, T, 2, model.pi, model.a,
-                                                              model.b)));
-        EXPECT_TRUE(bitEqual(0.0, model.backwardProbabilityHMM({}, T, 2, model.pi, model.a,
-                                                               model.b)));
+        EXPECT_TRUE(
+            bitEqual(0.0, model.forwardProbabilityHMM({}, T, 2, model.pi, model.a, model.b)));
+        EXPECT_TRUE(
+            bitEqual(0.0, model.backwardProbabilityHMM({}, T, 2, model.pi, model.a, model.b)));
     }
     EXPECT_TRUE(modelsEqual(before, model));
 }
@@ -106,10 +106,9 @@ TEST(HmmForwardBackward, TablesOfNoSymbolsAreEmpty) {
     HMM model = weather();
     for (int T : {0, -1, -3, std::numeric_limits<int>::min()}) {
         SCOPED_TRACE(T);
-        const Matrix tables[] = {
-            model.forwardProc({0, 1}, T), model.backwardProc({0, 1}, T),
-            model.forwardProcHMM({}, T, 2, model.pi, model.a, model.b),
-            model.backwardProcHMM({}, T, 2, model.a, model.b)};
+        const Matrix tables[] = {model.forwardProc({0, 1}, T), model.backwardProc({0, 1}, T),
+                                 model.forwardProcHMM({}, T, 2, model.pi, model.a, model.b),
+                                 model.backwardProcHMM({}, T, 2, model.a, model.b)};
         for (const Matrix& table : tables) {
             EXPECT_EQ(table.rows, 2);
             EXPECT_EQ(table.cols, 0);
@@ -134,10 +133,10 @@ TEST(HmmForwardBackward, FormsWithParametersUseThemAndNotTheModel) {
                          model.forwardProcHMM(o, 2, 2, other.pi, other.a, other.b)));
     EXPECT_TRUE(bitEqual(matrixOf({{0.625, 1.0}, {0.6875, 1.0}}),
                          model.backwardProcHMM(o, 2, 2, other.a, other.b)));
-    EXPECT_TRUE(bitEqual(31.0 / 128,
-                         model.forwardProbabilityHMM(o, 2, 2, other.pi, other.a, other.b)));
-    EXPECT_TRUE(bitEqual(31.0 / 128,
-                         model.backwardProbabilityHMM(o, 2, 2, other.pi, other.a, other.b)));
+    EXPECT_TRUE(
+        bitEqual(31.0 / 128, model.forwardProbabilityHMM(o, 2, 2, other.pi, other.a, other.b)));
+    EXPECT_TRUE(
+        bitEqual(31.0 / 128, model.backwardProbabilityHMM(o, 2, 2, other.pi, other.a, other.b)));
     EXPECT_TRUE(modelsEqual(certain(), model));
 }
 
@@ -147,8 +146,8 @@ TEST(HmmForwardBackward, FormsWithTheModelsOwnParametersGiveTheSame) {
     const int T = 7;
     EXPECT_TRUE(bitEqual(model.forwardProc(o, T),
                          model.forwardProcHMM(o, T, 2, model.pi, model.a, model.b)));
-    EXPECT_TRUE(bitEqual(model.backwardProc(o, T),
-                         model.backwardProcHMM(o, T, 2, model.a, model.b)));
+    EXPECT_TRUE(
+        bitEqual(model.backwardProc(o, T), model.backwardProcHMM(o, T, 2, model.a, model.b)));
     EXPECT_TRUE(bitEqual(model.forwardProbability(o, T),
                          model.forwardProbabilityHMM(o, T, 2, model.pi, model.a, model.b)));
     EXPECT_TRUE(bitEqual(model.backwardProbability(o, T),
@@ -174,8 +173,8 @@ TEST(HmmForwardBackward, ModelsTablesAreIndexedByTheirOwnColumnCounts) {
     model.pi = {0.5, 0.5, 99.0};
     model.a = matrixOf({{0.5, 0.5, 99}, {0.25, 0.75, 99}});
     model.b = matrixOf({{0.5, 0.5, 99, 99}, {0.25, 0.75, 99, 99}});
-    EXPECT_TRUE(bitEqual(matrixOf({{0.25, 5.0 / 64}, {0.125, 21.0 / 128}}),
-                         model.forwardProc({0, 1}, 2)));
+    EXPECT_TRUE(
+        bitEqual(matrixOf({{0.25, 5.0 / 64}, {0.125, 21.0 / 128}}), model.forwardProc({0, 1}, 2)));
     EXPECT_TRUE(bitEqual(matrixOf({{0.625, 1.0}, {0.6875, 1.0}}), model.backwardProc({0, 1}, 2)));
     EXPECT_TRUE(bitEqual(31.0 / 128, model.forwardProbability({0, 1}, 2)));
     EXPECT_TRUE(bitEqual(31.0 / 128, model.backwardProbability({0, 1}, 2)));
@@ -191,8 +190,8 @@ TEST(HmmForwardBackward, ImpossibleSequenceHasProbabilityZero) {
 TEST(HmmForwardBackward, EmptyModelGivesZeros) {
     HMM model(3, 2);
     EXPECT_TRUE(bitEqual(Matrix(3, 2), model.forwardProc({0, 1}, 2)));
-    EXPECT_TRUE(bitEqual(matrixOf({{0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0}}),
-                         model.backwardProc({0, 1}, 2)));
+    EXPECT_TRUE(
+        bitEqual(matrixOf({{0.0, 1.0}, {0.0, 1.0}, {0.0, 1.0}}), model.backwardProc({0, 1}, 2)));
     EXPECT_TRUE(bitEqual(0.0, model.forwardProbability({0, 1}, 2)));
     EXPECT_TRUE(bitEqual(0.0, model.backwardProbability({0, 1}, 2)));
 }
@@ -205,8 +204,8 @@ TEST(HmmForwardBackward, InfinitiesMeetZerosAsNaN) {
     model.pi = {1.0, 1.0};
     model.a = matrixOf({{0.0, 1.0}, {0.0, 0.0}});
     model.b = matrixOf({{infinity}, {1.0}});
-    EXPECT_TRUE(bitEqual(matrixOf({{infinity, nan}, {1.0, infinity}}),
-                         model.forwardProc({0, 0}, 2)));
+    EXPECT_TRUE(
+        bitEqual(matrixOf({{infinity, nan}, {1.0, infinity}}), model.forwardProc({0, 0}, 2)));
     // beta(0, 0) = 1 * 0 * inf + 1 * 1 * 1; beta(1, 0) = 1 * 0 * inf + 1 * 0 * 1.
     EXPECT_TRUE(bitEqual(matrixOf({{nan, 1.0}, {nan, 1.0}}), model.backwardProc({0, 0}, 2)));
 }

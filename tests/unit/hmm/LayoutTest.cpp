@@ -118,11 +118,11 @@ TEST(HmmLayout, OperationsHaveTheirSignatures) {
     static_assert(!std::is_default_constructible_v<HMM>);
     static_assert(!std::is_constructible_v<HMM, int>);
     static_assert(std::is_same_v<decltype(&HMM::baumWelch), void (HMM::*)(O, int, int)>);
-    static_assert(std::is_same_v<decltype(&HMM::initialize),
-                                 void (HMM::*)(S, HMM::SegmentationType)>);
+    static_assert(
+        std::is_same_v<decltype(&HMM::initialize), void (HMM::*)(S, HMM::SegmentationType)>);
     static_assert(std::is_same_v<decltype(&HMM::print), void (HMM::*)()>);
-    static_assert(std::is_same_v<decltype(&HMM::calcInitialProbs),
-                                 void (HMM::*)(HMM::SegmentationType, S)>);
+    static_assert(
+        std::is_same_v<decltype(&HMM::calcInitialProbs), void (HMM::*)(HMM::SegmentationType, S)>);
     static_assert(std::is_same_v<decltype(&HMM::reset), void (HMM::*)(HMM::SegmentationType)>);
     static_assert(std::is_same_v<decltype(&HMM::randD), double (HMM::*)(double)>);
     static_assert(std::is_same_v<decltype(&HMM::genSeq), O (HMM::*)(int)>);
@@ -152,9 +152,7 @@ TEST(HmmLayout, VirtualOperationsStandInTheirSlots) {
     EXPECT_EQ(slotOf(&HMM::calcInitialProbs), 6);
 }
 
-TEST(HmmLayout, SevenSlotsAreAllThereAre) {
-    EXPECT_EQ(slotOf(&Watched::additional), 7);
-}
+TEST(HmmLayout, SevenSlotsAreAllThereAre) { EXPECT_EQ(slotOf(&Watched::additional), 7); }
 
 TEST(HmmLayout, OtherOperationsAreNotVirtual) {
     EXPECT_FALSE(isVirtual(&HMM::reset));

@@ -48,8 +48,7 @@ std::unique_ptr<HMM> loadedAsRead(const std::string& text) {
 }
 
 TEST(HmmLoader, ReadsTheSixLines) {
-    const auto model = loadedAsRead(
-        "gesture\n2 2 1\n1 0\n0.7 0.3 0 1\n0.9 0.1 0.2 0.8\n0 1\n");
+    const auto model = loadedAsRead("gesture\n2 2 1\n1 0\n0.7 0.3 0 1\n0.9 0.1 0.2 0.8\n0 1\n");
     EXPECT_EQ(model->name, "gesture");
     EXPECT_EQ(model->numStates, 2U);
     EXPECT_EQ(model->vocabSize, 2U);
@@ -215,9 +214,9 @@ TEST(HmmLoader, NumberBeyondTheRangeIsTheLargestAndEndsTheReading) {
 }
 
 TEST(HmmLoader, OddSpellingsOfNumbersAreReadAsTheStreamReadsThem) {
-    for (const char* number :
-         {"+1", "-0", ".5", "5.", "1e3", "1E-3", "1e", "1e+", "0x1F", "1.5.5", "1,5", "1-2", "--1",
-          "1e-999", "4.9e-324", "0001", "1_000", "0b1", "1d", "1f", "e5", "+", "-", "."}) {
+    for (const char* number : {"+1",    "-0",    ".5",  "5.",  "1e3", "1E-3",   "1e",       "1e+",
+                               "0x1F",  "1.5.5", "1,5", "1-2", "--1", "1e-999", "4.9e-324", "0001",
+                               "1_000", "0b1",   "1d",  "1f",  "e5",  "+",      "-",        "."}) {
         SCOPED_TRACE(number);
         loadedAsRead("x\n1 3 1\n1\n1\n0.5 " + std::string(number) + " 0.25\n");
     }
@@ -331,12 +330,12 @@ TEST(HmmLoader, MoreValuesThanTheFileCouldHoldAreBadAlloc) {
 }
 
 TEST(HmmLoader, ProductsBeyond32BitPositionsAreBadAlloc) {
-    EXPECT_THROW(loaded("x\n65536 1 1\n0.5\n"), std::bad_alloc);   // a: 2^32
-    EXPECT_THROW(loaded("x\n46341 1 1\n0.5\n"), std::bad_alloc);   // a: 2^31 + 4633
-    EXPECT_THROW(loaded("x\n65537 1 1\n0.5\n"), std::bad_alloc);   // a: 2^32 + 131073
-    EXPECT_THROW(loaded("x\n1024 4194304 1\n"), std::bad_alloc);   // b: 2^32
-    EXPECT_THROW(loaded("x\n1 65536 65536\n"), std::bad_alloc);    // vocab: 2^32
-    EXPECT_THROW(loaded("x\n1 2 2147483647\n"), std::bad_alloc);   // vocab: 2^32 - 2
+    EXPECT_THROW(loaded("x\n65536 1 1\n0.5\n"), std::bad_alloc);  // a: 2^32
+    EXPECT_THROW(loaded("x\n46341 1 1\n0.5\n"), std::bad_alloc);  // a: 2^31 + 4633
+    EXPECT_THROW(loaded("x\n65537 1 1\n0.5\n"), std::bad_alloc);  // a: 2^32 + 131073
+    EXPECT_THROW(loaded("x\n1024 4194304 1\n"), std::bad_alloc);  // b: 2^32
+    EXPECT_THROW(loaded("x\n1 65536 65536\n"), std::bad_alloc);   // vocab: 2^32
+    EXPECT_THROW(loaded("x\n1 2 2147483647\n"), std::bad_alloc);  // vocab: 2^32 - 2
 }
 
 TEST(HmmLoader, LargerFilesMayDeclareAsManyValuesAsTheyHaveBytes) {

@@ -116,8 +116,9 @@ TEST(HmmReference, Text) {
     m.name = "gesture";
     m.pi = {1.0 / 3, 0.00001};
     m.vocab = {{0}, {1}};
-    const std::string text = "gesture\n2 2 1\n0.333333 1e-05\n0.5 0.5 0.25 0.75\n"
-                             "0.5 0.5 0.25 0.75\n0 1\n";
+    const std::string text =
+        "gesture\n2 2 1\n0.333333 1e-05\n0.5 0.5 0.25 0.75\n"
+        "0.5 0.5 0.25 0.75\n0 1\n";
     EXPECT_EQ(fileText(m), text);
     const Model back = parse(text);
     EXPECT_EQ(back.name, "gesture");

@@ -174,10 +174,10 @@ TEST(HmmSampling, WorkedExample) {
     model.a = matrixOf({{0.5, 0.5}, {0.25, 0.75}});
     model.b = matrixOf({{0.5, 0.25, 0.25}, {0.125, 0.125, 0.75}});
     EXPECT_EQ(sampled(model, 3,
-                      {half,               // 0.5 > 0.25: state 1
-                       quarter, quarter,   // 0.25: symbol 1 (sum 0.25); 0.25: state 0
-                       half + 1, half + 1, // above 0.5: symbol 1; above 0.5: state 1
-                       largest, 0}),       // symbol 2; state 0
+                      {half,                // 0.5 > 0.25: state 1
+                       quarter, quarter,    // 0.25: symbol 1 (sum 0.25); 0.25: state 0
+                       half + 1, half + 1,  // above 0.5: symbol 1; above 0.5: state 1
+                       largest, 0}),        // symbol 2; state 0
               (VectorT<int>{1, 1, 2}));
 }
 

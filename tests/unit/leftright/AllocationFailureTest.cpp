@@ -113,8 +113,8 @@ TEST(LeftRightAllocationFailure, ConstructionReleasesWhatItBuilt) {
     const auto nothing = [] { return true; };
     Sequences sequences = {{0, 1, 2, 3}, {1, 2}, {3}};
     EXPECT_GE(failEachAllocation([] { const LeftRightHMM model(3, 4, 1); }, nothing), 4);
-    EXPECT_GE(
-        failEachAllocation([&] { const LeftRightHMM model(3, 4, sequences, 1); }, nothing), 8);
+    EXPECT_GE(failEachAllocation([&] { const LeftRightHMM model(3, 4, sequences, 1); }, nothing),
+              8);
 }
 
 TEST(LeftRightAllocationFailure, EstimateFreesItsTables) {
@@ -123,9 +123,8 @@ TEST(LeftRightAllocationFailure, EstimateFreesItsTables) {
     for (const auto type : {HMM::StateSymbols, HMM::EqualSegments}) {
         LeftRightHMM model = libraryModel(example.start);
         // What the arguments' copies allocate is the caller's affair; all of it must come back.
-        const long failures =
-            failEachAllocation([&] { model.calcInitialProbs(type, example.sequences); },
-                               [] { return true; });
+        const long failures = failEachAllocation(
+            [&] { model.calcInitialProbs(type, example.sequences); }, [] { return true; });
         EXPECT_GE(failures, 1);
         Reference::LeftRightModel expected = example.start;
         Reference::calcInitialProbs(expected, type, example.sequences);
@@ -142,9 +141,8 @@ TEST(LeftRightAllocationFailure, ScaledPassesFreeTheirTables) {
     const auto unchanged = [&] { return sameModel(example.start, model); };
     EXPECT_GE(failEachAllocation([&] { model.forwardProcWithScale(O, T, scale); }, unchanged), 1);
     EXPECT_GE(failEachAllocation([&] { model.backwardProcWithScale(O, T, scale); }, unchanged), 1);
-    EXPECT_GE(failEachAllocation([&] { model.forwardProbabilityWithScale(O, T, scale); },
-                                 unchanged),
-              1);
+    EXPECT_GE(
+        failEachAllocation([&] { model.forwardProbabilityWithScale(O, T, scale); }, unchanged), 1);
 }
 
 TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
@@ -154,16 +152,15 @@ TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
     LeftRightHMM model = libraryModel(example.start);
     const auto unchanged = [&] { return sameModel(example.start, model); };
 
-    EXPECT_GE(failEachAllocation([&] { model.baumWelch(O, static_cast<int>(O.size()), 1); },
-                                 unchanged),
-              1);
+    EXPECT_GE(
+        failEachAllocation([&] { model.baumWelch(O, static_cast<int>(O.size()), 1); }, unchanged),
+        1);
     Reference::LeftRightModel single = example.start;
     ASSERT_EQ(Reference::baumWelch(single, O, static_cast<int>(O.size()), 1), 1);
     EXPECT_TRUE(sameModel(single, model));
 
     model = libraryModel(example.start);
-    EXPECT_GE(failEachAllocation([&] { model.baumWelchMultiple(example.sequences, 1); },
-                                 unchanged),
+    EXPECT_GE(failEachAllocation([&] { model.baumWelchMultiple(example.sequences, 1); }, unchanged),
               1);
     Reference::LeftRightModel multiple = example.start;
     ASSERT_TRUE(Reference::baumWelchMultiple(multiple, example.sequences, 1).back().accepted);

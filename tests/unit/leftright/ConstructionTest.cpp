@@ -46,34 +46,31 @@ static_assert(static_cast<int>(HMM::EqualSegments) == 2);
 // Interfaces: what a host compiled against these types calls.
 
 static_assert(std::is_constructible_v<LeftRightHMM, int, int, int>);
-static_assert(
-    std::is_constructible_v<LeftRightHMM, int, int, std::vector<std::vector<int>>&, int>);
+static_assert(std::is_constructible_v<LeftRightHMM, int, int, std::vector<std::vector<int>>&, int>);
 static_assert(
     !std::is_constructible_v<LeftRightHMM, int, int, const std::vector<std::vector<int>>&, int>,
     "sequences are taken by non-const reference");
 static_assert(std::has_virtual_destructor_v<LeftRightHMM>);
-static_assert(std::is_same_v<decltype(&LeftRightHMM::calcInitialProbs),
-                             void (LeftRightHMM::*)(HMM::SegmentationType,
-                                                    std::vector<std::vector<int>>)>);
-static_assert(std::is_same_v<decltype(&LeftRightHMM::forwardProcWithScale),
-                             MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int,
-                                                               std::vector<double>&)>);
-static_assert(std::is_same_v<decltype(&LeftRightHMM::backwardProcWithScale),
-                             MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int,
-                                                               std::vector<double>&)>);
-static_assert(std::is_same_v<decltype(&LeftRightHMM::forwardProbabilityWithScale),
-                             double (LeftRightHMM::*)(std::vector<int>, int,
-                                                      std::vector<double>&)>);
 static_assert(
-    std::is_same_v<decltype(&LeftRightHMM::forwardProcWithScaleHMM),
-                   MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&,
-                                                     int, VectorT<double>, MatrixT<double>,
-                                                     MatrixT<double>)>);
+    std::is_same_v<decltype(&LeftRightHMM::calcInitialProbs),
+                   void (LeftRightHMM::*)(HMM::SegmentationType, std::vector<std::vector<int>>)>);
 static_assert(
-    std::is_same_v<decltype(&LeftRightHMM::backwardProcWithScaleHMM),
-                   MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&,
-                                                     int, VectorT<double>, MatrixT<double>,
-                                                     MatrixT<double>)>);
+    std::is_same_v<decltype(&LeftRightHMM::forwardProcWithScale),
+                   MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&)>);
+static_assert(
+    std::is_same_v<decltype(&LeftRightHMM::backwardProcWithScale),
+                   MatrixT<double> (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&)>);
+static_assert(
+    std::is_same_v<decltype(&LeftRightHMM::forwardProbabilityWithScale),
+                   double (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&)>);
+static_assert(std::is_same_v<decltype(&LeftRightHMM::forwardProcWithScaleHMM),
+                             MatrixT<double> (LeftRightHMM::*)(
+                                 std::vector<int>, int, std::vector<double>&, int, VectorT<double>,
+                                 MatrixT<double>, MatrixT<double>)>);
+static_assert(std::is_same_v<decltype(&LeftRightHMM::backwardProcWithScaleHMM),
+                             MatrixT<double> (LeftRightHMM::*)(
+                                 std::vector<int>, int, std::vector<double>&, int, VectorT<double>,
+                                 MatrixT<double>, MatrixT<double>)>);
 static_assert(
     std::is_same_v<decltype(&LeftRightHMM::forwardProbabilityWithScaleHMM),
                    double (LeftRightHMM::*)(std::vector<int>, int, std::vector<double>&, int,

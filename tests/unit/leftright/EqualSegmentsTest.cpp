@@ -64,16 +64,14 @@ TEST_P(LeftRightSegmentLengths, AreConsecutiveCutsOfTheStatedLengths) {
     EXPECT_EQ(positionsOfStates(N, L), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Stated, LeftRightSegmentLengths,
-                         testing::Values(SegmentLengths{2, 1, {0}}, SegmentLengths{2, 2, {1}},
-                                         SegmentLengths{3, 3, {1, 1}},
-                                         SegmentLengths{3, 4, {1, 1, 2}},
-                                         SegmentLengths{4, 6, {2, 1, 1, 2}},
-                                         SegmentLengths{5, 4, {1, 1, 1}},
-                                         SegmentLengths{5, 7, {2, 1, 1, 1, 2}},
-                                         SegmentLengths{3, 9, {3, 3, 3}},
-                                         SegmentLengths{4, 10, {3, 2, 2, 3}}),
-                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(
+    Stated, LeftRightSegmentLengths,
+    testing::Values(SegmentLengths{2, 1, {0}}, SegmentLengths{2, 2, {1}},
+                    SegmentLengths{3, 3, {1, 1}}, SegmentLengths{3, 4, {1, 1, 2}},
+                    SegmentLengths{4, 6, {2, 1, 1, 2}}, SegmentLengths{5, 4, {1, 1, 1}},
+                    SegmentLengths{5, 7, {2, 1, 1, 1, 2}}, SegmentLengths{3, 9, {3, 3, 3}},
+                    SegmentLengths{4, 10, {3, 2, 2, 3}}),
+    testing::PrintToStringParamName());
 
 // More cuts, by the same walk. 7 states, 12 symbols: 5 left over, 2 of them at the front.
 INSTANTIATE_TEST_SUITE_P(Further, LeftRightSegmentLengths,
@@ -112,8 +110,8 @@ TEST(LeftRightEqualSegments, EverySequenceOfAtMostTheStatesLosesItsLastSymbolAnd
             SCOPED_TRACE(testing::Message() << "N " << N << ", L " << L);
             const Sequences positions = positionsOfStates(N, L);
             for (int t = 0; t < N; ++t) {
-                const std::vector<int> expected = t < L - 1 ? std::vector<int>{t}
-                                                            : std::vector<int>{};
+                const std::vector<int> expected =
+                    t < L - 1 ? std::vector<int>{t} : std::vector<int>{};
                 ASSERT_EQ(positions[static_cast<std::size_t>(t)], expected) << "state " << t;
             }
         }
@@ -214,8 +212,8 @@ TEST(LeftRightEqualSegments, CoversSequencesWhoseLengthSinglePrecisionCannotHold
     sequence.back() = 1;
     LeftRightHMM one(1, 2, 1);
     one.estimate(HMM::EqualSegments, {sequence});
-    EXPECT_TRUE(bitEqual(std::vector<double>{16777216.0 / 16777217.0, 1.0 / 16777217.0},
-                         one.b.data));
+    EXPECT_TRUE(
+        bitEqual(std::vector<double>{16777216.0 / 16777217.0, 1.0 / 16777217.0}, one.b.data));
 
     // 2^24 + 3 symbols for two states: rounded up to 2^24 + 4, so the segments are cut at
     // 2^23 + 2 and the second one ends a symbol short.
@@ -226,10 +224,10 @@ TEST(LeftRightEqualSegments, CoversSequencesWhoseLengthSinglePrecisionCannotHold
     sequence.back() = 3;
     LeftRightHMM two(2, 4, 1);
     two.estimate(HMM::EqualSegments, {sequence});
-    EXPECT_TRUE(bitEqual(std::vector<double>{8388609.0 / 8388610.0, 1.0 / 8388610.0, 0, 0,  //
-                                             8388607.0 / 8388609.0, 0, 1.0 / 8388609.0,
-                                             1.0 / 8388609.0},
-                         two.b.data));
+    EXPECT_TRUE(
+        bitEqual(std::vector<double>{8388609.0 / 8388610.0, 1.0 / 8388610.0, 0, 0,  //
+                                     8388607.0 / 8388609.0, 0, 1.0 / 8388609.0, 1.0 / 8388609.0},
+                 two.b.data));
 }
 
 TEST(LeftRightEqualSegments, MatchesTheLiteralVersionOnRandomSequences) {
@@ -238,8 +236,7 @@ TEST(LeftRightEqualSegments, MatchesTheLiteralVersionOnRandomSequences) {
         Random random(seed);
         const int N = random.integer(1, 12);
         const int M = random.integer(1, 20);
-        Reference::LeftRightModel expected =
-            Reference::makeLeftRight(N, M, random.integer(-1, N));
+        Reference::LeftRightModel expected = Reference::makeLeftRight(N, M, random.integer(-1, N));
         const Sequences sequences =
             randomSequences(random, random.integer(0, 6), 0, random.integer(0, 60), M);
         LeftRightHMM model = libraryModel(expected);

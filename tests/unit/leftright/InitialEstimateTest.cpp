@@ -42,8 +42,8 @@ TEST(LeftRightAnnouncement, NamesTheTypeAndEndsWithAnEmptyLineForEveryType) {
         LeftRightHMM model(2, 2, 1);
         const Capture capture;
         model.calcInitialProbs(static_cast<HMM::SegmentationType>(type), {});
-        EXPECT_EQ(capture.text(), "LeftRightHMM::calcInitialProbs: " + std::to_string(type) +
-                                      "\n\n");
+        EXPECT_EQ(capture.text(),
+                  "LeftRightHMM::calcInitialProbs: " + std::to_string(type) + "\n\n");
         EXPECT_EQ(capture.flushes(), 2);
     }
 }

@@ -58,8 +58,8 @@ TEST(LeftRightLoad, WritesBackTheSameBytes) {
 TEST(LeftRightLoad, TakesSymbolValuesFromTheTablesWhereTheFileHasNone) {
     // The three values after the header are pi and a(0, 0); then pi = 0.3 0, a = 1 0.5 0.25 0.25,
     // b = 0.125 0.375 0.5 0 1 2, the vocabulary's line included.
-    const auto model = loaded(
-        "wave\n2 3 1 1\n1 0\n0.7 0.3 0 1\n0.5 0.25 0.25 0.125 0.375 0.5\n0 1 2\n");
+    const auto model =
+        loaded("wave\n2 3 1 1\n1 0\n0.7 0.3 0 1\n0.5 0.25 0.25 0.125 0.375 0.5\n0 1 2\n");
     EXPECT_TRUE(bitEqual(std::vector<double>{1, 0, 0.7}, model->vocabValues));
     EXPECT_TRUE(bitEqual(std::vector<double>{0.3, 0}, model->pi));
     EXPECT_TRUE(bitEqual(matrixOf({{1, 0.5}, {0.25, 0.25}}), model->a));
@@ -137,8 +137,9 @@ TEST(LeftRightLoad, AnEmptyNameShiftsTheHeader) {
 }
 
 TEST(LeftRightLoad, LineStructureAndLeadingBlanksDoNotMatter) {
-    const auto model = loaded("\n \t wave 2\n3 1\n\n1 0 1 2 1 0 0.7 0.3 0\r\n1\t0.5 0.25 0.25\v"
-                              "0.125 0.375\f0.5 0 1 2");
+    const auto model = loaded(
+        "\n \t wave 2\n3 1\n\n1 0 1 2 1 0 0.7 0.3 0\r\n1\t0.5 0.25 0.25\v"
+        "0.125 0.375\f0.5 0 1 2");
     const auto plain = loaded(wave);
     EXPECT_TRUE(sameModel(*plain, *model));
 }
@@ -190,15 +191,15 @@ TEST(LeftRightLoad, ASymbolValueThatIsNoNumberIsZeroFromThereOn) {
 
 TEST(LeftRightLoad, NumbersAreThoseThatStreamsTake) {
     const std::string tooLarge = "99999999999999999999";
-    const std::string tokens[] = {"1e999", "-1e999", "1e-999", "4e-320", "0x1F",  "inf",  "-inf",
-                            "nan",   "-5",     "+5",     "1,5",    "5.",    ".5",   "1e",
-                            "1e+",   "--1",    "word",   "1_000",  "1e5x",  "007",  "1.5.5",
-                            "0b1",   "1d3",    "5f",     tooLarge};
+    const std::string tokens[] = {"1e999", "-1e999", "1e-999", "4e-320", "0x1F", "inf", "-inf",
+                                  "nan",   "-5",     "+5",     "1,5",    "5.",   ".5",  "1e",
+                                  "1e+",   "--1",    "word",   "1_000",  "1e5x", "007", "1.5.5",
+                                  "0b1",   "1d3",    "5f",     tooLarge};
     for (const std::string& token : tokens) {
         for (std::size_t position = 0; position < 13; ++position) {
             SCOPED_TRACE(testing::Message() << token << " at " << position);
             // The name, four header fields, then the values.
-            std::vector<std::string> words = {"g", "1", "2", "1", "1",   "3",   "4",
+            std::vector<std::string> words = {"g", "1", "2",   "1",   "1", "3", "4",
                                               "1", "1", "0.5", "0.5", "0", "1"};
             words[position] = token;
             // Counts that are refused are another matter.
@@ -281,7 +282,7 @@ TEST(LeftRightLoad, CountsBeyondWhatTheFileCouldHoldAreBadAlloc) {
         "g 2 2147483647 1 1 0",   // per-symbol values
         "g 1 99999999999 1 1 0",  // read as 2^31 - 1
         "g 1 1048577 1 1 0",      // just beyond 2^20
-        "g 0 1048577 1 1 0",      "g 1024 1025 1 1 0",
+        "g 0 1048577 1 1 0",     "g 1024 1025 1 1 0",
     };
     for (const char* text : refused) {
         SCOPED_TRACE(text);

@@ -140,8 +140,8 @@ TEST(LeftRightBaumWelchMultiple, NoIterationLeavesTheModelUnchangedAndPrintsNoth
 TEST(LeftRightBaumWelchMultiple, StopsAtTheLimitOrAtTheFirstRejection) {
     const Example example = threeStates();
     Reference::LeftRightModel unlimited = example.start;
-    const int ran = static_cast<int>(
-        Reference::baumWelchMultiple(unlimited, example.sequences, 500).size());
+    const int ran =
+        static_cast<int>(Reference::baumWelchMultiple(unlimited, example.sequences, 500).size());
     ASSERT_GE(ran, 3);
     ASSERT_LT(ran, 500);
     for (int limit = 0; limit <= std::min(ran + 1, 8); ++limit) {

@@ -83,9 +83,8 @@ TEST(LeftRightScaledPasses, WorkOnTheGivenModelAndNotOnTheObjects) {
     EXPECT_TRUE(bitEqual(matrixOf({{4.0, 2.0}, {6.0, 2.0}}),
                          object.backwardProcWithScaleHMM({1, 1}, 2, scale, 2, given.pi, a, b)));
     scale = {9.0, 9.0};
-    EXPECT_TRUE(
-        bitEqual(std::log(0.25) + std::log(0.5),
-                 object.forwardProbabilityWithScaleHMM({1, 1}, 2, scale, 2, given.pi, a, b)));
+    EXPECT_TRUE(bitEqual(std::log(0.25) + std::log(0.5), object.forwardProbabilityWithScaleHMM(
+                                                             {1, 1}, 2, scale, 2, given.pi, a, b)));
     EXPECT_TRUE(bitEqual(std::vector<double>{0.25, 0.5}, scale));
     EXPECT_TRUE(sameModel(before, object));
 }
@@ -97,9 +96,8 @@ TEST(LeftRightScaledBackward, DoesNotUseThePiItIsGiven) {
     for (const std::vector<double>& pi :
          {std::vector<double>{0.0, 1.0}, {inf, -inf}, {std::nan(""), 5.0}}) {
         EXPECT_TRUE(bitEqual(matrixOf({{4.0, 2.0}, {6.0, 2.0}}),
-                             object.backwardProcWithScaleHMM({1, 1}, 2, scale, 2, pi,
-                                                             matrixOf(given.a),
-                                                             matrixOf(given.b))));
+                             object.backwardProcWithScaleHMM(
+                                 {1, 1}, 2, scale, 2, pi, matrixOf(given.a), matrixOf(given.b))));
     }
 }
 
@@ -207,10 +205,9 @@ TEST(LeftRightScaledProbability, BelowOneStepIsZeroAndTouchesNothing) {
     for (const int T : {0, -1, -3, -2147483647 - 1}) {
         std::vector<double> scale = {9.0, 8.0};
         EXPECT_TRUE(bitEqual(0.0, model.forwardProbabilityWithScale({1, 1}, T, scale)));
-        EXPECT_TRUE(bitEqual(0.0, model.forwardProbabilityWithScaleHMM({1, 1}, T, scale, 2,
-                                                                       given.pi,
-                                                                       matrixOf(given.a),
-                                                                       matrixOf(given.b))));
+        EXPECT_TRUE(bitEqual(
+            0.0, model.forwardProbabilityWithScaleHMM({1, 1}, T, scale, 2, given.pi,
+                                                      matrixOf(given.a), matrixOf(given.b))));
         EXPECT_TRUE(bitEqual(std::vector<double>{9.0, 8.0}, scale));
         std::vector<double> none;
         EXPECT_TRUE(bitEqual(0.0, model.forwardProbabilityWithScale({}, T, none)));

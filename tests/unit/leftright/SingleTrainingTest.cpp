@@ -116,8 +116,8 @@ TEST(LeftRightBaumWelch, BelowOneStepLeavesTheModelUnchanged) {
 TEST(LeftRightBaumWelch, CountsAdoptedIterations) {
     Random random(13);
     const std::vector<int> O = random.symbols(12, 3);
-    Reference::LeftRightModel start = randomModel(random, 3, 3, Shape::LeftRight,
-                                                  Parameters::Stochastic);
+    Reference::LeftRightModel start =
+        randomModel(random, 3, 3, Shape::LeftRight, Parameters::Stochastic);
     Reference::LeftRightModel unlimited = start;
     const int adopted = Reference::baumWelch(unlimited, O, 12, 1000);
     ASSERT_GE(adopted, 2);

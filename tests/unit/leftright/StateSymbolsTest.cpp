@@ -31,8 +31,8 @@ TEST(LeftRightStateSymbols, OneAllowedSymbolOfFourTakesWhatTheFloorLeaves) {
     model.stateSymbols = {{2}};
     estimateQuietly(model);
     const double floorSum = 0.001 + 0.001 + 0.001;
-    EXPECT_TRUE(bitEqual(std::vector<double>{0.001, 0.001, 1.0 - floorSum, 0.001},
-                         emissionRow(model, 0)));
+    EXPECT_TRUE(
+        bitEqual(std::vector<double>{0.001, 0.001, 1.0 - floorSum, 0.001}, emissionRow(model, 0)));
     EXPECT_DOUBLE_EQ(emissionRow(model, 0)[2], 0.997);
 }
 
@@ -59,8 +59,8 @@ TEST(LeftRightStateSymbols, RepeatedAndForeignEntriesCountOnce) {
     LeftRightHMM model(1, 3, 1);
     model.stateSymbols = {{1, 1, 9, 1, -4}};
     estimateQuietly(model);
-    EXPECT_TRUE(bitEqual(std::vector<double>{0.001, 1.0 - (0.001 + 0.001), 0.001},
-                         emissionRow(model, 0)));
+    EXPECT_TRUE(
+        bitEqual(std::vector<double>{0.001, 1.0 - (0.001 + 0.001), 0.001}, emissionRow(model, 0)));
 }
 
 TEST(LeftRightStateSymbols, FloorSumIsAddedUpTermByTerm) {
@@ -157,8 +157,7 @@ TEST(LeftRightStateSymbols, MatchesTheLiteralVersionOnRandomLists) {
         Random random(seed);
         const int N = random.integer(1, 8);
         const int M = random.integer(1, 20);
-        Reference::LeftRightModel expected =
-            Reference::makeLeftRight(N, M, random.integer(-1, N));
+        Reference::LeftRightModel expected = Reference::makeLeftRight(N, M, random.integer(-1, N));
         const int lists = random.chance(0.9) ? N : random.integer(0, N + 1);
         for (int i = 0; i < lists; ++i) {
             std::vector<int> list(static_cast<std::size_t>(random.integer(0, M)));

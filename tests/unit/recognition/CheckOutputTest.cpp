@@ -56,8 +56,8 @@ TEST(CheckOutput, GesturesAreWrittenInFullWhateverWasAccepted) {
     model.recognitionHMM = nullptr;
     std::string expected = "threshold = 0\n";
     for (int g = 0; g < 12; ++g) {
-        expected += "prob[" + std::to_string(g) + (g == 3 ? "] = 1\n" : "] = 0.25\n") +
-                    "gamma = 1\n";
+        expected +=
+            "prob[" + std::to_string(g) + (g == 3 ? "] = 1\n" : "] = 0.25\n") + "gamma = 1\n";
     }
     Capture capture;
     model.check({0, 0});

@@ -131,9 +131,9 @@ TEST(Initialize, OneGestureSpreadsItsRestOverItsOtherStates) {
     RecognitionModelHMM model(set.pointers(), 0.5);
     ASSERT_TRUE(model.initialize());
     // (1 - 0.5) / 2 = 0.25, (1 - 0.25) / 2 = 0.375, (1 - 0.125) / 2 = 0.4375.
-    EXPECT_TRUE(bitEqual(
-        std::vector<double>{0.5, 0.25, 0.25, 0.375, 0.25, 0.375, 0.4375, 0.4375, 0.125},
-        model.a.data));
+    EXPECT_TRUE(
+        bitEqual(std::vector<double>{0.5, 0.25, 0.25, 0.375, 0.25, 0.375, 0.4375, 0.4375, 0.125},
+                 model.a.data));
     EXPECT_TRUE(bitEqual(std::vector<double>(3, 1.0 / 3.0), model.pi));
 }
 

@@ -143,8 +143,9 @@ TEST(HostileModelFile, AGestureCutOffAfterItsNameHasNoTables) {
 
 TEST(HostileModelFile, AGestureWithoutSymbolsHasNoEmissions) {
     RecognitionModelHMM model;
-    EXPECT_TRUE(loadText(model, "1 1 0 n 1 1 1 1 1 1 1 7 mute 2 0 1 1 0.5 0.5 1 2 3 4 "
-                                "next 1 1 1 1 1 1 1"));
+    EXPECT_TRUE(loadText(model,
+                         "1 1 0 n 1 1 1 1 1 1 1 7 mute 2 0 1 1 0.5 0.5 1 2 3 4 "
+                         "next 1 1 1 1 1 1 1"));
     ASSERT_EQ(model.gestures.size(), 2U);
     EXPECT_EQ(model.gestures[0]->numStates, 2U);
     EXPECT_EQ(model.gestures[0]->vocabSize, 1U);
@@ -185,9 +186,9 @@ TEST(HostileModelFile, AMillionCodebookEntriesAreTaken) {
 
 TEST(HostileModelFile, HugeCountsOfTheCombinedModelAreRefused) {
     for (const std::string counts :
-         {"1025 1", "1 1048577", "1024 1025", "1025 1024", "65536 1", "65536 65536",
-          "2147483647 1", "2147483648 1", "4294967295 1", "1 4294967295", "-5 1", "1 -5",
-          "4294967295 4294967295", "99999999999 1", "46341 1", "92682 1"}) {
+         {"1025 1", "1 1048577", "1024 1025", "1025 1024", "65536 1", "65536 65536", "2147483647 1",
+          "2147483648 1", "4294967295 1", "1 4294967295", "-5 1", "1 -5", "4294967295 4294967295",
+          "99999999999 1", "46341 1", "92682 1"}) {
         SCOPED_TRACE(counts);
         RecognitionModelHMM model;
         EXPECT_THROW(loadText(model, "2.5 1 2 10 20 name " + counts + " 1 0.5 1 1 1 1"),
@@ -292,9 +293,8 @@ TEST(HostileModelFile, CutAtEveryByteItLoadsAndNothingCrashes) {
             refused = true;
         }
         const bool combinedWhole = model.recognitionHMM->pi.size() == 2 && model.vocabSize == 2;
-        const bool gestureWhole =
-            model.gestures.empty() || (model.gestures[0]->pi.size() == 2 &&
-                                       model.gestures[0]->b.cols == 2);
+        const bool gestureWhole = model.gestures.empty() || (model.gestures[0]->pi.size() == 2 &&
+                                                             model.gestures[0]->b.cols == 2);
         EXPECT_EQ(refused, !combinedWhole || !gestureWhole);
     }
 }

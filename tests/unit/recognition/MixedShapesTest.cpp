@@ -73,8 +73,7 @@ TEST(MixedAlphabets, AWideGesturesOwnNextRowReplacesItsSpill) {
     fill(set.add("none", 1, 1), {1}, {1}, {0.9});
     RecognitionModelHMM model(set.pointers(), 0.5);
     ASSERT_TRUE(model.initialize());
-    EXPECT_TRUE(
-        bitEqual(std::vector<double>{0.1, 0.2, 0.3, 0.4, 0.6, 0.7, 0.9, 0}, model.b.data));
+    EXPECT_TRUE(bitEqual(std::vector<double>{0.1, 0.2, 0.3, 0.4, 0.6, 0.7, 0.9, 0}, model.b.data));
 }
 
 TEST(MixedAlphabets, ASpillPastTheLastRowIsOutOfRangeAndChangesNothing) {

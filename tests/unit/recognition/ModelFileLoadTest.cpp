@@ -21,8 +21,7 @@ constexpr const char* header =
     "2.5 1 3\n0 120.5 240\n\nhands\n2 2 1 0.5\n0.25 0.75\n0.1 0.2 0.3 0.4\n"
     "0.5 0.6 0.7 0.8\n3 4\n\n";
 constexpr const char* gestureUp = "up\n1 2 1 3\n1\n0.125\n0.875 0.0625\n\n";
-constexpr const char* gestureDown =
-    "down\n2 2 1 -1\n0.5 0.25\n1 2 3 4\n0.5 0.25 0.125 0.0625\n\n";
+constexpr const char* gestureDown = "down\n2 2 1 -1\n0.5 0.25\n1 2 3 4\n0.5 0.25 0.125 0.0625\n\n";
 
 /// Loads `text` and gives what was printed.
 struct Loading {
@@ -139,8 +138,9 @@ TEST(LoadModelFile, DimensionsAreReadAndDropped) {
 
 TEST(LoadModelFile, EveryGestureReceivesTheModelsVocabularyWhateverItsOwnAlphabet) {
     RecognitionModelHMM model;
-    const Loading loading(model, "1 1 0 n 1 2 1 1  1  1  0.5 0.5  8 9  "
-                                 "wide 1 3 1 1 1 1 0.1 0.2 0.3  narrow 1 1 1 1 1 1 0.4");
+    const Loading loading(model,
+                          "1 1 0 n 1 2 1 1  1  1  0.5 0.5  8 9  "
+                          "wide 1 3 1 1 1 1 0.1 0.2 0.3  narrow 1 1 1 1 1 1 0.4");
     ASSERT_EQ(model.gestures.size(), 2U);
     for (const HMM* gesture : model.gestures) {
         EXPECT_EQ(gesture->vocab.data, (std::vector<double>{8, 9}));
@@ -158,9 +158,12 @@ TEST(LoadModelFile, LineBreaksAndBlankLinesMeanNothing) {
     const std::string text = header + std::string(gestureUp) + gestureDown;
     std::string odd;
     for (const char c : text) {
-        if (c == '\n') odd += " \t\r\n\v\f\n";
-        else if (c == ' ') odd += "\n\n";
-        else odd += c;
+        if (c == '\n')
+            odd += " \t\r\n\v\f\n";
+        else if (c == ' ')
+            odd += "\n\n";
+        else
+            odd += c;
     }
     const Loading first(plain, text);
     const Loading second(spread, odd);
@@ -306,8 +309,9 @@ TEST(LoadModelFile, AnInfiniteParameterEndsTheReadingAndLoadsWithoutGestures) {
 
 TEST(LoadModelFile, AnInfiniteParameterOfAGestureKeepsThatGestureAndEndsThere) {
     RecognitionModelHMM model;
-    const Loading loading(model, "1 1 0 n 1 2 1 0.5 1 1 1 0.5 0 1  "
-                                 "g 1 2 1 1 1 0.5 0.5 inf  h 1 2 1 1 1 1 0.5 0.5");
+    const Loading loading(model,
+                          "1 1 0 n 1 2 1 0.5 1 1 1 0.5 0 1  "
+                          "g 1 2 1 1 1 0.5 0.5 inf  h 1 2 1 1 1 1 0.5 0.5");
     EXPECT_TRUE(loading.result);
     ASSERT_EQ(model.gestures.size(), 1U);
     EXPECT_EQ(model.gestures[0]->name, "g");

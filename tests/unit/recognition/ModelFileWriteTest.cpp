@@ -117,8 +117,7 @@ TEST(WriteModelFile, OneCombinedStateIsOneNumberOnThePiAndTransitionLines) {
 TEST(WriteModelFile, WithoutGesturesEndsAfterTheBlankLine) {
     Small small;
     small.model.gestures.clear();
-    EXPECT_EQ(written(small.model),
-              "1 1 2\n0 90\n\nhands\n1 2 1 0.5\n1\n0.5\n0.25 0.75\n0 1\n\n");
+    EXPECT_EQ(written(small.model), "1 1 2\n0 90\n\nhands\n1 2 1 0.5\n1\n0.5\n0.25 0.75\n0 1\n\n");
 }
 
 TEST(WriteModelFile, NumbersHaveSixSignificantDigitsInGeneralNotation) {
@@ -199,8 +198,7 @@ TEST(WriteModelFile, EndsAtTheFirstNulOfAName) {
     EXPECT_EQ(written(small.model), "1 1 2\n0 90\n\nha");
     small.model.name = "hands";
     small.model.gestures[0]->name = std::string("\0wave", 5);
-    EXPECT_EQ(written(small.model),
-              "1 1 2\n0 90\n\nhands\n1 2 1 0.5\n1\n0.5\n0.25 0.75\n0 1\n\n");
+    EXPECT_EQ(written(small.model), "1 1 2\n0 90\n\nhands\n1 2 1 0.5\n1\n0.5\n0.25 0.75\n0 1\n\n");
 }
 
 TEST(WriteModelFile, ReplacesAnExistingLongerFile) {

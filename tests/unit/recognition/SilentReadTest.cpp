@@ -53,9 +53,9 @@ TEST(ReadModelFile, TellsTheNameAlsoOfAGestureThatIsRefused) {
     writeFile(folder.path("model"), "1 1 0 n 1 1 1 1 1 1 1 0 huge 100000 1 1 1 ");
     RecognitionModelHMM model;
     std::vector<std::string> told;
-    EXPECT_THROW(model.read(folder.path("model"),
-                            [&](const std::string& name) { told.push_back(name); }),
-                 std::bad_alloc);
+    EXPECT_THROW(
+        model.read(folder.path("model"), [&](const std::string& name) { told.push_back(name); }),
+        std::bad_alloc);
     EXPECT_EQ(told, std::vector<std::string>{"huge"});
 }
 

@@ -10,7 +10,8 @@ namespace Vesk::ML::internal {
 /// Lock-free; std::bad_alloc leaves `object` with the caller.
 void rememberForever(const void* object);
 
-/// Hands out an object that is to stay valid for the life of the process. std::bad_alloc deletes it.
+/// Hands out an object that is to stay valid for the life of the process. std::bad_alloc deletes
+/// it.
 template <typename T>
 T* keepForever(std::unique_ptr<T> object) {
     rememberForever(object.get());
