@@ -129,8 +129,8 @@ TEST(HostLife, FromTracesToRecognitionAsTheTranscriptSays) {
             ASSERT_EQ(Ref::classify(trace, codebook, proximity, false), sequences.back());
             ASSERT_GT(sequences.back().size(), 4U);
         }
-        auto model = std::make_unique<LeftRightHMM>(gesture.states, symbols, sequences,
-                                                    gesture.delta);
+        auto model =
+            std::make_unique<LeftRightHMM>(gesture.states, symbols, sequences, gesture.delta);
         model->name = gesture.name;
         Ref::Model reference = Ref::leftRightModel(gesture.states, symbols, gesture.delta);
         reference.name = gesture.name;

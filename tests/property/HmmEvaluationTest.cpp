@@ -49,8 +49,8 @@ TEST(HmmEvaluationProperty, ForwardTablesAreThePlainOnes) {
         const Matrix expected = toMatrix(Reference::forwardProc(c.model, c.o, c.T), c.T);
         ASSERT_TRUE(bitEqual(expected, model.forwardProc(c.o, c.T)));
         HMM other(1, 1);
-        ASSERT_TRUE(bitEqual(expected, other.forwardProcHMM(c.o, c.T, c.model.N, model.pi, model.a,
-                                                            model.b)));
+        ASSERT_TRUE(bitEqual(
+            expected, other.forwardProcHMM(c.o, c.T, c.model.N, model.pi, model.a, model.b)));
         ASSERT_TRUE(modelsEqual(c.model, model));
     }
 }
@@ -63,8 +63,8 @@ TEST(HmmEvaluationProperty, BackwardTablesAreThePlainOnes) {
         const Matrix expected = toMatrix(Reference::backwardProc(c.model, c.o, c.T), c.T);
         ASSERT_TRUE(bitEqual(expected, model.backwardProc(c.o, c.T)));
         HMM other(1, 1);
-        ASSERT_TRUE(bitEqual(expected,
-                             other.backwardProcHMM(c.o, c.T, c.model.N, model.a, model.b)));
+        ASSERT_TRUE(
+            bitEqual(expected, other.backwardProcHMM(c.o, c.T, c.model.N, model.a, model.b)));
         ASSERT_TRUE(modelsEqual(c.model, model));
     }
 }
@@ -77,8 +77,8 @@ TEST(HmmEvaluationProperty, ProbabilitiesAreThePlainOnes) {
         HMM other(2, 3);
         const double forward = Reference::forwardProbability(c.model, c.o, c.T);
         ASSERT_TRUE(bitEqual(forward, model.forwardProbability(c.o, c.T)));
-        ASSERT_TRUE(bitEqual(forward, other.forwardProbabilityHMM(c.o, c.T, c.model.N, model.pi,
-                                                                  model.a, model.b)));
+        ASSERT_TRUE(bitEqual(
+            forward, other.forwardProbabilityHMM(c.o, c.T, c.model.N, model.pi, model.a, model.b)));
         const double backward = Reference::backwardProbability(c.model, c.o, c.T);
         ASSERT_TRUE(bitEqual(backward, model.backwardProbability(c.o, c.T)));
         ASSERT_TRUE(bitEqual(backward, other.backwardProbabilityHMM(c.o, c.T, c.model.N, model.pi,
@@ -104,9 +104,8 @@ TEST(HmmEvaluationProperty, PosteriorsOfTheModelsOwnTablesAreThePlainOnes) {
                                  model.gamma(i, t, alphaMatrix, betaMatrix)))
                 << i << ' ' << t;
             if (t == c.T - 1) continue;
-            ASSERT_TRUE(
-                bitEqual(Reference::xi(i, j, t, c.o, N, c.model.a, c.model.b, alpha, beta),
-                         model.xi(i, j, t, c.o, alphaMatrix, betaMatrix)))
+            ASSERT_TRUE(bitEqual(Reference::xi(i, j, t, c.o, N, c.model.a, c.model.b, alpha, beta),
+                                 model.xi(i, j, t, c.o, alphaMatrix, betaMatrix)))
                 << i << ' ' << j << ' ' << t;
         }
     }
@@ -121,10 +120,10 @@ TEST(HmmEvaluationProperty, PosteriorsOfAnyTablesAreThePlainOnes) {
         const int N = c.model.N;
         const int alphaCols = c.T + c.random.integer(0, 3);
         const int betaCols = c.T + c.random.integer(0, 3);
-        const Reference::Table alpha = randomTable(c.random, N + c.random.integer(0, 2), alphaCols,
-                                                   randomKind(c.random));
-        const Reference::Table beta = randomTable(c.random, N + c.random.integer(0, 2), betaCols,
-                                                  randomKind(c.random));
+        const Reference::Table alpha =
+            randomTable(c.random, N + c.random.integer(0, 2), alphaCols, randomKind(c.random));
+        const Reference::Table beta =
+            randomTable(c.random, N + c.random.integer(0, 2), betaCols, randomKind(c.random));
         const Matrix alphaMatrix = toMatrix(alpha, alphaCols);
         const Matrix betaMatrix = toMatrix(beta, betaCols);
         const int i = c.random.integer(0, N - 1);
@@ -161,8 +160,7 @@ TEST(HmmEvaluationProperty, LargerTablesThanNeededChangeNothing) {
         ASSERT_TRUE(bitEqual(alpha, model.forwardProc(c.o, c.T)));
         ASSERT_TRUE(bitEqual(beta, model.backwardProc(c.o, c.T)));
         HMM other(1, 1);
-        ASSERT_TRUE(bitEqual(alpha,
-                             other.forwardProcHMM(c.o, c.T, N, model.pi, model.a, model.b)));
+        ASSERT_TRUE(bitEqual(alpha, other.forwardProcHMM(c.o, c.T, N, model.pi, model.a, model.b)));
         ASSERT_TRUE(bitEqual(beta, other.backwardProcHMM(c.o, c.T, N, model.a, model.b)));
         ASSERT_TRUE(bitEqual(Reference::forwardProbability(c.model, c.o, c.T),
                              model.forwardProbability(c.o, c.T)));

@@ -70,8 +70,7 @@ TEST(HmmSamplingProperty, FirstSequenceOfAModelFollowsTheTimesSeed) {
         const VectorT<int> actual = model.genSeq(length);
         if (std::time(nullptr) != before) continue;
         std::srand(static_cast<unsigned int>(before));
-        EXPECT_EQ(static_cast<const std::vector<int>&>(actual),
-                  Reference::genSeq(plain, length));
+        EXPECT_EQ(static_cast<const std::vector<int>&>(actual), Reference::genSeq(plain, length));
         EXPECT_FALSE(model.needsSeed);
         return;
     }

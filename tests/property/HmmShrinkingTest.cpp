@@ -91,8 +91,8 @@ RC_GTEST_PROP(HmmShrinking, TablesPathsAndTrainingAreThePlainOnes, ()) {
                             model.forwardProc(c.o, c.T()))));
     RC_ASSERT(bool(bitEqual(Reference::backwardProc(c.model, c.o, c.T()), c.T(),
                             model.backwardProc(c.o, c.T()))));
-    RC_ASSERT(bool(bitEqual(Reference::viterbi(c.model, c.o, c.T()), c.T(),
-                            model.viterbi(c.o, c.T()))));
+    RC_ASSERT(
+        bool(bitEqual(Reference::viterbi(c.model, c.o, c.T()), c.T(), model.viterbi(c.o, c.T()))));
     Reference::Model plain = c.model;
     Reference::baumWelch(plain, c.o, c.T(), 2);
     model.baumWelch(c.o, c.T(), 2);
@@ -101,9 +101,8 @@ RC_GTEST_PROP(HmmShrinking, TablesPathsAndTrainingAreThePlainOnes, ()) {
 
 RC_GTEST_PROP(HmmShrinking, WrittenModelsAreReadBackWhole, ()) {
     Case c = anyCase();
-    c.model.name = *rc::gen::nonEmpty(
-        rc::gen::container<std::string>(rc::gen::oneOf(rc::gen::inRange('a', 'z'),
-                                                       rc::gen::inRange('0', '9'))));
+    c.model.name = *rc::gen::nonEmpty(rc::gen::container<std::string>(
+        rc::gen::oneOf(rc::gen::inRange('a', 'z'), rc::gen::inRange('0', '9'))));
     const Vesk::Test::TemporaryFolder folder;
     const std::string path = folder.path("model.txt");
     HMM model = modelOf(c.model);

@@ -100,10 +100,10 @@ TEST(HmmTextFileProperty, WrittenModelsAreReadBackToSixDigits) {
 
 TEST(HmmTextFileProperty, TokensOfAllKindsAreReadAsPlainly) {
     const std::vector<std::string> tokens = {
-        "0",     "1",    "2",    "3",       "0.5",  "-1",  "-5",     "1e999", "-1e999", "0x1F",
-        "inf",   "-inf", "nan",  "word",    "1e-5", ".5",  "5.",     "1.5.5", "+2",     "--1",
-        "1e",    "1,5",  "2abc", "4e-324",  "1E2",  "007", "1e+",    "\"2\"", "1 2 3",  "",
-        "\n\n",  "\r",   "\t",   "1e-999",  "2e308"};
+        "0",     "1",     "2",    "3",    "0.5",  "-1",     "-5",     "1e999", "-1e999",
+        "0x1F",  "inf",   "-inf", "nan",  "word", "1e-5",   ".5",     "5.",    "1.5.5",
+        "+2",    "--1",   "1e",   "1,5",  "2abc", "4e-324", "1E2",    "007",   "1e+",
+        "\"2\"", "1 2 3", "",     "\n\n", "\r",   "\t",     "1e-999", "2e308"};
     const std::vector<std::string> sizes = {"1", "2", "3", "2.5", "-0", "00", "0", "+2", "x", "4,"};
     const Vesk::Test::TemporaryFolder folder;
     const std::string path = folder.path("model.txt");
@@ -146,9 +146,8 @@ TEST(HmmTextFileProperty, BytesOfAnyKindAreReadAsPlainly) {
                            std::to_string(random.integer(1, 2)) + "\n";
         const int length = random.integer(0, 120);
         for (int i = 0; i < length; ++i) {
-            text += random.chance(0.97)
-                        ? likely[static_cast<std::size_t>(random.integer(0, 15))]
-                        : static_cast<char>(random.integer(-128, 127));
+            text += random.chance(0.97) ? likely[static_cast<std::size_t>(random.integer(0, 15))]
+                                        : static_cast<char>(random.integer(-128, 127));
         }
         Vesk::Test::writeFile(path, text);
         const std::unique_ptr<HMM> model(Vesk::ML::load(path.c_str()));

@@ -36,8 +36,7 @@ TEST(LeftRightFileProperty, WritesTheBytesOfTheLiteralWriter) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         Random random(seed);
         const std::string path = folder.path(std::to_string(seed));
-        Reference::LeftRightModel reference =
-            randomFileModel(random, allParameterKinds[seed % 5]);
+        Reference::LeftRightModel reference = randomFileModel(random, allParameterKinds[seed % 5]);
         if (random.chance(0.3)) {
             reference.D = random.integer(2, 3);
             reference.vocab =
@@ -45,8 +44,7 @@ TEST(LeftRightFileProperty, WritesTheBytesOfTheLiteralWriter) {
         }
         LeftRightHMM model = libraryModel(reference);
         model.write(path.c_str());
-        ASSERT_EQ(withoutNanSigns(readFile(path)),
-                  withoutNanSigns(Reference::fileText(reference)));
+        ASSERT_EQ(withoutNanSigns(readFile(path)), withoutNanSigns(Reference::fileText(reference)));
     }
 }
 
@@ -83,9 +81,9 @@ TEST(LeftRightFileProperty, WritingWhatWasReadGivesTheSameBytes) {
 TEST(LeftRightFileProperty, AnyTextLoadsAsTheLiteralReaderLoadsIt) {
     const TemporaryFolder folder;
     const std::vector<std::string> words = {
-        "0",   "1",    "2",     "3",   "-1",  "0.5",  "1e-3", "1e999", "-1e999", "0x1F", "inf",
-        "nan", "word", "1.5.2", "+4",  "-0",  "1e5",  "7",    "0.25",  "1",      "2",    "3",
-        "1",   "2",    "1,5",   ".5",  "5.",  "1e",   "-",    "00",    "1e-400", "4"};
+        "0",   "1",    "2",     "3",  "-1", "0.5", "1e-3", "1e999", "-1e999", "0x1F", "inf",
+        "nan", "word", "1.5.2", "+4", "-0", "1e5", "7",    "0.25",  "1",      "2",    "3",
+        "1",   "2",    "1,5",   ".5", "5.", "1e",  "-",    "00",    "1e-400", "4"};
     const std::vector<std::string> gaps = {" ", "\n", "\t", "  ", "\r\n", "\n\n"};
     for (std::uint64_t seed = 1; seed <= 3000; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);

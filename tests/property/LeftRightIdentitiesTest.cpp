@@ -188,8 +188,7 @@ TEST(LeftRightIdentities, ProbabilitiesOfAllSequencesOfALengthSumToOne) {
         Random random(seed);
         const int M = random.integer(1, 3);
         const Reference::LeftRightModel reference =
-            randomModel(random, random.integer(1, 6), M, Shape::LeftRight,
-                        Parameters::Stochastic);
+            randomModel(random, random.integer(1, 6), M, Shape::LeftRight, Parameters::Stochastic);
         const LeftRightHMM model = libraryModel(reference);
         for (int T = 1; T <= 5; ++T) {
             double total = 0.0;
@@ -207,8 +206,8 @@ TEST(LeftRightIdentities, BestPathNeverOutscoresTheTotalAndNeverStepsBack) {
         Random random(seed);
         const int M = random.integer(1, 6);
         const int T = random.integer(1, 30);
-        const Reference::LeftRightModel reference = randomModel(
-            random, random.integer(1, 8), M, Shape::LeftRight, Parameters::Stochastic);
+        const Reference::LeftRightModel reference =
+            randomModel(random, random.integer(1, 8), M, Shape::LeftRight, Parameters::Stochastic);
         LeftRightHMM model = libraryModel(reference);
         const std::vector<int> O = random.symbols(T, M);
         const MatrixT<double> best = model.viterbi(O, T);

@@ -47,8 +47,7 @@ TEST_P(LeftRightPasses, ForwardAndBackwardMatchTheLiteralVersionBitForBit) {
         std::vector<double> expectedScale(c.O.size(), 7.0);
         std::vector<double> scale(c.O.size(), 7.0);
         const auto alpha = Reference::forwardProcWithScale(c.model, c.O, c.T, expectedScale);
-        ASSERT_TRUE(
-            bitEqual(matrixOf(alpha), model.forwardProcWithScale(c.O, c.T, scale)));
+        ASSERT_TRUE(bitEqual(matrixOf(alpha), model.forwardProcWithScale(c.O, c.T, scale)));
         ASSERT_TRUE(bitEqual(expectedScale, scale));
 
         const auto beta = Reference::backwardProcWithScale(c.model, c.O, c.T, expectedScale);
@@ -57,8 +56,7 @@ TEST_P(LeftRightPasses, ForwardAndBackwardMatchTheLiteralVersionBitForBit) {
 
         std::fill(scale.begin(), scale.end(), 7.0);
         std::fill(expectedScale.begin(), expectedScale.end(), 7.0);
-        const double log =
-            Reference::forwardProbabilityWithScale(c.model, c.O, c.T, expectedScale);
+        const double log = Reference::forwardProbabilityWithScale(c.model, c.O, c.T, expectedScale);
         ASSERT_TRUE(bitEqual(log, model.forwardProbabilityWithScale(c.O, c.T, scale)));
         ASSERT_TRUE(bitEqual(expectedScale, scale));
         ASSERT_TRUE(bitEqual(Reference::logLikelihood(c.model, c.O), model.logLikelihood(c.O)));
@@ -78,16 +76,16 @@ TEST_P(LeftRightPasses, OnAGivenModelAreThoseOfAnObjectWithThatModel) {
         std::vector<double> own(c.O.size(), 7.0);
         std::vector<double> given(c.O.size(), 7.0);
         const auto alpha = model.forwardProcWithScale(c.O, c.T, own);
-        ASSERT_TRUE(bitEqual(alpha, object.forwardProcWithScaleHMM(c.O, c.T, given, N, model.pi,
-                                                                   model.a, model.b)));
+        ASSERT_TRUE(bitEqual(
+            alpha, object.forwardProcWithScaleHMM(c.O, c.T, given, N, model.pi, model.a, model.b)));
         ASSERT_TRUE(bitEqual(own, given));
-        ASSERT_TRUE(bitEqual(model.backwardProcWithScale(c.O, c.T, own),
-                             object.backwardProcWithScaleHMM(c.O, c.T, given, N, model.pi,
-                                                             model.a, model.b)));
+        ASSERT_TRUE(bitEqual(
+            model.backwardProcWithScale(c.O, c.T, own),
+            object.backwardProcWithScaleHMM(c.O, c.T, given, N, model.pi, model.a, model.b)));
         std::fill(given.begin(), given.end(), 7.0);
-        ASSERT_TRUE(bitEqual(model.forwardProbabilityWithScale(c.O, c.T, own),
-                             object.forwardProbabilityWithScaleHMM(c.O, c.T, given, N, model.pi,
-                                                                   model.a, model.b)));
+        ASSERT_TRUE(bitEqual(
+            model.forwardProbabilityWithScale(c.O, c.T, own),
+            object.forwardProbabilityWithScaleHMM(c.O, c.T, given, N, model.pi, model.a, model.b)));
         ASSERT_TRUE(bitEqual(own, given));
     }
     EXPECT_TRUE(sameModel(LeftRightHMM(2, 2, 1), object));
@@ -112,7 +110,9 @@ TEST_P(LeftRightPasses, BackwardMatchesTheLiteralVersionForAnyScales) {
 TEST(LeftRightPassesWithOneOddEntry, MatchTheLiteralVersionBitForBit) {
     const double odd[] = {std::numeric_limits<double>::infinity(),
                           -std::numeric_limits<double>::infinity(),
-                          std::numeric_limits<double>::quiet_NaN(), -0.0, -0.5,
+                          std::numeric_limits<double>::quiet_NaN(),
+                          -0.0,
+                          -0.5,
                           std::numeric_limits<double>::max(),
                           std::numeric_limits<double>::denorm_min()};
     for (std::uint64_t seed = 1; seed <= 4000; ++seed) {
@@ -127,9 +127,11 @@ TEST(LeftRightPassesWithOneOddEntry, MatchTheLiteralVersionBitForBit) {
         const auto i = static_cast<std::size_t>(random.integer(0, N - 1));
         switch (random.integer(0, 2)) {
             case 0: reference.pi[i] = value; break;
-            case 1: reference.a[i][static_cast<std::size_t>(random.integer(0, N - 1))] = value;
+            case 1:
+                reference.a[i][static_cast<std::size_t>(random.integer(0, N - 1))] = value;
                 break;
-            default: reference.b[i][static_cast<std::size_t>(random.integer(0, M - 1))] = value;
+            default:
+                reference.b[i][static_cast<std::size_t>(random.integer(0, M - 1))] = value;
                 break;
         }
         LeftRightHMM model = libraryModel(reference);
@@ -140,9 +142,9 @@ TEST(LeftRightPassesWithOneOddEntry, MatchTheLiteralVersionBitForBit) {
             bitEqual(matrixOf(Reference::forwardProcWithScale(reference, O, T, expectedScale)),
                      model.forwardProcWithScale(O, T, scale)));
         ASSERT_TRUE(bitEqual(expectedScale, scale));
-        ASSERT_TRUE(bitEqual(
-            matrixOf(Reference::backwardProcWithScale(reference, O, T, expectedScale)),
-            model.backwardProcWithScale(O, T, scale)));
+        ASSERT_TRUE(
+            bitEqual(matrixOf(Reference::backwardProcWithScale(reference, O, T, expectedScale)),
+                     model.backwardProcWithScale(O, T, scale)));
         ASSERT_TRUE(bitEqual(Reference::logLikelihood(reference, O), model.logLikelihood(O)));
     }
 }

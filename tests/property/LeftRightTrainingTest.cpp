@@ -108,8 +108,7 @@ TEST_P(LeftRightTraining, OfWiderModelsMatchesTheLiteralVersionBitForBit) {
         const Reference::LeftRightModel start =
             randomModel(random, N, M, GetParam().shape, GetParam().parameters);
         ASSERT_NO_FATAL_FAILURE(compareSingle(start, random.symbols(25, M), 25, 2));
-        ASSERT_NO_FATAL_FAILURE(
-            compareMultiple(start, randomSequences(random, 2, 10, 14, M), 1));
+        ASSERT_NO_FATAL_FAILURE(compareMultiple(start, randomSequences(random, 2, 10, 14, M), 1));
     }
 }
 
@@ -119,8 +118,7 @@ TEST(LeftRightTrainingFromAnEstimate, MatchesTheLiteralVersionBitForBit) {
         Random random(seed);
         const int N = random.integer(1, 5);
         const int M = random.integer(2, 5);
-        Reference::LeftRightModel start =
-            Reference::makeLeftRight(N, M, random.integer(-1, N));
+        Reference::LeftRightModel start = Reference::makeLeftRight(N, M, random.integer(-1, N));
         const Sequences sequences = randomSequences(random, random.integer(1, 4), 1, 10, M);
         Reference::calcInitialProbs(start, 2, sequences);
         ASSERT_NO_FATAL_FAILURE(compareMultiple(start, sequences, 3));
@@ -131,7 +129,9 @@ TEST(LeftRightTrainingFromAnEstimate, MatchesTheLiteralVersionBitForBit) {
 
 TEST(LeftRightTrainingWithOneOddEntry, MatchesTheLiteralVersionBitForBit) {
     const double odd[] = {std::numeric_limits<double>::infinity(),
-                          std::numeric_limits<double>::quiet_NaN(), -0.0, -0.5,
+                          std::numeric_limits<double>::quiet_NaN(),
+                          -0.0,
+                          -0.5,
                           std::numeric_limits<double>::max(),
                           std::numeric_limits<double>::denorm_min()};
     for (std::uint64_t seed = 1; seed <= 1500; ++seed) {
@@ -189,9 +189,8 @@ TEST(LeftRightTrainingShape, ATransitionThatIsZeroStaysZero) {
         Random random(seed);
         const int N = random.integer(2, 8);
         const int M = random.integer(2, 6);
-        const Reference::LeftRightModel start =
-            randomModel(random, N, M, random.chance(0.5) ? Shape::LeftRight : Shape::Full,
-                        Parameters::Sparse);
+        const Reference::LeftRightModel start = randomModel(
+            random, N, M, random.chance(0.5) ? Shape::LeftRight : Shape::Full, Parameters::Sparse);
         LeftRightHMM multiple = libraryModel(start);
         LeftRightHMM single = libraryModel(start);
         const Sequences sequences = randomSequences(random, 3, 2, 20, M);

@@ -20,8 +20,8 @@ using Vesk::ML::RecognitionModelHMM;
 
 double randomShare(Random& random) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    constexpr double odd[] = {0.0, -0.0, 1.0, 2.0, -0.5, infinity, -infinity,
-                              std::numeric_limits<double>::quiet_NaN()};
+    constexpr double odd[] = {0.0,  -0.0,     1.0,       2.0,
+                              -0.5, infinity, -infinity, std::numeric_limits<double>::quiet_NaN()};
     if (random.chance(0.2)) return odd[random.integer(0, 7)];
     return std::pow(10.0, -12.0 * random.unit());
 }
@@ -47,8 +47,7 @@ void compare(RecognitionModelHMM& model, const std::vector<int>& sequence, int p
     EXPECT_EQ(expected.name, name);
     EXPECT_EQ(Reference::Recognition::withoutNanSigns(expectedText.str()),
               Reference::Recognition::withoutNanSigns(text));
-    const int lines =
-        expected.longEnough ? 1 + 2 * static_cast<int>(reference.gestures.size()) : 0;
+    const int lines = expected.longEnough ? 1 + 2 * static_cast<int>(reference.gestures.size()) : 0;
     EXPECT_EQ(flushes, lines);
     EXPECT_TRUE(bitEqual(reference.forwardProb(sequence), model.forwardProb(sequence)));
 
@@ -175,8 +174,7 @@ TEST(RecognitionCheck, MatchesTheReferenceOnLargeModels) {
     for (std::uint64_t seed = 9000; seed < 9012; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Random random(seed);
-        const GestureSet set =
-            randomGestures(random, 8, 33, 32, allParameterKinds[seed % 5]);
+        const GestureSet set = randomGestures(random, 8, 33, 32, allParameterKinds[seed % 5]);
         RecognitionModelHMM model(set.pointers(), 0.001);
         ASSERT_TRUE(model.initialize());
         compare(model, random.symbols(random.integer(30, 120), 32), 6);

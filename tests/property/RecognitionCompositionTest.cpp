@@ -55,8 +55,8 @@ void compareRandomSets(Parameters kind, std::uint64_t firstSeed) {
     for (std::uint64_t seed = firstSeed; seed < firstSeed + 1000; ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         Random random(seed);
-        const GestureSet set = randomGestures(random, random.integer(0, 6), 12,
-                                              random.integer(1, 20), kind);
+        const GestureSet set =
+            randomGestures(random, random.integer(0, 6), 12, random.integer(1, 20), kind);
         RecognitionModelHMM model(set.pointers(), random.unit());
         model.setName("n" + std::to_string(seed));
         EXPECT_FALSE(compareComposition(model, initialize));

@@ -88,8 +88,7 @@ void compareWritingAndLoading(Parameters kind, std::uint64_t firstSeed) {
         RandomModel source(random, kind);
         compareWriting(source.model, folder.path("written"));
         RecognitionModelHMM fresh;
-        EXPECT_FALSE(
-            compareLoading(fresh, readFile(folder.path("written")), folder.path("read")));
+        EXPECT_FALSE(compareLoading(fresh, readFile(folder.path("written")), folder.path("read")));
         if (testing::Test::HasFailure()) return;
     }
 }
@@ -147,10 +146,14 @@ std::string joined(const std::vector<std::string>& tokens) {
 
 TEST(RecognitionFile, LoadingMatchesTheReferenceOnDamagedFiles) {
     static const std::string odd[] = {
-        "0",     "1",   "2",    "3",     "-1",         "-5",          "inf",  "nan",
-        "-nan",  "1e999", "-1e999", "0x1F", "4294967295", "99999999999", "word", "1.5",
-        ".5",    "1e-400", "5e-324", "+",   "-",          "1e",          "1e+",  "0.5.5",
-        "1,5",   "007", "1-2",  std::string("1\0", 2), "--1", "2147483648", "-2147483649", "e5"};
+        "0",          "1",           "2",           "3",
+        "-1",         "-5",          "inf",         "nan",
+        "-nan",       "1e999",       "-1e999",      "0x1F",
+        "4294967295", "99999999999", "word",        "1.5",
+        ".5",         "1e-400",      "5e-324",      "+",
+        "-",          "1e",          "1e+",         "0.5.5",
+        "1,5",        "007",         "1-2",         std::string("1\0", 2),
+        "--1",        "2147483648",  "-2147483649", "e5"};
     const TemporaryFolder folder;
     int refused = 0;
     int loaded = 0;
@@ -167,12 +170,8 @@ TEST(RecognitionFile, LoadingMatchesTheReferenceOnDamagedFiles) {
             const auto at = random.integer(0, most);
             switch (random.integer(0, 3)) {
                 case 0: tokens.erase(tokens.begin() + at); break;
-                case 1:
-                    tokens.insert(tokens.begin() + at, odd[random.integer(0, 31)]);
-                    break;
-                default:
-                    tokens[static_cast<std::size_t>(at)] = odd[random.integer(0, 31)];
-                    break;
+                case 1: tokens.insert(tokens.begin() + at, odd[random.integer(0, 31)]); break;
+                default: tokens[static_cast<std::size_t>(at)] = odd[random.integer(0, 31)]; break;
             }
         }
         std::string text = joined(tokens);

@@ -56,10 +56,9 @@ RC_GTEST_PROP(RecognitionIdentities, CheckNamesEvaluatesWinner, ()) {
     const Recognition found = model.evaluate(sequence);
     const Capture silence;
     const std::string name = model.check(sequence);
-    RC_ASSERT(name ==
-              (found.winner < 0
-                   ? std::string()
-                   : model.gestures[static_cast<std::size_t>(found.winner)]->name));
+    RC_ASSERT(name == (found.winner < 0
+                           ? std::string()
+                           : model.gestures[static_cast<std::size_t>(found.winner)]->name));
     // The winner is the last that was accepted, and no accepted one is more likely.
     int lastAccepted = -1;
     for (std::size_t g = 0; g < found.gestures.size(); ++g) {
@@ -116,8 +115,8 @@ RC_GTEST_PROP(RecognitionIdentities, ReversingTheGesturesReversesScoresAndBlocks
     const Recognition second = backwards.evaluate(sequence);
     const std::size_t K = gestures.size();
     for (std::size_t g = 0; g < K; ++g) {
-        RC_ASSERT(bool(
-            bitEqual(first.gestures[g].probability, second.gestures[K - 1 - g].probability)));
+        RC_ASSERT(
+            bool(bitEqual(first.gestures[g].probability, second.gestures[K - 1 - g].probability)));
         RC_ASSERT(bool(
             bitEqual(first.gestures[g].weightedGamma, second.gestures[K - 1 - g].weightedGamma)));
     }
@@ -133,8 +132,7 @@ RC_GTEST_PROP(RecognitionIdentities, ReversingTheGesturesReversesScoresAndBlocks
             RC_ASSERT(bool(bitEqual(forwards.a(state + i, state + i),
                                     backwards.a(mirrored + i, mirrored + i))));
             for (int k = 0; k < M; ++k) {
-                RC_ASSERT(
-                    bool(bitEqual(forwards.b(state + i, k), backwards.b(mirrored + i, k))));
+                RC_ASSERT(bool(bitEqual(forwards.b(state + i, k), backwards.b(mirrored + i, k))));
             }
         }
         state += N;
@@ -199,8 +197,7 @@ TEST(RecognitionIdentities, ForwardProbIsTheSumOverAllPathsOfTheCombinedModel) {
         RecognitionModelHMM model(set.pointers(), 0.5);
         ASSERT_TRUE(model.initialize());
         const std::vector<int> sequence = random.symbols(random.integer(1, 5), M);
-        const double expected =
-            probabilityByEnumeration(modelOf(*model.recognitionHMM), sequence);
+        const double expected = probabilityByEnumeration(modelOf(*model.recognitionHMM), sequence);
         EXPECT_NEAR(model.forwardProb(sequence), expected, 1e-14 * expected);
     }
 }
@@ -219,8 +216,7 @@ TEST(RecognitionIdentities, ScalingTheWeightsLeavesTheProbabilities) {
         const Recognition quarter = model.evaluate(sequence);
         EXPECT_TRUE(bitEqual(whole.threshold * 0.25, quarter.threshold));
         for (std::size_t g = 0; g < 3; ++g) {
-            EXPECT_TRUE(
-                bitEqual(whole.gestures[g].probability, quarter.gestures[g].probability));
+            EXPECT_TRUE(bitEqual(whole.gestures[g].probability, quarter.gestures[g].probability));
             EXPECT_TRUE(bitEqual(whole.gestures[g].weightedGamma * 0.25,
                                  quarter.gestures[g].weightedGamma));
         }

@@ -27,8 +27,8 @@ inline bool sameBits(double x, double y) {
 
 inline testing::AssertionResult bitEqual(double expected, double actual) {
     if (sameBits(expected, actual)) return testing::AssertionSuccess();
-    return testing::AssertionFailure() << std::hexfloat << "expected " << expected << ", got "
-                                       << actual;
+    return testing::AssertionFailure()
+           << std::hexfloat << "expected " << expected << ", got " << actual;
 }
 
 inline testing::AssertionResult bitEqual(const std::vector<double>& expected,
@@ -49,9 +49,8 @@ inline testing::AssertionResult bitEqual(const std::vector<double>& expected,
 inline testing::AssertionResult bitEqual(const Vesk::Math::MatrixT<double>& expected,
                                          const Vesk::Math::MatrixT<double>& actual) {
     if (expected.rows != actual.rows || expected.cols != actual.cols) {
-        return testing::AssertionFailure()
-               << "expected " << expected.rows << " x " << expected.cols << ", got "
-               << actual.rows << " x " << actual.cols;
+        return testing::AssertionFailure() << "expected " << expected.rows << " x " << expected.cols
+                                           << ", got " << actual.rows << " x " << actual.cols;
     }
     return bitEqual(expected.data, actual.data);
 }

@@ -32,8 +32,7 @@ inline double pathProbability(const Reference::Model& m, const std::vector<int>&
     double p = 1.0;
     int before = -1;
     for (std::size_t t = 0; t < path.size(); ++t) {
-        const Reference::Vector& row =
-            before < 0 ? m.pi : m.a[static_cast<std::size_t>(before)];
+        const Reference::Vector& row = before < 0 ? m.pi : m.a[static_cast<std::size_t>(before)];
         p *= row[static_cast<std::size_t>(path[t])];
         p *= m.b[static_cast<std::size_t>(path[t])][static_cast<std::size_t>(o[t])];
         before = path[t];

@@ -216,9 +216,9 @@ inline double xi(int i, int j, int t, const Symbols& o, int N, const Table& a, c
                                             b[at(l)][at(o[at(t + 1)])] * beta[at(l)][at(t + 1)];
         }
     }
-    return divide(alpha[at(i)][at(t)] * a[at(i)][at(j)] * b[at(j)][at(o[at(t + 1)])] *
-                      beta[at(j)][at(t + 1)],
-                  denominator);
+    return divide(
+        alpha[at(i)][at(t)] * a[at(i)][at(j)] * b[at(j)][at(o[at(t + 1)])] * beta[at(j)][at(t + 1)],
+        denominator);
 }
 
 /// 2 x T: (0, 0) the path's probability, (1, t) the state at t.

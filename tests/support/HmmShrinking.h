@@ -48,8 +48,8 @@ inline Case anyCase() {
     result.model.pi = eighths(N);
     result.model.a = eighths(N, N);
     result.model.b = eighths(N, M);
-    result.o = *rc::gen::container<std::vector<int>>(static_cast<std::size_t>(T),
-                                                     rc::gen::inRange(0, M));
+    result.o =
+        *rc::gen::container<std::vector<int>>(static_cast<std::size_t>(T), rc::gen::inRange(0, M));
     return result;
 }
 

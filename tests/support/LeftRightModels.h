@@ -99,9 +99,8 @@ inline testing::AssertionResult sameModel(const Reference::LeftRightModel& expec
 
 inline testing::AssertionResult sameModel(const Vesk::ML::LeftRightHMM& expected,
                                           const Vesk::ML::LeftRightHMM& actual) {
-    Reference::LeftRightModel reference =
-        Reference::makeLeftRight(static_cast<int>(expected.numStates),
-                                 static_cast<int>(expected.vocabSize), expected.delta);
+    Reference::LeftRightModel reference = Reference::makeLeftRight(
+        static_cast<int>(expected.numStates), static_cast<int>(expected.vocabSize), expected.delta);
     reference.name = expected.name;
     reference.D = expected.dimension;
     reference.vocab = tableOf(expected.vocab);

@@ -442,9 +442,8 @@ inline double pathProbability(const Model& m, const Symbols& O, const std::vecto
 /// P(O[0..T-1] | the model) as the sum over all paths.
 inline double enumeratedProbability(const Model& m, const Symbols& O, int T) {
     double total = 0.0;
-    forEachPath(m.N, T, [&](const std::vector<int>& path) {
-        total += pathProbability(m, O, path);
-    });
+    forEachPath(m.N, T,
+                [&](const std::vector<int>& path) { total += pathProbability(m, O, path); });
     return total;
 }
 

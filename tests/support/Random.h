@@ -44,7 +44,7 @@ enum class Parameters {
     Sparse,        ///< rows sum to 1, about half of the entries exactly 0
     Unnormalised,  ///< any size from 1e-3 to 1e3, some zeros
     Tiny,          ///< down to subnormal numbers: products underflow
-    Odd            ///< zeros of both signs, infinities, NaN and negative numbers among ordinary ones
+    Odd  ///< zeros of both signs, infinities, NaN and negative numbers among ordinary ones
 };
 
 inline constexpr Parameters allParameterKinds[] = {Parameters::Stochastic, Parameters::Sparse,

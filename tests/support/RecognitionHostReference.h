@@ -147,8 +147,7 @@ inline std::vector<std::vector<int>> segments(const std::vector<int>& sequence, 
     const float segmentLength = std::floor(static_cast<float>(L) / static_cast<float>(N));
     const int rest = static_cast<int>(static_cast<double>(L) -
                                       static_cast<double>(N) * static_cast<double>(segmentLength));
-    const int head =
-        rest > 1 ? static_cast<int>(std::floor(static_cast<float>(rest) * 0.5f)) : 0;
+    const int head = rest > 1 ? static_cast<int>(std::floor(static_cast<float>(rest) * 0.5f)) : 0;
     std::vector<std::vector<int>> closed;
     std::vector<int> current;
     int fill = 0;
@@ -197,9 +196,8 @@ inline void estimateEqualSegments(Model& model, const std::vector<std::vector<in
     for (int i = 0; i < N; ++i) {
         for (int k = 0; k < M; ++k) {
             const auto row = static_cast<std::size_t>(i);
-            model.b.at(i, k) =
-                divide(static_cast<double>(counts[row][static_cast<std::size_t>(k)]),
-                       static_cast<double>(perState[row]));
+            model.b.at(i, k) = divide(static_cast<double>(counts[row][static_cast<std::size_t>(k)]),
+                                      static_cast<double>(perState[row]));
         }
     }
 }
@@ -273,13 +271,12 @@ inline double xi(const Model& model, int i, int j, int t, const std::vector<int>
             sum += model.a.at(k, l) * alpha.at(k, t) * model.b.at(l, next) * beta.at(l, t + 1);
         }
     }
-    return divide(alpha.at(i, t) * model.a.at(i, j) * model.b.at(j, next) * beta.at(j, t + 1),
-                  sum);
+    return divide(alpha.at(i, t) * model.a.at(i, j) * model.b.at(j, next) * beta.at(j, t + 1), sum);
 }
 
 /// Multi-sequence training; the two tables of every sequence are kept for an iteration.
-inline void train(Model& model, const std::vector<std::vector<int>>& sequences,
-                  int maxIterations, float convergenceThreshold, std::ostream& out) {
+inline void train(Model& model, const std::vector<std::vector<int>>& sequences, int maxIterations,
+                  float convergenceThreshold, std::ostream& out) {
     const int N = static_cast<int>(model.numStates);
     const int M = static_cast<int>(model.vocabSize);
     Table newA;
@@ -352,8 +349,8 @@ inline void train(Model& model, const std::vector<std::vector<int>>& sequences,
 inline std::string leftRightText(const Model& model, const std::vector<double>& vocabValues) {
     std::ostringstream out;
     out << model.name << '\n';
-    out << model.numStates << ' ' << model.vocabSize << ' ' << model.dimension << ' '
-        << model.delta << '\n';
+    out << model.numStates << ' ' << model.vocabSize << ' ' << model.dimension << ' ' << model.delta
+        << '\n';
     if (!vocabValues.empty()) Recogniser::list(out, vocabValues);
     Recogniser::tables(out, model);
     std::vector<double> column;

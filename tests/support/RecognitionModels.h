@@ -63,8 +63,7 @@ inline void fillRandom(Vesk::ML::HMM& model, Random& random, Parameters kind) {
 }
 
 /// `count` left-right models over M symbols with 1 .. maxStates states each and names g0, g1, ...
-inline GestureSet randomGestures(Random& random, int count, int maxStates, int M,
-                                 Parameters kind) {
+inline GestureSet randomGestures(Random& random, int count, int maxStates, int M, Parameters kind) {
     GestureSet set;
     for (int g = 0; g < count; ++g) {
         const int N = random.integer(1, maxStates);
@@ -99,8 +98,7 @@ inline Reference::Recognition::Model modelOf(const Vesk::ML::HMM& model) {
 }
 
 /// The model's state, combined model and gestures included.
-inline Reference::Recognition::Recogniser recogniserOf(
-    const Vesk::ML::RecognitionModelHMM& model) {
+inline Reference::Recognition::Recogniser recogniserOf(const Vesk::ML::RecognitionModelHMM& model) {
     Reference::Recognition::Recogniser copy;
     copy.fromParameters = model.fromParameters;
     copy.gestureTransitionProb = model.gestureTransitionProb;
@@ -123,9 +121,8 @@ inline Reference::Recognition::Recogniser recogniserOf(
 inline testing::AssertionResult sameTable(const Reference::Recognition::Table& expected,
                                           const Reference::Recognition::Table& actual) {
     if (expected.rows != actual.rows || expected.cols != actual.cols) {
-        return testing::AssertionFailure()
-               << "expected " << expected.rows << " x " << expected.cols << ", got "
-               << actual.rows << " x " << actual.cols;
+        return testing::AssertionFailure() << "expected " << expected.rows << " x " << expected.cols
+                                           << ", got " << actual.rows << " x " << actual.cols;
     }
     return bitEqual(expected.flat, actual.flat);
 }

@@ -511,8 +511,8 @@ struct Recogniser {
             out << "\t\t\tvocabSize " << g.vocabSize << "\n";
             out << "\t\t\tdimension " << g.dimension << "\n";
             out << "\t\t\tdelta " << g.delta << "\n";
-            sceneTables(out, "\t\t\t", static_cast<int>(g.numStates),
-                        static_cast<int>(g.vocabSize), g.pi, g.a, g.b);
+            sceneTables(out, "\t\t\t", static_cast<int>(g.numStates), static_cast<int>(g.vocabSize),
+                        g.pi, g.a, g.b);
             out << "\t\t}\n";
         }
         out << "\t]\n";
