@@ -14,9 +14,10 @@ import sys
 LAYERS = {
     "vesk/base": [],
     "vesk/math": [],
-    "vesk/hmm": ["vesk/base", "vesk/math"],
-    "vesk/leftright": ["vesk/base", "vesk/math", "vesk/hmm"],
-    "vesk/recognition": ["vesk/base", "vesk/math", "vesk/hmm", "vesk/leftright"],
+    "vesk/kernels": [],
+    "vesk/hmm": ["vesk/base", "vesk/math", "vesk/kernels"],
+    "vesk/leftright": ["vesk/base", "vesk/math", "vesk/kernels", "vesk/hmm"],
+    "vesk/recognition": ["vesk/base", "vesk/math", "vesk/kernels", "vesk/hmm", "vesk/leftright"],
     "vesk/quantizer": ["vesk/base"],
     "veskcore": [],
     "veskkit": ["vesk/math", "vesk/hmm", "vesk/leftright", "vesk/recognition", "vesk/quantizer"],

@@ -1,92 +1,119 @@
 #include <vesk/hmm/internal/Reestimation.h>
 
-#include <vesk/hmm/internal/Passes.h>
-
 #include <algorithm>
 #include <cstddef>
 
 namespace Vesk::ML::internal {
 
-void posteriors(const MatrixT<double>& alpha, const MatrixT<double>& beta, int t,
-                std::vector<double>& gamma) {
+using Vesk::Kernels::kernels;
+using Vesk::Kernels::tileTimes;
+
+namespace {
+
+std::size_t size(int count) { return static_cast<std::size_t>(count); }
+
+}  // namespace
+
+std::vector<double> firstPosteriors(const Columns& alpha, const Columns& beta, int N) {
+    std::vector<double> gamma(size(N));
     double sum = 0.0;
-    for (int i = 0; i < alpha.rows; ++i) {
-        const double product = alpha(i, t) * beta(i, t);
-        gamma[static_cast<std::size_t>(i)] = product;
-        sum += product;
-    }
+    for (int i = 0; i < N; ++i) sum += gamma[size(i)] = alpha[0][i] * beta[0][i];
     for (double& value : gamma) value = divide(value, sum);
+    return gamma;
 }
 
-Reestimation::Reestimation(int numStates, int vocabSize) : N(numStates), M(vocabSize) {
-    const auto n = static_cast<std::size_t>(N);
-    const auto m = static_cast<std::size_t>(M);
-    gamma.resize(n);
-    terms.resize(n * n);
-    transitions.resize(n * n);
-    departures.resize(n);
-    matched.resize(n * m);
-    unmatched.resize(n * m);
-}
+Reestimation::Reestimation(Passes& passes, int vocabSize)
+    : passes(passes),
+      N(passes.N),
+      P(passes.P),
+      M(vocabSize),
+      transitions(size(passes.transitions.isBand() ? passes.transitions.diagonals().width() : N),
+                  P),
+      departures(size(P)),
+      matched(size(M), P),
+      unmatched(size(M), P),
+      alphaTile(size(P), tileTimes),
+      betaTile(size(P), tileTimes),
+      emissionTile(size(P), tileTimes),
+      gamma(size(P), tileTimes) {}
 
-void Reestimation::clear() {
-    std::fill(transitions.begin(), transitions.end(), 0.0);
-    std::fill(departures.begin(), departures.end(), 0.0);
-    std::fill(matched.begin(), matched.end(), 0.0);
-    std::fill(unmatched.begin(), unmatched.end(), 0.0);
-}
-
-void Reestimation::add(const Parameters& parameters, const int* o, int T,
-                       const MatrixT<double>& alpha, const MatrixT<double>& beta) {
-    for (int t = 0; t < T; ++t) {
-        posteriors(alpha, beta, t, gamma);
-        if (t + 1 < T) addTransitions(parameters, o, t, alpha, beta);
-        addEmissions(o[t]);
-    }
-}
-
-void Reestimation::addTransitions(const Parameters& parameters, const int* o, int t,
-                                  const MatrixT<double>& alpha, const MatrixT<double>& beta) {
-    // The products of xi's numerators are those of its denominator.
-    double sum = 0.0;
-    double* term = terms.data();
-    for (int i = 0; i < N; ++i) {
-        for (int j = 0; j < N; ++j) {
-            *term = alpha(i, t) * parameters.a(i, j) * parameters.b(j, o[t + 1]) * beta(j, t + 1);
-            sum += *term;
-            ++term;
+void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns& beta) {
+    for (int t = 0; t < T; t += tileTimes) {
+        Tile tile;
+        tile.times = std::min(tileTimes, T - t);
+        tile.steps = std::min(tileTimes, T - 1 - t);
+        for (int u = 0; u < tile.times; ++u) {
+            tile.alpha[u] = alpha[t + u];
+            tile.beta[u] = beta[t + u];
         }
+        for (int u = 0; u < tile.steps; ++u) {
+            tile.nextEmissions[u] = passes.emissions[o[t + u + 1]];
+            tile.nextBeta[u] = beta[t + u + 1];
+        }
+        kernels().transpose(tile.alpha, tile.times, alphaTile.get(), P);
+        addPosteriors(o + t, tile);
+        if (tile.steps > 0) addTransitions(tile);
     }
-    for (std::size_t ij = 0; ij < terms.size(); ++ij) transitions[ij] += divide(terms[ij], sum);
-    for (std::size_t i = 0; i < departures.size(); ++i) departures[i] += gamma[i];
 }
 
-void Reestimation::addEmissions(int symbol) {
-    double* seen = matched.data();
-    double* other = unmatched.data();
-    // A symbol outside the alphabet, which the caller has to keep away, equals no k.
-    const bool known = symbol >= 0 && symbol < M;
-    const int before = known ? symbol : M;
-    for (int i = 0; i < N; ++i) {
-        const double mass = gamma[static_cast<std::size_t>(i)];
-        for (int k = 0; k < before; ++k) other[k] += mass;
-        if (known) seen[symbol] += mass;
-        for (int k = before + 1; k < M; ++k) other[k] += mass;
-        seen += M;
-        other += M;
+void Reestimation::addPosteriors(const int* o, const Tile& tile) {
+    double sums[tileTimes];
+    kernels().transpose(tile.beta, tile.times, betaTile.get(), P);
+    kernels().posteriorSums(alphaTile.get(), betaTile.get(), N, sums);
+    for (int u = 0; u < tile.times; ++u) {
+        double* column = gamma.get() + std::ptrdiff_t{P} * u;
+        kernels().posteriors(tile.alpha[u], tile.beta[u], sums[u], column, P);
+        // A symbol outside the alphabet, which the caller has to keep away, equals no k.
+        if (o[u] < 0 || o[u] >= M) continue;
+        kernels().addColumns(column, 1, matched.get() + std::ptrdiff_t{P} * o[u], P);
+    }
+    kernels().addToOthers(gamma.get(), o, tile.times, unmatched.get(), M, P);
+    kernels().addColumns(gamma.get(), tile.steps, departures.get(), P);
+}
+
+void Reestimation::addTransitions(const Tile& tile) {
+    kernels().transpose(tile.nextEmissions, tile.steps, emissionTile.get(), P);
+    kernels().transpose(tile.nextBeta, tile.steps, betaTile.get(), P);
+    Transitions& model = passes.transitions;
+    const bool banded = model.isBand();
+    const int lo = banded ? model.diagonals().lo : 1 - N;
+    const int hi = banded ? model.diagonals().hi : N - 1;
+    double sums[tileTimes];
+    kernels().jointSums(alphaTile.get(), emissionTile.get(), betaTile.get(), model.a.data,
+                        model.a.stride, N, lo, hi, sums);
+    if (banded) {
+        kernels().addJointBand(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps,
+                               model.diagonals(), transitions.get(), P);
+    } else {
+        const double* rows = model.rows();
+        kernels().addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows,
+                           model.rowStride(), transitions.get(), N, P);
     }
 }
 
 void Reestimation::estimate(MatrixT<double>& a, MatrixT<double>& b) const {
     a.resize(N, N);
     b.resize(N, M);
-    std::size_t ij = 0;
-    std::size_t ik = 0;
+    const Transitions& model = passes.transitions;
+    const int lo = model.isBand() ? model.diagonals().lo : 0;
+    const double* sum = transitions.get();
     for (int i = 0; i < N; ++i) {
-        for (int j = 0; j < N; ++j, ++ij) {
-            a(i, j) = divide(transitions[ij], departures[static_cast<std::size_t>(i)]);
+        const double leaving = departures.get()[i];
+        if (model.isBand()) {
+            for (int j = 0; j < N; ++j) {
+                const int q = j - i - lo;
+                const bool inside = q >= 0 && q < model.diagonals().width();
+                a(i, j) = inside ? divide(sum[std::ptrdiff_t{P} * q + i], leaving) : 0.0;
+            }
+        } else {
+            for (int j = 0; j < N; ++j) {
+                a(i, j) = divide(sum[std::ptrdiff_t{P} * i + j], leaving);
+            }
         }
-        for (int k = 0; k < M; ++k, ++ik) b(i, k) = divide(matched[ik], unmatched[ik]);
+        for (int k = 0; k < M; ++k) {
+            const std::ptrdiff_t at = std::ptrdiff_t{P} * k + i;
+            b(i, k) = divide(matched.get()[at], unmatched.get()[at]);
+        }
     }
 }
 

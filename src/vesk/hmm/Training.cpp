@@ -12,26 +12,28 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
     if (T < 1 || maxIterations == 0) return;
     const int* o = observed(observation, T, model.vocabSize);
     Parameters p = parametersFor(model, model.vocabSize, T);
-    Reestimation reestimation(p.N, static_cast<int>(model.vocabSize));
-    std::vector<double> piNew(static_cast<std::size_t>(p.N));
+    const auto M = static_cast<int>(model.vocabSize);
+    std::vector<double> piNew;
     MatrixT<double> aNew;
     MatrixT<double> bNew;
 
     for (long adopted = 0; maxIterations < 0 || adopted < maxIterations; ++adopted) {
-        const MatrixT<double> alpha = forward(p, o, T);
-        const MatrixT<double> beta = backward(p, o, T);
-        reestimation.clear();
-        reestimation.add(p, o, T, alpha, beta);
-        reestimation.estimate(aNew, bNew);
-        if (training.adoptsPi) posteriors(alpha, beta, 0, piNew);
+        Passes passes(p, o, T);
+        const Columns alpha = passes.columns(T);
+        const Columns beta = passes.columns(T);
+        passes.exactly([&] {
+            complete(ForwardPass(passes, o, T, all(alpha), asItIs));
+            complete(BackwardPass(passes, o, T, 1.0, all(beta), asItIs));
+            Reestimation reestimation(passes, M);
+            reestimation.add(o, T, alpha, beta);
+            reestimation.estimate(aNew, bNew);
+        });
+        if (training.adoptsPi) piNew = firstPosteriors(alpha, beta, p.N);
 
         const double* pi = training.adoptsPi ? piNew.data() : p.pi;
         const double likelihood = forwardLikelihood(candidate(pi, aNew, bNew), o, T);
-        if (!(likelihood > training.reference(alpha))) return;
-        if (training.adoptsPi) {
-            model.pi.swap(piNew);
-            piNew.resize(model.pi.size());
-        }
+        if (!(likelihood > training.reference(alpha, p.N, T))) return;
+        if (training.adoptsPi) model.pi.swap(piNew);
         model.a.swap(aNew);
         model.b.swap(bNew);
         p = parametersFor(model, model.vocabSize, T);
@@ -44,10 +46,8 @@ namespace {
 
 /// The first column of alpha less its first value, where the last column would be expected:
 /// required, like the 0.0 that stands for the value after the last.
-double firstColumnButOne(const Vesk::Math::MatrixT<double>& alpha) {
-    double sum = 0.0;
-    for (int i = 1; i < alpha.rows; ++i) sum += alpha(i, 0);
-    return sum;
+double firstColumnButOne(const internal::Columns& alpha, int N, int) {
+    return internal::orderedSum(alpha[0] + 1, N - 1);
 }
 
 }  // namespace

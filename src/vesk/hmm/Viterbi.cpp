@@ -1,33 +1,38 @@
 #include <vesk/hmm/HMM.h>
 
+#include <vesk/hmm/internal/Columns.h>
+#include <vesk/hmm/internal/Emissions.h>
 #include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Transitions.h>
+#include <vesk/kernels/internal/Kernels.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
+#include <utility>
 #include <vector>
 
 namespace Vesk::ML {
 namespace {
 
-/// Row j holds ln a(i, j) for all i: the terms of one maximisation side by side.
-std::vector<double> logTransitionsByTarget(const internal::Parameters& p) {
-    const auto N = static_cast<std::size_t>(p.N);
-    std::vector<double> logA(N * N);
+using internal::padded;
+using internal::Values;
+
+/// ln a, in padded rows.
+Values logTransitions(const internal::Parameters& p) {
+    const int P = padded(p.N);
+    Values logA(static_cast<std::size_t>(p.N), P);
     for (int i = 0; i < p.N; ++i) {
+        const double* row = p.a.row(i);
+        double* to = logA.get() + std::ptrdiff_t{P} * i;
         for (int j = 0; j < p.N; ++j) {
-            logA[N * static_cast<std::size_t>(j) + static_cast<std::size_t>(i)] =
-                std::log(p.a(i, j));
+            // Most of a left-right model: spares the call.
+            to[j] = row[j] == 0.0 ? -std::numeric_limits<double>::infinity() : std::log(row[j]);
         }
     }
     return logA;
 }
-
-/// The lowest cost and the lowest index that has it; a cost of NaN at index 0 stays.
-struct Best {
-    double cost;
-    int state;
-};
 
 }  // namespace
 
@@ -36,43 +41,36 @@ Vesk::Math::MatrixT<double> HMM::viterbi(Vesk::Math::VectorT<int> observation, i
     if (T < 1) return result;
     const internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
     const int* o = internal::observed(observation, T, vocabSize);
-    const auto N = static_cast<std::size_t>(p.N);
+    const int P = padded(p.N);
 
-    std::vector<double> score(N);
-    std::vector<double> next(N);
-    std::vector<int> psi(N * static_cast<std::size_t>(T));
-    const std::vector<double> logA = T > 1 ? logTransitionsByTarget(p) : std::vector<double>();
+    internal::Emissions logE(p.b, *std::max_element(o, o + T) + 1, T, 0);
+    logE.add(o, T);
+    logE.takeLogarithms();
+    const Values logA = T > 1 ? logTransitions(p) : Values();
+    const internal::Diagonals used = internal::diagonalsOf(p.a);
 
-    for (int i = 0; i < p.N; ++i) {
-        score[static_cast<std::size_t>(i)] = -std::log(p.pi[i]) - std::log(p.b(i, o[0]));
-    }
+    Values columns(2, P);
+    double* score = columns.get();
+    double* next = score + P;
+    std::vector<int> psi(static_cast<std::size_t>(P) * static_cast<std::size_t>(T));
+    for (int i = 0; i < p.N; ++i) score[i] = -std::log(p.pi[i]) - logE[o[0]][i];
     for (int t = 1; t < T; ++t) {
-        int* backPointer = psi.data() + N * static_cast<std::size_t>(t);
-        for (std::size_t j = 0; j < N; ++j) {
-            const double* logTo = logA.data() + N * j;
-            Best best{score[0] - logTo[0], 0};
-            for (int i = 1; i < p.N; ++i) {
-                const double cost = score[static_cast<std::size_t>(i)] - logTo[i];
-                if (best.cost > cost) best = {cost, i};
-            }
-            next[j] = best.cost - std::log(p.b(static_cast<int>(j), o[t]));
-            backPointer[j] = best.state;
-        }
-        score.swap(next);
+        Vesk::Kernels::kernels().viterbi(score, logA.get(), logE[o[t]], used.lo, used.hi, next,
+                                         psi.data() + std::ptrdiff_t{P} * t, p.N, P);
+        std::swap(score, next);
     }
 
-    Best best{score[0], 0};
+    int state = 0;
     for (int i = 1; i < p.N; ++i) {
-        const double cost = score[static_cast<std::size_t>(i)];
-        if (best.cost > cost) best = {cost, i};
+        if (score[state] > score[i]) state = i;
     }
-    int state = best.state;
+    result(0, 0) = std::exp(-score[state]);
     result(1, T - 1) = state;
     for (int t = T - 1; t > 0; --t) {
-        state = psi[N * static_cast<std::size_t>(t) + static_cast<std::size_t>(state)];
+        state = psi[static_cast<std::size_t>(P) * static_cast<std::size_t>(t) +
+                    static_cast<std::size_t>(state)];
         result(1, t - 1) = state;
     }
-    result(0, 0) = std::exp(-best.cost);
     return result;
 }
 

@@ -1,19 +1,40 @@
 #include <vesk/leftright/internal/ScaledPasses.h>
 
-#include <vesk/hmm/internal/Passes.h>
-
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace Vesk::ML::internal {
 namespace {
 
-/// Divides the column by its sum and returns the sum.
-double normalise(std::vector<double>& column) {
-    const double sum = orderedSum(column);
-    for (double& value : column) value = divide(value, sum);
-    return sum;
+/// A forward pass that divides each column by its sum, the scale factor, and then hands it on.
+template <typename At, typename Next>
+auto scaledForwardPass(Passes& passes, const int* o, int T, double* scale, At alpha, Next next) {
+    const auto normalise = [&passes, scale, next](int t, double* column) {
+        scale[t] = orderedSum(column, passes.N);
+        Vesk::Kernels::kernels().divideGuarded(column, scale[t], passes.P);
+        next(t, column);
+    };
+    return ForwardPass(passes, o, T, alpha, normalise);
+}
+
+/// A backward pass that divides each column but the last one, which begins divided.
+template <typename At, typename Next>
+auto scaledBackwardPass(Passes& passes, const int* o, int T, const double* scale, At beta,
+                        Next next) {
+    const auto normalise = [&passes, T, scale, next](int t, double* column) {
+        if (t < T - 1) Vesk::Kernels::kernels().divide(column, scale[t], passes.P);
+        next(t, column);
+    };
+    return BackwardPass(passes, o, T, divide(1.0, scale[T - 1]), beta, normalise);
+}
+
+/// makePass(k) is the pass over track k.
+template <typename MakePass>
+void completeAll(const std::vector<Track>& tracks, MakePass makePass) {
+    std::vector<decltype(makePass(0))> together;
+    together.reserve(tracks.size());
+    for (std::size_t k = 0; k < tracks.size(); ++k) together.push_back(makePass(k));
+    completeTogether(together);
 }
 
 }  // namespace
@@ -21,15 +42,13 @@ double normalise(std::vector<double>& column) {
 MatrixT<double> scaledForward(const Parameters& parameters, const int* o, int T, double* scale) {
     MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return alpha;
-    ForwardColumn column(parameters);
-    column.start(o[0]);
-    scale[0] = normalise(column.alpha);
-    storeColumn(alpha, 0, column.alpha);
-    for (int t = 1; t < T; ++t) {
-        column.advance(o[t]);
-        scale[t] = normalise(column.alpha);
-        storeColumn(alpha, t, column.alpha);
-    }
+    Passes passes(parameters, o, T);
+    const Columns columns = passes.columns(2);
+    passes.exactly([&] {
+        complete(
+            scaledForwardPass(passes, o, T, scale, alternating(columns),
+                              [&](int t, const double* column) { storeColumn(alpha, t, column); }));
+    });
     return alpha;
 }
 
@@ -37,26 +56,46 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
                                const double* scale) {
     MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return beta;
-    BackwardColumn column(parameters, divide(1.0, scale[T - 1]));
-    storeColumn(beta, T - 1, column.beta);
-    for (int t = T - 2; t >= 0; --t) {
-        column.retreat(o[t + 1]);
-        for (double& value : column.beta) value /= scale[t];
-        storeColumn(beta, t, column.beta);
-    }
+    Passes passes(parameters, o, T);
+    const Columns columns = passes.columns(2);
+    passes.exactly([&] {
+        complete(
+            scaledBackwardPass(passes, o, T, scale, alternating(columns),
+                               [&](int t, const double* column) { storeColumn(beta, t, column); }));
+    });
     return beta;
 }
 
 double scaledLikelihood(const Parameters& parameters, const int* o, int T, double* scale) {
     if (T < 1) return 0.0;
-    ForwardColumn column(parameters);
-    column.start(o[0]);
-    scale[0] = normalise(column.alpha);
-    for (int t = 1; t < T; ++t) {
-        column.advance(o[t]);
-        scale[t] = normalise(column.alpha);
-    }
+    Passes passes(parameters, o, T);
+    passes.exactly([&] { scaleFactors(passes, {{o, T, scale}}); });
     return logLikelihoodOf(scale, T);
+}
+
+void scaledForward(Passes& passes, const std::vector<Track>& tracks,
+                   const std::vector<Columns>& alpha) {
+    completeAll(tracks, [&](std::size_t k) {
+        return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale, all(alpha[k]),
+                                 asItIs);
+    });
+}
+
+void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
+                    const std::vector<Columns>& beta) {
+    completeAll(tracks, [&](std::size_t k) {
+        return scaledBackwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale, all(beta[k]),
+                                  asItIs);
+    });
+}
+
+void scaleFactors(Passes& passes, const std::vector<Track>& tracks) {
+    std::vector<Columns> columns;
+    for (std::size_t k = 0; k < tracks.size(); ++k) columns.push_back(passes.columns(2));
+    completeAll(tracks, [&](std::size_t k) {
+        return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale,
+                                 alternating(columns[k]), asItIs);
+    });
 }
 
 double logLikelihoodOf(const double* scale, int T) {

@@ -7,6 +7,7 @@
 #include <vesk/leftright/internal/ScaledPasses.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
 
 namespace Vesk::ML {
@@ -15,10 +16,8 @@ namespace {
 using Vesk::Math::MatrixT;
 
 /// P(O) of the model that a plain alpha belongs to.
-double likelihoodOf(const MatrixT<double>& alpha) {
-    double sum = 0.0;
-    for (int i = 0; i < alpha.rows; ++i) sum += alpha(i, alpha.cols - 1);
-    return sum;
+double likelihoodOf(const internal::Columns& alpha, int N, int T) {
+    return internal::orderedSum(alpha[T - 1], N);
 }
 
 /// Tells standard output what the fixed operation tells: the likelihoods before a candidate is
@@ -44,47 +43,121 @@ struct Observing {
     bool onStep(const TrainingStep& step) { return !observer || observer(step); }
 };
 
+/// The sequences that training looks at, in groups that are taken together.
+class TrainingSet {
+public:
+    TrainingSet(const std::vector<std::vector<int>>& sequences, unsigned int vocabSize) {
+        for (const std::vector<int>& s : sequences) {
+            if (s.empty()) continue;
+            const auto L = static_cast<int>(s.size());
+            const int* o = internal::observed(s, L, vocabSize);
+            if (groups.empty() || groups.back().size() == internal::passesTogether) {
+                groups.emplace_back();
+            }
+            groups.back().push_back({o, L, nullptr});
+            longest = std::max(longest, L);
+            total += L;
+            symbols = std::max(symbols, *std::max_element(o, o + L) + 1);
+        }
+        scale.resize(internal::passesTogether * static_cast<std::size_t>(longest));
+        for (std::vector<internal::Track>& group : groups) {
+            double* room = scale.data();
+            for (internal::Track& track : group) {
+                track.scale = room;
+                room += longest;
+            }
+        }
+    }
+
+    /// The model's passes, for all of the sequences.
+    internal::Passes passesOf(const internal::Parameters& parameters) const {
+        internal::Passes passes(parameters, symbols, total);
+        for (const std::vector<internal::Track>& group : groups) {
+            for (const internal::Track& track : group) passes.emissions.add(track.o, track.T);
+        }
+        return passes;
+    }
+
+    /// Tables that any group's sequences fit in.
+    std::vector<internal::Columns> tables(const internal::Passes& passes) const {
+        std::vector<internal::Columns> columns;
+        if (groups.empty()) return columns;
+        // The first group is the largest.
+        for (std::size_t k = 0; k < groups[0].size(); ++k) {
+            columns.push_back(passes.columns(longest));
+        }
+        return columns;
+    }
+
+    std::vector<std::vector<internal::Track>> groups;
+    int longest = 0;
+
+private:
+    int symbols = 0;
+    std::int64_t total = 0;
+    std::vector<double> scale;  ///< of the group that is under way
+};
+
+/// ln P of a group's sequences, whose scale factors are known, added to a sum one by one.
+void addLogLikelihoods(const std::vector<internal::Track>& group, double& sum) {
+    for (const internal::Track& track : group) {
+        sum += internal::logLikelihoodOf(track.scale, track.T);
+    }
+}
+
+/// New a and b from the posteriors of all sequences. Returns their log likelihood under the model.
+double reestimate(const internal::Parameters& parameters, int M, const TrainingSet& set,
+                  MatrixT<double>& a, MatrixT<double>& b) {
+    internal::Passes passes = set.passesOf(parameters);
+    const std::vector<internal::Columns> alpha = set.tables(passes);
+    const std::vector<internal::Columns> beta = set.tables(passes);
+    double sum = 0.0;
+    passes.exactly([&] {
+        internal::Reestimation reestimation(passes, M);
+        sum = 0.0;
+        for (const std::vector<internal::Track>& group : set.groups) {
+            internal::scaledForward(passes, group, alpha);
+            internal::scaledBackward(passes, group, beta);
+            for (std::size_t k = 0; k < group.size(); ++k) {
+                reestimation.add(group[k].o, group[k].T, alpha[k], beta[k]);
+            }
+            addLogLikelihoods(group, sum);
+        }
+        reestimation.estimate(a, b);
+    });
+    return sum;
+}
+
+double logLikelihood(const internal::Parameters& parameters, const TrainingSet& set) {
+    internal::Passes passes = set.passesOf(parameters);
+    double sum = 0.0;
+    for (const std::vector<internal::Track>& group : set.groups) {
+        passes.exactly([&] { internal::scaleFactors(passes, group); });
+        addLogLikelihoods(group, sum);
+    }
+    return sum;
+}
+
 /// The rules of training on several sequences.
 template <typename Reporter>
 void train(LeftRightHMM& model, const std::vector<std::vector<int>>& sequences, int maxIterations,
            Reporter reporter) {
     if (maxIterations == 0) return;
-    std::size_t longest = 0;
-    for (const std::vector<int>& s : sequences) longest = std::max(longest, s.size());
-    std::vector<double> scale(longest);
-    const auto longestT = static_cast<int>(longest);
-    internal::Parameters p = internal::parametersFor(model, model.vocabSize, longestT);
+    const TrainingSet set(sequences, model.vocabSize);
     const auto M = static_cast<int>(model.vocabSize);
-    internal::Reestimation reestimation(p.N, M);
+    internal::Parameters p = internal::parametersFor(model, model.vocabSize, set.longest);
     MatrixT<double> newA;
     MatrixT<double> newB;
 
     for (long n = 0; maxIterations < 0 || n < maxIterations; ++n) {
-        reestimation.clear();
-        double oldLog = 0.0;
-        for (const std::vector<int>& s : sequences) {
-            if (s.empty()) continue;
-            const auto L = static_cast<int>(s.size());
-            const int* o = internal::observed(s, L, M);
-            const MatrixT<double> alpha = internal::scaledForward(p, o, L, scale.data());
-            const MatrixT<double> beta = internal::scaledBackward(p, o, L, scale.data());
-            reestimation.add(p, o, L, alpha, beta);
-            oldLog += internal::logLikelihoodOf(scale.data(), L);
-        }
-        reestimation.estimate(newA, newB);
-
-        const internal::Parameters candidate = internal::candidate(p.pi, newA, newB);
-        double newLog = 0.0;
-        for (const std::vector<int>& s : sequences) {
-            newLog += internal::scaledLikelihood(candidate, s.data(), static_cast<int>(s.size()),
-                                                 scale.data());
-        }
+        const double oldLog = reestimate(p, M, set, newA, newB);
+        const double newLog = logLikelihood(internal::candidate(p.pi, newA, newB), set);
         reporter.onLikelihoods(oldLog, newLog);
         const bool accepted = newLog - oldLog >= static_cast<double>(model.convergenceThreshold);
         if (accepted) {
             model.a.swap(newA);
             model.b.swap(newB);
-            p = internal::parametersFor(model, model.vocabSize, longestT);
+            p = internal::parametersFor(model, model.vocabSize, set.longest);
         }
         const bool goOn = reporter.onStep({n, oldLog, newLog, accepted});
         if (!accepted || !goOn) return;

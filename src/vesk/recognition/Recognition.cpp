@@ -49,7 +49,8 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
     for (std::size_t i = 0; i < model.gestures.size(); ++i) {
         const std::vector<double> alpha = internal::lastForwardColumn(
             internal::parametersFor(*model.gestures[i], alphabet, T), o, T);
-        const double probability = internal::orderedSum(alpha);
+        const double probability =
+            internal::orderedSum(alpha.data(), static_cast<int>(alpha.size()));
         observer.onProbability(i, probability * weight);
         // gamma at the last time: beta is 1 there, so its denominator is the probability itself.
         const double gamma = internal::divide(alpha.back(), probability);

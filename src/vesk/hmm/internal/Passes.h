@@ -1,43 +1,163 @@
 #ifndef VESK_HMM_INTERNAL_PASSES_H
 #define VESK_HMM_INTERNAL_PASSES_H
 
+#include <vesk/hmm/internal/Columns.h>
+#include <vesk/hmm/internal/Emissions.h>
 #include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Transitions.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <new>
 #include <vector>
 
 namespace Vesk::ML::internal {
 
-/// The forward recurrence, one column of alpha at a time (Rabiner 1989, eqs. 19, 20).
-class ForwardColumn {
+/// A model laid out for passes over sequences of its symbols.
+class Passes {
 public:
-    explicit ForwardColumn(const Parameters& parameters);
+    /// Borrows the parameters. All symbols of all sequences, which have `length` symbols together,
+    /// lie below `symbols`; `emissions` has to be told of each.
+    Passes(const Parameters& parameters, int symbols, std::int64_t length)
+        : N(parameters.N),
+          P(padded(parameters.N)),
+          transitions(parameters.a),
+          emissions(parameters.b, symbols, length, transitions.margin()),
+          pi(parameters.pi) {}
 
-    std::vector<double> alpha;  ///< N: the present column; scaling changes it in place
+    /// For passes over o[0..T-1], T >= 1.
+    Passes(const Parameters& parameters, const int* o, int T)
+        : Passes(parameters, *std::max_element(o, o + T) + 1, T) {
+        emissions.add(o, T);
+    }
 
-    void start(int symbol);
-    void advance(int symbol);
+    const int N;
+    const int P;
+    Transitions transitions;
+    Emissions emissions;
 
-private:
-    Parameters p;
-    std::vector<double> sums;
+    /// Of a table of that many times. std::bad_alloc where its positions do not fit 32 bits.
+    Columns columns(int count) const {
+        if (std::int64_t{N} * count > std::numeric_limits<std::int32_t>::max()) {
+            throw std::bad_alloc();
+        }
+        return {static_cast<std::size_t>(count), N, transitions.margin()};
+    }
+
+    /// Runs passes that leave terms out, and once more with all terms where those would have
+    /// mattered. The emissions of all symbols have been added.
+    template <typename Run>
+    void exactly(Run run) {
+        if (!emissions.finite()) transitions.takeAllTerms();
+        run();
+        if (transitions.exact()) return;
+        transitions.takeAllTerms();
+        run();
+    }
+
+    const double* const pi;
 };
 
-/// The backward recurrence (Rabiner 1989, eq. 25): one column of beta from the next.
-class BackwardColumn {
+/// A forward pass (Rabiner 1989, eqs. 19, 20), a column of alpha at each step. alpha(t) is where
+/// column t goes; finish(t, column) is called on it before the next is made from it.
+template <typename At, typename Finish>
+class ForwardPass {
 public:
-    /// All of the column is `last`.
-    BackwardColumn(const Parameters& parameters, double last);
+    ForwardPass(Passes& passes, const int* o, int T, At alpha, Finish finish)
+        : passes(&passes), o(o), T(T), alpha(alpha), finish(finish) {}
 
-    std::vector<double> beta;  ///< N: the present column; scaling changes it in place
+    bool done() const { return t >= T; }
 
-    /// Steps back over `symbol`, the one observed at the present column's time.
-    void retreat(int symbol);
+    void step() {
+        double* next = alpha(t);
+        const double* e = passes->emissions[o[t]];
+        if (t == 0) {
+            for (int i = 0; i < passes->N; ++i) next[i] = passes->pi[i] * e[i];
+        } else {
+            passes->transitions.forward(column, e, next);
+        }
+        finish(t, next);
+        column = next;
+        ++t;
+    }
 
 private:
-    Parameters p;
-    std::vector<double> emission;
-    std::vector<double> sums;
+    Passes* passes;
+    const int* o;
+    int T;
+    At alpha;
+    Finish finish;
+    int t = 0;
+    const double* column = nullptr;
 };
+
+/// A backward pass (eq. 25) in the same way, from a last column of one value.
+template <typename At, typename Finish>
+class BackwardPass {
+public:
+    BackwardPass(Passes& passes, const int* o, int T, double last, At beta, Finish finish)
+        : passes(&passes), o(o), last(last), beta(beta), finish(finish), t(T - 1) {}
+
+    bool done() const { return t < 0; }
+
+    void step() {
+        double* next = beta(t);
+        if (column == nullptr) {
+            std::fill_n(next, passes->N, last);
+        } else {
+            passes->transitions.backward(column, passes->emissions[o[t + 1]], next);
+        }
+        finish(t, next);
+        column = next;
+        --t;
+    }
+
+private:
+    Passes* passes;
+    const int* o;
+    double last;
+    At beta;
+    Finish finish;
+    int t;
+    const double* column = nullptr;
+};
+
+template <typename Pass>
+void complete(Pass pass) {
+    while (!pass.done()) pass.step();
+}
+
+/// Takes passes to their ends in step. Each step waits for the one before it; the processor goes
+/// on with another pass meanwhile.
+template <typename Pass>
+void completeTogether(std::vector<Pass>& passes) {
+    for (bool moved = true; moved;) {
+        moved = false;
+        for (Pass& pass : passes) {
+            if (pass.done()) continue;
+            pass.step();
+            moved = true;
+        }
+    }
+}
+
+/// How many passes are worth taking together.
+inline constexpr std::size_t passesTogether = 4;
+
+/// Where a pass that keeps every column puts column t, and where one that keeps two does.
+inline auto all(const Columns& table) {
+    return [&table](int t) { return table[t]; };
+}
+inline auto alternating(const Columns& two) {
+    return [&two](int t) { return two[t & 1]; };
+}
+
+/// For passes whose columns need no finish.
+inline constexpr auto asItIs = [](int, const double*) {};
+
+/// Writes a column of a table.
+void storeColumn(MatrixT<double>& table, int t, const double* column);
 
 /// alpha and beta, N x T; N x 0 for T < 1.
 MatrixT<double> forward(const Parameters& parameters, const int* o, int T);
@@ -53,9 +173,11 @@ double forwardLikelihood(const Parameters& parameters, const int* o, int T);
 double backwardLikelihood(const Parameters& parameters, const int* o, int T);
 
 /// The sum of the values in order.
-double orderedSum(const std::vector<double>& values);
-
-void storeColumn(MatrixT<double>& table, int t, const std::vector<double>& column);
+inline double orderedSum(const double* values, int count) {
+    double sum = 0.0;
+    for (int i = 0; i < count; ++i) sum += values[i];
+    return sum;
+}
 
 }  // namespace Vesk::ML::internal
 

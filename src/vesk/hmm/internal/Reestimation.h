@@ -1,29 +1,27 @@
 #ifndef VESK_HMM_INTERNAL_REESTIMATION_H
 #define VESK_HMM_INTERNAL_REESTIMATION_H
 
+#include <vesk/hmm/internal/Columns.h>
 #include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Passes.h>
 
 #include <vector>
 
 namespace Vesk::ML::internal {
 
-/// gamma(., t), one value a state (Rabiner 1989, eq. 27), from plain or scaled tables.
-void posteriors(const MatrixT<double>& alpha, const MatrixT<double>& beta, int t,
-                std::vector<double>& gamma);
+/// gamma(., 0), N values (Rabiner 1989, eq. 27), from plain or scaled tables.
+std::vector<double> firstPosteriors(const Columns& alpha, const Columns& beta, int N);
 
 /// Collects posteriors over sequences and turns them into new transitions and emissions: the
 /// M-step that all trainers share. alpha and beta may be plain or scaled, since the posteriors
 /// normalise themselves.
 class Reestimation {
 public:
-    Reestimation(int numStates, int vocabSize);
-
-    /// Forgets what was added.
-    void clear();
+    /// For sequences that the model's passes are made over.
+    Reestimation(Passes& passes, int vocabSize);
 
     /// Adds xi(i, j, t) and gamma(i, t) of one sequence, in the order of time.
-    void add(const Parameters& parameters, const int* o, int T, const MatrixT<double>& alpha,
-             const MatrixT<double>& beta);
+    void add(const int* o, int T, const Columns& alpha, const Columns& beta);
 
     /// a(i, j) = sum of xi(i, j, t) / sum of gamma(i, t), t up to T-2 (Rabiner 1989, eq. 40b);
     /// b(i, k) = gamma(i, t) summed over the times that show k / summed over those that do not.
@@ -31,18 +29,33 @@ public:
     void estimate(MatrixT<double>& a, MatrixT<double>& b) const;
 
 private:
-    void addTransitions(const Parameters& parameters, const int* o, int t,
-                        const MatrixT<double>& alpha, const MatrixT<double>& beta);
-    void addEmissions(int symbol);
+    /// Times that are added together: columns of each, and for the first `steps` of them those of
+    /// the time after.
+    struct Tile {
+        int times;
+        int steps;
+        const double* alpha[Vesk::Kernels::tileTimes];
+        const double* beta[Vesk::Kernels::tileTimes];
+        const double* nextEmissions[Vesk::Kernels::tileTimes];
+        const double* nextBeta[Vesk::Kernels::tileTimes];
+    };
 
+    void addPosteriors(const int* o, const Tile& tile);
+    void addTransitions(const Tile& tile);
+
+    Passes& passes;
     int N;
+    int P;
     int M;
-    std::vector<double> gamma;        ///< N: at the time being added
-    std::vector<double> terms;        ///< N x N: xi's products at the time being added
-    std::vector<double> transitions;  ///< N x N: sums of xi
-    std::vector<double> departures;   ///< N: sums of gamma over t up to T-2
-    std::vector<double> matched;      ///< N x M: sums of gamma where the symbol was seen
-    std::vector<double> unmatched;    ///< N x M: sums of gamma where another was
+    Values transitions;  ///< sums of xi: N x P, or a band's diagonals by P
+    Values departures;   ///< P: sums of gamma over t up to T-2
+    Values matched;      ///< M x P: sums of gamma where the symbol was seen
+    Values unmatched;    ///< M x P: sums of gamma where another was
+    // Of the tile that is being added:
+    Values alphaTile;
+    Values betaTile;
+    Values emissionTile;
+    Values gamma;  ///< a column of P for each time
 };
 
 }  // namespace Vesk::ML::internal

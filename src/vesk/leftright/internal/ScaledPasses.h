@@ -1,7 +1,9 @@
 #ifndef VESK_LEFTRIGHT_INTERNAL_SCALEDPASSES_H
 #define VESK_LEFTRIGHT_INTERNAL_SCALEDPASSES_H
 
-#include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Passes.h>
+
+#include <vector>
 
 namespace Vesk::ML::internal {
 
@@ -14,6 +16,23 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
 
 /// ln P(o) from a forward pass that keeps no table; 0.0 for T < 1. Fills `scale`.
 double scaledLikelihood(const Parameters& parameters, const int* o, int T, double* scale);
+
+/// A sequence of T >= 1 symbols and room for as many scale factors.
+struct Track {
+    const int* o;
+    int T;
+    double* scale;
+};
+
+/// The passes over several sequences together, into a table for each; to be run by
+/// `Passes::exactly`.
+void scaledForward(Passes& passes, const std::vector<Track>& tracks,
+                   const std::vector<Columns>& alpha);
+void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
+                    const std::vector<Columns>& beta);
+
+/// Fills the scale factors of several sequences with forward passes that keep no tables.
+void scaleFactors(Passes& passes, const std::vector<Track>& tracks);
 
 /// ln P(o) from the factors of a forward pass.
 double logLikelihoodOf(const double* scale, int T);

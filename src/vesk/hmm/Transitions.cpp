@@ -1,0 +1,138 @@
+#include <vesk/hmm/internal/Transitions.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace Vesk::ML::internal {
+namespace {
+
+/// Fewer states than these are not worth a test for even rows.
+constexpr int leastEvenStates = 32;
+
+}  // namespace
+
+Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a) {
+    const int N = a.rows;
+    Diagonals used{N, -N};
+    for (int i = 0; i < N && (used.lo > 1 - N || used.hi < N - 1); ++i) {
+        const double* row = a.row(i);
+        // Only what lies outside of the diagonals found so far has to be looked at.
+        int first = 0;
+        while (first < N && first < i + used.lo && row[first] == 0.0) ++first;
+        if (first < N) used.lo = std::min(used.lo, first - i);
+        int last = N - 1;
+        while (last >= 0 && last > i + used.hi && row[last] == 0.0) --last;
+        if (last >= 0) used.hi = std::max(used.hi, last - i);
+    }
+    if (used.lo > used.hi) return {0, 0};
+    return used;
+}
+
+Transitions::Transitions(Vesk::Math::internal::Table<const double> transitions)
+    : a(transitions), N(transitions.rows), P(padded(transitions.rows)) {
+    if (N >= leastEvenStates && rowsAreEven()) {
+        form = Form::Even;
+        products = Values(4, P);
+        double* self = products.get();
+        double* other = self + P;
+        for (int i = 0; i < N; ++i) {
+            self[i] = a(i, i);
+            other[i] = a(i, i == 0 ? 1 : 0);
+        }
+        return;
+    }
+    const Diagonals used = diagonalsOf(a);
+    if (2 * (used.hi - used.lo) < N - 1) layOutBand(used);
+}
+
+bool Transitions::rowsAreEven() const {
+    for (int i = 0; i < N; ++i) {
+        const double* row = a.row(i);
+        const double value = row[i == 0 ? 1 : 0];
+        for (int j = 0; j < N; ++j) {
+            if (row[j] != value && j != i) return false;
+        }
+    }
+    return true;
+}
+
+void Transitions::layOutBand(Diagonals used) {
+    form = Form::Band;
+    reach = std::max(std::abs(used.lo), std::abs(used.hi));
+    const int width = used.hi - used.lo + 1;
+    bandValues = Values(2 * static_cast<std::size_t>(width), P);
+    double* departing = bandValues.get();
+    double* arriving = departing + std::ptrdiff_t{P} * width;
+    for (int i = 0; i < N; ++i) {
+        const int end = std::min(i + used.hi + 1, N);
+        for (int j = std::max(i + used.lo, 0); j < end; ++j) {
+            const int d = j - i;
+            departing[std::ptrdiff_t{P} * (d - used.lo) + i] = a(i, j);
+            arriving[std::ptrdiff_t{P} * (used.hi - d) + j] = a(i, j);
+        }
+    }
+    band = {used.lo, used.hi, departing, arriving};
+}
+
+const double* Transitions::rows() {
+    if (denseRows != nullptr) return denseRows;
+    if (N == P) {
+        denseRows = a.data;
+        stride = a.stride;
+    } else {
+        packedRows = Values(static_cast<std::size_t>(N), P);
+        for (int i = 0; i < N; ++i)
+            std::copy_n(a.row(i), N, packedRows.get() + std::ptrdiff_t{P} * i);
+        denseRows = packedRows.get();
+        stride = P;
+    }
+    return denseRows;
+}
+
+void Transitions::layOutColumns() {
+    columns = Values(static_cast<std::size_t>(N), P);
+    for (int i = 0; i < N; ++i) {
+        const double* row = a.row(i);
+        double* to = columns.get() + i;
+        for (int j = 0; j < N; ++j, to += P) *to = row[j];
+    }
+}
+
+void Transitions::forward(const double* from, const double* e, double* to) {
+    const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
+    switch (form) {
+        case Form::Band: kernels.forwardBand(from, band, e, to, P, watch); break;
+        case Form::Even: {
+            double* self = products.get();
+            double* other = self + P;
+            kernels.multiply(from, self, self + 2 * P, P);
+            kernels.multiply(from, other, self + 3 * P, P);
+            kernels.forwardEven(self + 3 * P, self + 2 * P, e, to, N, P);
+            break;
+        }
+        case Form::Dense: {
+            const double* aRows = rows();
+            kernels.forward(from, aRows, stride, e, to, N, P);
+            break;
+        }
+    }
+}
+
+void Transitions::backward(const double* next, const double* e, double* to) {
+    const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
+    if (form == Form::Band) {
+        kernels.backwardBand(next, band, e, to, P, watch);
+        return;
+    }
+    if (columns.get() == nullptr) layOutColumns();
+    kernels.backward(next, columns.get(), P, e, to, N, P);
+}
+
+bool Transitions::exact() const {
+    return std::all_of(std::begin(watch), std::end(watch),
+                       [](double value) { return value == 0.0; });
+}
+
+void Transitions::takeAllTerms() { form = Form::Dense; }
+
+}  // namespace Vesk::ML::internal

@@ -1,0 +1,75 @@
+#ifndef VESK_HMM_INTERNAL_TRANSITIONS_H
+#define VESK_HMM_INTERNAL_TRANSITIONS_H
+
+#include <vesk/hmm/internal/Columns.h>
+#include <vesk/kernels/internal/Kernels.h>
+#include <vesk/math/internal/Table.h>
+
+namespace Vesk::ML::internal {
+
+/// The diagonals d = j - i of a that hold all its values but zeros: lo <= d <= hi.
+struct Diagonals {
+    int lo;
+    int hi;
+};
+Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a);
+
+/// A model's transitions, laid out for the kernels once for many steps.
+///
+/// Three forms are told apart, since the model's fields are anybody's: dense; a band around the
+/// diagonal, as of a left-right model; and rows of one value off the diagonal, as of a combined
+/// model. Terms outside of the band are products with zero: they change no sum unless their other
+/// factors are infinite or NaN. `exact` tells after the steps whether that was so; if not, they
+/// have to be taken again after `takeAllTerms`.
+class Transitions {
+public:
+    /// Borrows a, N x N.
+    explicit Transitions(Vesk::Math::internal::Table<const double> a);
+
+    int margin() const { return reach; }
+
+    /// to[j] = (sum over i of from[i] * a(i, j)) * e[j], in the order of i.
+    void forward(const double* from, const double* e, double* to);
+
+    /// to[i] = sum over j of (next[j] * a(i, j)) * e[j], in the order of j.
+    void backward(const double* next, const double* e, double* to);
+
+    /// Whether no step left out a term that could have mattered.
+    bool exact() const;
+
+    /// Terms are no more left out: dense from now on.
+    void takeAllTerms();
+
+    bool isBand() const { return form == Form::Band; }
+    const Vesk::Kernels::Band& diagonals() const { return band; }
+
+    /// Rows of a, padded, `rowStride` apart.
+    const double* rows();
+    std::ptrdiff_t rowStride() const { return stride; }
+
+    const Vesk::Math::internal::Table<const double> a;
+
+private:
+    enum class Form { Dense, Band, Even };
+
+    bool rowsAreEven() const;
+    void layOutBand(Diagonals used);
+    void layOutColumns();
+
+    int N;
+    int P;
+    Form form = Form::Dense;
+    int reach = 0;
+    Vesk::Kernels::Band band{};
+    Values bandValues;
+    const double* denseRows = nullptr;
+    std::ptrdiff_t stride = 0;
+    Values packedRows;
+    Values columns;   ///< a by columns, for the way back
+    Values products;  ///< of the even form: 4 columns
+    double watch[Vesk::Kernels::lanes] = {};
+};
+
+}  // namespace Vesk::ML::internal
+
+#endif
