@@ -12,13 +12,12 @@ constexpr std::int64_t mostSlotsEach = 8;
 
 }  // namespace
 
-Emissions::Emissions(Vesk::Math::internal::Table<const double> b, int symbols, std::int64_t length,
-                     int margin)
+Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int symbols,
+                     std::int64_t length, int margin)
     : b(b),
-      columns(static_cast<std::size_t>(std::min<std::int64_t>(symbols, length)), b.rows, margin) {
-    if (symbols <= mostSlotsEach * (length + 8)) {
-        slots.assign(static_cast<std::size_t>(symbols), -1);
-    }
+      columns(scratch, static_cast<std::size_t>(std::min<std::int64_t>(symbols, length)), b.rows,
+              margin) {
+    if (symbols <= mostSlotsEach * (length + 8)) slots = scratch.filled(1, symbols, -1);
 }
 
 void Emissions::add(const int* o, int T) {
@@ -41,8 +40,8 @@ void Emissions::takeLogarithms() {
 
 /// Whether the symbol had no column yet; it then gets the next one.
 bool Emissions::isNew(int symbol) {
-    if (slots.empty()) return sparseSlots.try_emplace(symbol, used).second;
-    int& slot = slots[static_cast<std::size_t>(symbol)];
+    if (slots == nullptr) return sparseSlots.try_emplace(symbol, used).second;
+    int& slot = slots[symbol];
     if (slot >= 0) return false;
     slot = used;
     return true;

@@ -9,7 +9,8 @@ void storeColumn(MatrixT<double>& table, int t, const double* column) {
 MatrixT<double> forward(const Parameters& parameters, const int* o, int T) {
     MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return alpha;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(ForwardPass(passes, o, T, alternating(columns),
@@ -21,7 +22,8 @@ MatrixT<double> forward(const Parameters& parameters, const int* o, int T) {
 MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
     MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return beta;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(BackwardPass(passes, o, T, 1.0, alternating(columns),
@@ -31,7 +33,8 @@ MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
 }
 
 std::vector<double> lastForwardColumn(const Parameters& parameters, const int* o, int T) {
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly([&] { complete(ForwardPass(passes, o, T, alternating(columns), asItIs)); });
     const double* last = alternating(columns)(T - 1);
@@ -46,7 +49,8 @@ double forwardLikelihood(const Parameters& parameters, const int* o, int T) {
 
 double backwardLikelihood(const Parameters& parameters, const int* o, int T) {
     if (T < 1) return 0.0;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly(
         [&] { complete(BackwardPass(passes, o, T, 1.0, alternating(columns), asItIs)); });

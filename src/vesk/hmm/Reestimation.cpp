@@ -27,15 +27,15 @@ Reestimation::Reestimation(Passes& passes, int vocabSize)
       N(passes.N),
       P(passes.P),
       M(vocabSize),
-      transitions(size(passes.transitions.isBand() ? passes.transitions.diagonals().width() : N),
-                  P),
-      departures(size(P)),
-      matched(size(M), P),
-      unmatched(size(M), P),
-      alphaTile(size(P), tileTimes),
-      betaTile(size(P), tileTimes),
-      emissionTile(size(P), tileTimes),
-      gamma(size(P), tileTimes) {}
+      transitions(passes.scratch.zeros(
+          size(passes.transitions.isBand() ? passes.transitions.diagonals().width() : N), P)),
+      departures(passes.scratch.zeros(1, P)),
+      matched(passes.scratch.zeros(size(M), P)),
+      unmatched(passes.scratch.zeros(size(M), P)),
+      alphaTile(passes.scratch.zeros(tileTimes, P)),
+      betaTile(passes.scratch.zeros(tileTimes, P)),
+      emissionTile(passes.scratch.zeros(tileTimes, P)),
+      gamma(passes.scratch.zeros(tileTimes, P)) {}
 
 void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns& beta) {
     for (int t = 0; t < T; t += tileTimes) {
@@ -50,7 +50,7 @@ void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns&
             tile.nextEmissions[u] = passes.emissions[o[t + u + 1]];
             tile.nextBeta[u] = beta[t + u + 1];
         }
-        kernels().transpose(tile.alpha, tile.times, alphaTile.get(), P);
+        kernels().transpose(tile.alpha, tile.times, alphaTile, P);
         addPosteriors(o + t, tile);
         if (tile.steps > 0) addTransitions(tile);
     }
@@ -58,36 +58,36 @@ void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns&
 
 void Reestimation::addPosteriors(const int* o, const Tile& tile) {
     double sums[tileTimes];
-    kernels().transpose(tile.beta, tile.times, betaTile.get(), P);
-    kernels().posteriorSums(alphaTile.get(), betaTile.get(), N, sums);
+    kernels().transpose(tile.beta, tile.times, betaTile, P);
+    kernels().posteriorSums(alphaTile, betaTile, N, sums);
     for (int u = 0; u < tile.times; ++u) {
-        double* column = gamma.get() + std::ptrdiff_t{P} * u;
+        double* column = gamma + std::ptrdiff_t{P} * u;
         kernels().posteriors(tile.alpha[u], tile.beta[u], sums[u], column, P);
         // A symbol outside the alphabet, which the caller has to keep away, equals no k.
         if (o[u] < 0 || o[u] >= M) continue;
-        kernels().addColumns(column, 1, matched.get() + std::ptrdiff_t{P} * o[u], P);
+        kernels().addColumns(column, 1, matched + std::ptrdiff_t{P} * o[u], P);
     }
-    kernels().addToOthers(gamma.get(), o, tile.times, unmatched.get(), M, P);
-    kernels().addColumns(gamma.get(), tile.steps, departures.get(), P);
+    kernels().addToOthers(gamma, o, tile.times, unmatched, M, P);
+    kernels().addColumns(gamma, tile.steps, departures, P);
 }
 
 void Reestimation::addTransitions(const Tile& tile) {
-    kernels().transpose(tile.nextEmissions, tile.steps, emissionTile.get(), P);
-    kernels().transpose(tile.nextBeta, tile.steps, betaTile.get(), P);
+    kernels().transpose(tile.nextEmissions, tile.steps, emissionTile, P);
+    kernels().transpose(tile.nextBeta, tile.steps, betaTile, P);
     Transitions& model = passes.transitions;
     const bool banded = model.isBand();
     const int lo = banded ? model.diagonals().lo : 1 - N;
     const int hi = banded ? model.diagonals().hi : N - 1;
     double sums[tileTimes];
-    kernels().jointSums(alphaTile.get(), emissionTile.get(), betaTile.get(), model.a.data,
-                        model.a.stride, N, lo, hi, sums);
+    kernels().jointSums(alphaTile, emissionTile, betaTile, model.a.data, model.a.stride, N, lo, hi,
+                        sums);
     if (banded) {
         kernels().addJointBand(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps,
-                               model.diagonals(), transitions.get(), P);
+                               model.diagonals(), transitions, P);
     } else {
         const double* rows = model.rows();
         kernels().addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows,
-                           model.rowStride(), transitions.get(), N, P);
+                           model.rowStride(), transitions, N, P);
     }
 }
 
@@ -96,9 +96,9 @@ void Reestimation::estimate(MatrixT<double>& a, MatrixT<double>& b) const {
     b.resize(N, M);
     const Transitions& model = passes.transitions;
     const int lo = model.isBand() ? model.diagonals().lo : 0;
-    const double* sum = transitions.get();
+    const double* sum = transitions;
     for (int i = 0; i < N; ++i) {
-        const double leaving = departures.get()[i];
+        const double leaving = departures[i];
         if (model.isBand()) {
             for (int j = 0; j < N; ++j) {
                 const int q = j - i - lo;
@@ -112,7 +112,7 @@ void Reestimation::estimate(MatrixT<double>& a, MatrixT<double>& b) const {
         }
         for (int k = 0; k < M; ++k) {
             const std::ptrdiff_t at = std::ptrdiff_t{P} * k + i;
-            b(i, k) = divide(matched.get()[at], unmatched.get()[at]);
+            b(i, k) = divide(matched[at], unmatched[at]);
         }
     }
 }

@@ -18,7 +18,8 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
     MatrixT<double> bNew;
 
     for (long adopted = 0; maxIterations < 0 || adopted < maxIterations; ++adopted) {
-        Passes passes(p, o, T);
+        Scratch scratch;
+        Passes passes(scratch, p, o, T);
         const Columns alpha = passes.columns(T);
         const Columns beta = passes.columns(T);
         passes.exactly([&] {

@@ -1,5 +1,7 @@
 #include <vesk/hmm/internal/Transitions.h>
 
+#include <vesk/hmm/internal/Columns.h>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -12,28 +14,37 @@ constexpr int leastEvenStates = 32;
 }  // namespace
 
 Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a) {
+    const auto allZero = [](const double* values, int count) {
+        return Vesk::Kernels::kernels().allEqual(values, 0.0, count);
+    };
     const int N = a.rows;
     Diagonals used{N, -N};
     for (int i = 0; i < N && (used.lo > 1 - N || used.hi < N - 1); ++i) {
-        const double* row = a.row(i);
         // Only what lies outside of the diagonals found so far has to be looked at.
-        int first = 0;
-        while (first < N && first < i + used.lo && row[first] == 0.0) ++first;
-        if (first < N) used.lo = std::min(used.lo, first - i);
-        int last = N - 1;
-        while (last >= 0 && last > i + used.hi && row[last] == 0.0) --last;
-        if (last >= 0) used.hi = std::max(used.hi, last - i);
+        const double* row = a.row(i);
+        const int left = std::clamp(i + used.lo, 0, N);
+        if (!allZero(row, left)) {
+            int first = 0;
+            while (row[first] == 0.0) ++first;
+            used.lo = first - i;
+        }
+        const int right = std::clamp(i + used.hi + 1, 0, N);
+        if (!allZero(row + right, N - right)) {
+            int last = N - 1;
+            while (row[last] == 0.0) --last;
+            used.hi = last - i;
+        }
     }
     if (used.lo > used.hi) return {0, 0};
     return used;
 }
 
-Transitions::Transitions(Vesk::Math::internal::Table<const double> transitions)
-    : a(transitions), N(transitions.rows), P(padded(transitions.rows)) {
+Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const double> transitions)
+    : a(transitions), scratch(scratch), N(transitions.rows), P(padded(transitions.rows)) {
     if (N >= leastEvenStates && rowsAreEven()) {
         form = Form::Even;
-        products = Values(4, P);
-        double* self = products.get();
+        products = scratch.zeros(4, P);
+        double* self = products;
         double* other = self + P;
         for (int i = 0; i < N; ++i) {
             self[i] = a(i, i);
@@ -46,12 +57,11 @@ Transitions::Transitions(Vesk::Math::internal::Table<const double> transitions)
 }
 
 bool Transitions::rowsAreEven() const {
+    const auto allEqual = Vesk::Kernels::kernels().allEqual;
     for (int i = 0; i < N; ++i) {
         const double* row = a.row(i);
         const double value = row[i == 0 ? 1 : 0];
-        for (int j = 0; j < N; ++j) {
-            if (row[j] != value && j != i) return false;
-        }
+        if (!allEqual(row, value, i) || !allEqual(row + i + 1, value, N - i - 1)) return false;
     }
     return true;
 }
@@ -60,8 +70,7 @@ void Transitions::layOutBand(Diagonals used) {
     form = Form::Band;
     reach = std::max(std::abs(used.lo), std::abs(used.hi));
     const int width = used.hi - used.lo + 1;
-    bandValues = Values(2 * static_cast<std::size_t>(width), P);
-    double* departing = bandValues.get();
+    double* departing = scratch.zeros(2 * static_cast<std::size_t>(width), P);
     double* arriving = departing + std::ptrdiff_t{P} * width;
     for (int i = 0; i < N; ++i) {
         const int end = std::min(i + used.hi + 1, N);
@@ -79,21 +88,20 @@ const double* Transitions::rows() {
     if (N == P) {
         denseRows = a.data;
         stride = a.stride;
-    } else {
-        packedRows = Values(static_cast<std::size_t>(N), P);
-        for (int i = 0; i < N; ++i)
-            std::copy_n(a.row(i), N, packedRows.get() + std::ptrdiff_t{P} * i);
-        denseRows = packedRows.get();
-        stride = P;
+        return denseRows;
     }
+    double* packed = scratch.zeros(static_cast<std::size_t>(N), P);
+    for (int i = 0; i < N; ++i) std::copy_n(a.row(i), N, packed + std::ptrdiff_t{P} * i);
+    denseRows = packed;
+    stride = P;
     return denseRows;
 }
 
 void Transitions::layOutColumns() {
-    columns = Values(static_cast<std::size_t>(N), P);
+    columns = scratch.zeros(static_cast<std::size_t>(N), P);
     for (int i = 0; i < N; ++i) {
         const double* row = a.row(i);
-        double* to = columns.get() + i;
+        double* to = columns + i;
         for (int j = 0; j < N; ++j, to += P) *to = row[j];
     }
 }
@@ -103,7 +111,7 @@ void Transitions::forward(const double* from, const double* e, double* to) {
     switch (form) {
         case Form::Band: kernels.forwardBand(from, band, e, to, P, watch); break;
         case Form::Even: {
-            double* self = products.get();
+            double* self = products;
             double* other = self + P;
             kernels.multiply(from, self, self + 2 * P, P);
             kernels.multiply(from, other, self + 3 * P, P);
@@ -124,8 +132,8 @@ void Transitions::backward(const double* next, const double* e, double* to) {
         kernels.backwardBand(next, band, e, to, P, watch);
         return;
     }
-    if (columns.get() == nullptr) layOutColumns();
-    kernels.backward(next, columns.get(), P, e, to, N, P);
+    if (columns == nullptr) layOutColumns();
+    kernels.backward(next, columns, P, e, to, N, P);
 }
 
 bool Transitions::exact() const {

@@ -42,7 +42,8 @@ void completeAll(const std::vector<Track>& tracks, MakePass makePass) {
 MatrixT<double> scaledForward(const Parameters& parameters, const int* o, int T, double* scale) {
     MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return alpha;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(
@@ -56,7 +57,8 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
                                const double* scale) {
     MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return beta;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(
@@ -68,7 +70,8 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
 
 double scaledLikelihood(const Parameters& parameters, const int* o, int T, double* scale) {
     if (T < 1) return 0.0;
-    Passes passes(parameters, o, T);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
     passes.exactly([&] { scaleFactors(passes, {{o, T, scale}}); });
     return logLikelihoodOf(scale, T);
 }

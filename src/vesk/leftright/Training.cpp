@@ -70,8 +70,9 @@ public:
     }
 
     /// The model's passes, for all of the sequences.
-    internal::Passes passesOf(const internal::Parameters& parameters) const {
-        internal::Passes passes(parameters, symbols, total);
+    internal::Passes passesOf(internal::Scratch& scratch,
+                              const internal::Parameters& parameters) const {
+        internal::Passes passes(scratch, parameters, symbols, total);
         for (const std::vector<internal::Track>& group : groups) {
             for (const internal::Track& track : group) passes.emissions.add(track.o, track.T);
         }
@@ -108,7 +109,8 @@ void addLogLikelihoods(const std::vector<internal::Track>& group, double& sum) {
 /// New a and b from the posteriors of all sequences. Returns their log likelihood under the model.
 double reestimate(const internal::Parameters& parameters, int M, const TrainingSet& set,
                   MatrixT<double>& a, MatrixT<double>& b) {
-    internal::Passes passes = set.passesOf(parameters);
+    internal::Scratch scratch;
+    internal::Passes passes = set.passesOf(scratch, parameters);
     const std::vector<internal::Columns> alpha = set.tables(passes);
     const std::vector<internal::Columns> beta = set.tables(passes);
     double sum = 0.0;
@@ -129,7 +131,8 @@ double reestimate(const internal::Parameters& parameters, int M, const TrainingS
 }
 
 double logLikelihood(const internal::Parameters& parameters, const TrainingSet& set) {
-    internal::Passes passes = set.passesOf(parameters);
+    internal::Scratch scratch;
+    internal::Passes passes = set.passesOf(scratch, parameters);
     double sum = 0.0;
     for (const std::vector<internal::Track>& group : set.groups) {
         passes.exactly([&] { internal::scaleFactors(passes, group); });

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <unordered_map>
-#include <vector>
 
 namespace Vesk::ML::internal {
 
@@ -16,16 +15,15 @@ class Emissions {
 public:
     /// Borrows b. To be used for symbols 0 .. symbols-1 of sequences that have `length` symbols in
     /// all.
-    Emissions(Vesk::Math::internal::Table<const double> b, int symbols, std::int64_t length,
-              int margin);
+    Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int symbols,
+              std::int64_t length, int margin);
 
     /// Makes room for the symbols o[0..T-1].
     void add(const int* o, int T);
 
     /// e[i] = b(i, symbol), of a symbol that was added.
     const double* operator[](int symbol) const {
-        return columns[slots.empty() ? sparseSlots.find(symbol)->second
-                                     : slots[static_cast<std::size_t>(symbol)]];
+        return columns[slots == nullptr ? sparseSlots.find(symbol)->second : slots[symbol]];
     }
 
     /// Replaces the values of the symbols added by their natural logarithms.
@@ -39,7 +37,7 @@ private:
 
     Vesk::Math::internal::Table<const double> b;
     Columns columns;
-    std::vector<int> slots;                    ///< the column of each symbol; -1: none
+    int* slots = nullptr;                      ///< the column of each symbol; -1: none
     std::unordered_map<int, int> sparseSlots;  ///< instead, where few of many symbols occur
     int used = 0;
     bool allFinite = true;

@@ -19,16 +19,17 @@ class Passes {
 public:
     /// Borrows the parameters. All symbols of all sequences, which have `length` symbols together,
     /// lie below `symbols`; `emissions` has to be told of each.
-    Passes(const Parameters& parameters, int symbols, std::int64_t length)
+    Passes(Scratch& scratch, const Parameters& parameters, int symbols, std::int64_t length)
         : N(parameters.N),
           P(padded(parameters.N)),
-          transitions(parameters.a),
-          emissions(parameters.b, symbols, length, transitions.margin()),
-          pi(parameters.pi) {}
+          transitions(scratch, parameters.a),
+          emissions(scratch, parameters.b, symbols, length, transitions.margin()),
+          pi(parameters.pi),
+          scratch(scratch) {}
 
     /// For passes over o[0..T-1], T >= 1.
-    Passes(const Parameters& parameters, const int* o, int T)
-        : Passes(parameters, *std::max_element(o, o + T) + 1, T) {
+    Passes(Scratch& scratch, const Parameters& parameters, const int* o, int T)
+        : Passes(scratch, parameters, *std::max_element(o, o + T) + 1, T) {
         emissions.add(o, T);
     }
 
@@ -42,7 +43,7 @@ public:
         if (std::int64_t{N} * count > std::numeric_limits<std::int32_t>::max()) {
             throw std::bad_alloc();
         }
-        return {static_cast<std::size_t>(count), N, transitions.margin()};
+        return {scratch, static_cast<std::size_t>(count), N, transitions.margin()};
     }
 
     /// Runs passes that leave terms out, and once more with all terms where those would have
@@ -57,6 +58,7 @@ public:
     }
 
     const double* const pi;
+    Scratch& scratch;
 };
 
 /// A forward pass (Rabiner 1989, eqs. 19, 20), a column of alpha at each step. alpha(t) is where

@@ -47,15 +47,15 @@ private:
     int N;
     int P;
     int M;
-    Values transitions;  ///< sums of xi: N x P, or a band's diagonals by P
-    Values departures;   ///< P: sums of gamma over t up to T-2
-    Values matched;      ///< M x P: sums of gamma where the symbol was seen
-    Values unmatched;    ///< M x P: sums of gamma where another was
+    double* transitions;  ///< sums of xi: N x P, or a band's diagonals by P
+    double* departures;   ///< P: sums of gamma over t up to T-2
+    double* matched;      ///< M x P: sums of gamma where the symbol was seen
+    double* unmatched;    ///< M x P: sums of gamma where another was
     // Of the tile that is being added:
-    Values alphaTile;
-    Values betaTile;
-    Values emissionTile;
-    Values gamma;  ///< a column of P for each time
+    double* alphaTile;
+    double* betaTile;
+    double* emissionTile;
+    double* gamma;  ///< a column of P for each time
 };
 
 }  // namespace Vesk::ML::internal

@@ -1,7 +1,7 @@
 #ifndef VESK_HMM_INTERNAL_TRANSITIONS_H
 #define VESK_HMM_INTERNAL_TRANSITIONS_H
 
-#include <vesk/hmm/internal/Columns.h>
+#include <vesk/hmm/internal/Scratch.h>
 #include <vesk/kernels/internal/Kernels.h>
 #include <vesk/math/internal/Table.h>
 
@@ -24,7 +24,7 @@ Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a);
 class Transitions {
 public:
     /// Borrows a, N x N.
-    explicit Transitions(Vesk::Math::internal::Table<const double> a);
+    Transitions(Scratch& scratch, Vesk::Math::internal::Table<const double> a);
 
     int margin() const { return reach; }
 
@@ -56,17 +56,16 @@ private:
     void layOutBand(Diagonals used);
     void layOutColumns();
 
+    Scratch& scratch;
     int N;
     int P;
     Form form = Form::Dense;
     int reach = 0;
     Vesk::Kernels::Band band{};
-    Values bandValues;
     const double* denseRows = nullptr;
     std::ptrdiff_t stride = 0;
-    Values packedRows;
-    Values columns;   ///< a by columns, for the way back
-    Values products;  ///< of the even form: 4 columns
+    double* columns = nullptr;   ///< a by columns, for the way back
+    double* products = nullptr;  ///< of the even form: factors and products, 4 columns
     double watch[Vesk::Kernels::lanes] = {};
 };
 

@@ -20,6 +20,7 @@ inline void storeIndices(int* p, Index v) { *p = static_cast<int>(v); }
 inline V splat(double x) { return x; }
 inline Index splatIndex(int x) { return x; }
 inline Index positions() { return 0; }
+inline bool noneSet(Index mask) { return mask == 0; }
 #else
 using V = double __attribute__((vector_size(8 * VESK_LANES)));
 using Index = std::int64_t __attribute__((vector_size(8 * VESK_LANES)));
@@ -41,6 +42,11 @@ inline Index positions() {
     Index index;
     for (int l = 0; l < L; ++l) index[l] = l;
     return index;
+}
+inline bool noneSet(Index mask) {
+    std::int64_t any = 0;
+    for (int l = 0; l < L; ++l) any |= mask[l];
+    return any == 0;
 }
 #endif
 
@@ -77,6 +83,17 @@ template <int B, typename Part>
 inline void unrolled(Part part) {
 #pragma GCC unroll 16
     for (int v = 0; v < B; ++v) part(v);
+}
+
+bool allEqual(const double* values, double value, int count) {
+    const V expected = splat(value);
+    Index different{};
+    int i = 0;
+    for (; i + L <= count; i += L) different |= load(values + i) != expected;
+    for (; i < count; ++i) {
+        if (values[i] != value) return false;
+    }
+    return noneSet(different);
 }
 
 void forward(const double* from, const double* a, std::ptrdiff_t stride, const double* e,
@@ -383,9 +400,9 @@ void viterbi(const double* score, const double* logA, const double* logE, int lo
 
 extern const Set VESK_KERNELS;
 const Set VESK_KERNELS = {
-    forward,  backward,      forwardBand, backwardBand,  forwardEven, multiply,
-    divide,   divideGuarded, transpose,   posteriorSums, jointSums,   posteriors,
-    addJoint, addJointBand,  addColumns,  addToOthers,   viterbi,
+    allEqual,   forward,  backward,      forwardBand, backwardBand,  forwardEven,
+    multiply,   divide,   divideGuarded, transpose,   posteriorSums, jointSums,
+    posteriors, addJoint, addJointBand,  addColumns,  addToOthers,   viterbi,
 };
 
 }  // namespace Vesk::Kernels

@@ -31,6 +31,9 @@ struct Band {
 ///
 /// Letters as in HMM. e is a column of emissions, e[j] = b(j, o[t]).
 struct Set {
+    /// Whether all of the values equal `value`. They need not be padded or aligned.
+    bool (*allEqual)(const double* values, double value, int count);
+
     // One step of a pass. A column that `...Band` reads is 0 outside its P values, for as far as
     // the band reaches.
 
