@@ -32,19 +32,48 @@ MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
     return beta;
 }
 
-std::vector<double> lastForwardColumn(const Parameters& parameters, const int* o, int T) {
+std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models, const int* o,
+                                          int T) {
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
-    const Columns columns = passes.columns(2);
-    passes.exactly([&] { complete(ForwardPass(passes, o, T, alternating(columns), asItIs)); });
-    const double* last = alternating(columns)(T - 1);
-    return {last, last + parameters.N};
+    std::vector<Passes> passes;
+    std::vector<Columns> columns;
+    passes.reserve(models.size());
+    for (const Parameters& parameters : models) {
+        passes.emplace_back(scratch, parameters, o, T);
+        columns.push_back(passes.back().columns(2));
+    }
+    const auto passOver = [&](std::size_t k) {
+        return ForwardPass(passes[k], o, T, alternating(columns[k]), asItIs);
+    };
+    std::vector<decltype(passOver(0))> together;
+    together.reserve(models.size());
+    for (std::size_t k = 0; k < models.size(); ++k) {
+        if (!passes[k].emissions.finite()) passes[k].transitions.takeAllTerms();
+        together.push_back(passOver(k));
+    }
+    completeTogether(together);
+
+    std::vector<ForwardResult> results;
+    results.reserve(models.size());
+    for (std::size_t k = 0; k < models.size(); ++k) {
+        if (!passes[k].transitions.exact()) {
+            passes[k].transitions.takeAllTerms();
+            complete(passOver(k));
+        }
+        const int N = models[k].N;
+        const double* last = alternating(columns[k])(T - 1);
+        results.push_back({orderedSum(last, N), last[N - 1]});
+    }
+    return results;
 }
 
 double forwardLikelihood(const Parameters& parameters, const int* o, int T) {
     if (T < 1) return 0.0;
-    const std::vector<double> alpha = lastForwardColumn(parameters, o, T);
-    return orderedSum(alpha.data(), parameters.N);
+    Scratch scratch;
+    Passes passes(scratch, parameters, o, T);
+    const Columns columns = passes.columns(2);
+    passes.exactly([&] { complete(ForwardPass(passes, o, T, alternating(columns), asItIs)); });
+    return orderedSum(alternating(columns)(T - 1), parameters.N);
 }
 
 double backwardLikelihood(const Parameters& parameters, const int* o, int T) {

@@ -46,22 +46,34 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
     const double weight = model.gestureTransitionProb;
     double best = 0.0;
     result.gestures.reserve(model.gestures.size());
-    for (std::size_t i = 0; i < model.gestures.size(); ++i) {
-        const std::vector<double> alpha = internal::lastForwardColumn(
-            internal::parametersFor(*model.gestures[i], alphabet, T), o, T);
-        const double probability =
-            internal::orderedSum(alpha.data(), static_cast<int>(alpha.size()));
-        observer.onProbability(i, probability * weight);
-        // gamma at the last time: beta is 1 there, so its denominator is the probability itself.
-        const double gamma = internal::divide(alpha.back(), probability);
-        observer.onGamma(i, gamma * weight);
-        const bool accepted = probability > best && probability * weight > result.threshold &&
-                              weight * gamma > result.threshold;
-        if (accepted) {
-            best = probability;
-            result.winner = static_cast<int>(i);
+    std::vector<internal::Parameters> together;
+    for (std::size_t i = 0; i < model.gestures.size(); i = result.gestures.size()) {
+        together.clear();
+        // Those whose tables are too small end the company of the ones before, which are told of
+        // before the exception is thrown.
+        std::size_t next = i;
+        do {
+            together.push_back(internal::parametersFor(*model.gestures[next], alphabet, T));
+            ++next;
+        } while (next < model.gestures.size() && together.size() < internal::passesTogether &&
+                 internal::PassNeeds(*model.gestures[next], alphabet, T)
+                     .coveredBy(*model.gestures[next]));
+
+        for (const auto& [probability, inLastState] : internal::forwardResults(together, o, T)) {
+            const std::size_t gesture = result.gestures.size();
+            observer.onProbability(gesture, probability * weight);
+            // gamma at the last time: beta is 1 there, so its denominator is the probability.
+            const double gamma = internal::divide(inLastState, probability);
+            observer.onGamma(gesture, gamma * weight);
+            const bool accepted = probability > best && probability * weight > result.threshold &&
+                                  weight * gamma > result.threshold;
+            if (accepted) {
+                best = probability;
+                result.winner = static_cast<int>(gesture);
+            }
+            result.gestures.push_back(
+                {probability, probability * weight, gamma * weight, accepted});
         }
-        result.gestures.push_back({probability, probability * weight, gamma * weight, accepted});
     }
     return result;
 }

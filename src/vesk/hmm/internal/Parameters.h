@@ -14,6 +14,7 @@ namespace Vesk::ML::internal {
 
 using Vesk::Math::MatrixT;
 using Vesk::Math::VectorT;
+using Vesk::Math::internal::covers;
 using Vesk::Math::internal::divide;
 using Vesk::Math::internal::Table;
 
@@ -30,18 +31,38 @@ struct Parameters {
 /// none needs nothing, and the backward table no initial probabilities.
 enum class Direction { Forward, Backward };
 
-/// Of a model for a pass over T symbols below `symbols`. std::out_of_range where a table that the
-/// pass reads is too small.
+/// What a pass over T symbols below `symbols` reads of a model's tables.
+struct PassNeeds {
+    PassNeeds(const HMM& model, std::int64_t symbols, int T,
+              Direction direction = Direction::Forward)
+        : N(model.numStates),
+          symbols(symbols),
+          pi(direction == Direction::Forward && T >= 1),
+          a(T >= 2),
+          b(pi || a) {}
+
+    bool coveredBy(const HMM& model) const {
+        return (!pi || N <= static_cast<std::int64_t>(model.pi.size())) &&
+               (!a || covers(model.a, N, N)) && (!b || covers(model.b, N, symbols));
+    }
+
+    std::int64_t N;
+    std::int64_t symbols;
+    bool pi;
+    bool a;
+    bool b;
+};
+
+/// Of a model for such a pass; what it does not read is left out. std::out_of_range where a table
+/// that it reads is too small.
 inline Parameters parametersFor(const HMM& model, std::int64_t symbols, int T,
                                 Direction direction = Direction::Forward) {
-    const std::int64_t N = model.numStates;
-    const bool forward = direction == Direction::Forward;
-    const bool steps = T >= 2;
-    const bool emits = steps || (forward && T >= 1);
-    Parameters p{static_cast<int>(N), nullptr, {}, {}};
-    if (forward && T >= 1) p.pi = Vesk::Math::internal::leading(model.pi, N);
-    if (steps) p.a = Vesk::Math::internal::table(model.a, N, N);
-    if (emits) p.b = Vesk::Math::internal::table(model.b, N, symbols);
+    const PassNeeds needs(model, symbols, T, direction);
+    if (!needs.coveredBy(model)) Vesk::Math::internal::throwTableTooSmall();
+    Parameters p{static_cast<int>(needs.N), nullptr, {}, {}};
+    if (needs.pi) p.pi = model.pi.data();
+    if (needs.a) p.a = Vesk::Math::internal::table(model.a, needs.N, needs.N);
+    if (needs.b) p.b = Vesk::Math::internal::table(model.b, needs.N, symbols);
     return p;
 }
 

@@ -165,8 +165,15 @@ void storeColumn(MatrixT<double>& table, int t, const double* column);
 MatrixT<double> forward(const Parameters& parameters, const int* o, int T);
 MatrixT<double> backward(const Parameters& parameters, const int* o, int T);
 
-/// alpha's last column, T >= 1.
-std::vector<double> lastForwardColumn(const Parameters& parameters, const int* o, int T);
+/// What a forward pass comes to.
+struct ForwardResult {
+    double likelihood;   ///< P(o): the sum of alpha's last column
+    double inLastState;  ///< alpha's last value: P(o, last state at the last time)
+};
+
+/// Of several models over the same symbols, T >= 1.
+std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models, const int* o,
+                                          int T);
 
 /// P(o), 0.0 for T < 1.
 double forwardLikelihood(const Parameters& parameters, const int* o, int T);
