@@ -25,10 +25,12 @@ void Emissions::add(const int* o, int T) {
         if (!isNew(o[t])) continue;
         double* column = columns[used++];
         const double* from = b.data + o[t];
+        double odd = 0.0;
         for (int i = 0; i < b.rows; ++i, from += b.stride) {
             column[i] = *from;
-            allFinite = allFinite && std::isfinite(*from);
+            odd += *from - *from;
         }
+        allFinite = allFinite && odd == 0.0;
     }
 }
 

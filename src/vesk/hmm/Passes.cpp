@@ -32,6 +32,22 @@ MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
     return beta;
 }
 
+namespace {
+
+/// alpha's last column, somewhere in `columns`.
+const double* lastColumn(Passes& passes, const int* o, int T, const Columns& columns) {
+    const auto at = alternating(columns);
+    if (!passes.transitions.isShort()) {
+        complete(ForwardPass(passes, o, T, at, asItIs));
+        return at(T - 1);
+    }
+    complete(ForwardPass(passes, o, 1, at, asItIs));
+    completeShort(passes, o, T, at(0), nullptr, [](int, int) {});
+    return at(0);
+}
+
+}  // namespace
+
 std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models, const int* o,
                                           int T) {
     Scratch scratch;
@@ -72,8 +88,9 @@ double forwardLikelihood(const Parameters& parameters, const int* o, int T) {
     Scratch scratch;
     Passes passes(scratch, parameters, o, T);
     const Columns columns = passes.columns(2);
-    passes.exactly([&] { complete(ForwardPass(passes, o, T, alternating(columns), asItIs)); });
-    return orderedSum(alternating(columns)(T - 1), parameters.N);
+    double sum = 0.0;
+    passes.exactly([&] { sum = orderedSum(lastColumn(passes, o, T, columns), parameters.N); });
+    return sum;
 }
 
 double backwardLikelihood(const Parameters& parameters, const int* o, int T) {

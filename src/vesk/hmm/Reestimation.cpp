@@ -5,7 +5,6 @@
 
 namespace Vesk::ML::internal {
 
-using Vesk::Kernels::kernels;
 using Vesk::Kernels::tileTimes;
 
 namespace {
@@ -24,6 +23,7 @@ std::vector<double> firstPosteriors(const Columns& alpha, const Columns& beta, i
 
 Reestimation::Reestimation(Passes& passes, int vocabSize)
     : passes(passes),
+      kernels(Vesk::Kernels::kernels()),
       N(passes.N),
       P(passes.P),
       M(vocabSize),
@@ -50,7 +50,7 @@ void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns&
             tile.nextEmissions[u] = passes.emissions[o[t + u + 1]];
             tile.nextBeta[u] = beta[t + u + 1];
         }
-        kernels().transpose(tile.alpha, tile.times, alphaTile, P);
+        kernels.transpose(tile.alpha, tile.times, alphaTile, P);
         addPosteriors(o + t, tile);
         if (tile.steps > 0) addTransitions(tile);
     }
@@ -58,36 +58,36 @@ void Reestimation::add(const int* o, int T, const Columns& alpha, const Columns&
 
 void Reestimation::addPosteriors(const int* o, const Tile& tile) {
     double sums[tileTimes];
-    kernels().transpose(tile.beta, tile.times, betaTile, P);
-    kernels().posteriorSums(alphaTile, betaTile, N, sums);
+    kernels.transpose(tile.beta, tile.times, betaTile, P);
+    kernels.posteriorSums(alphaTile, betaTile, N, sums);
     for (int u = 0; u < tile.times; ++u) {
         double* column = gamma + std::ptrdiff_t{P} * u;
-        kernels().posteriors(tile.alpha[u], tile.beta[u], sums[u], column, P);
+        kernels.posteriors(tile.alpha[u], tile.beta[u], sums[u], column, P);
         // A symbol outside the alphabet, which the caller has to keep away, equals no k.
         if (o[u] < 0 || o[u] >= M) continue;
-        kernels().addColumns(column, 1, matched + std::ptrdiff_t{P} * o[u], P);
+        kernels.addColumns(column, 1, matched + std::ptrdiff_t{P} * o[u], P);
     }
-    kernels().addToOthers(gamma, o, tile.times, unmatched, M, P);
-    kernels().addColumns(gamma, tile.steps, departures, P);
+    kernels.addToOthers(gamma, o, tile.times, unmatched, M, P);
+    kernels.addColumns(gamma, tile.steps, departures, P);
 }
 
 void Reestimation::addTransitions(const Tile& tile) {
-    kernels().transpose(tile.nextEmissions, tile.steps, emissionTile, P);
-    kernels().transpose(tile.nextBeta, tile.steps, betaTile, P);
+    kernels.transpose(tile.nextEmissions, tile.steps, emissionTile, P);
+    kernels.transpose(tile.nextBeta, tile.steps, betaTile, P);
     Transitions& model = passes.transitions;
     const bool banded = model.isBand();
     const int lo = banded ? model.diagonals().lo : 1 - N;
     const int hi = banded ? model.diagonals().hi : N - 1;
     double sums[tileTimes];
-    kernels().jointSums(alphaTile, emissionTile, betaTile, model.a.data, model.a.stride, N, lo, hi,
-                        sums);
+    kernels.jointSums(alphaTile, emissionTile, betaTile, model.a.data, model.a.stride, N, lo, hi,
+                      sums);
     if (banded) {
-        kernels().addJointBand(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps,
-                               model.diagonals(), transitions, P);
+        kernels.addJointBand(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps,
+                             model.diagonals(), transitions, P);
     } else {
         const double* rows = model.rows();
-        kernels().addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows,
-                           model.rowStride(), transitions, N, P);
+        kernels.addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows,
+                         model.rowStride(), transitions, N, P);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <vesk/hmm/internal/Columns.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 namespace Vesk::ML::internal {
@@ -10,6 +11,11 @@ namespace {
 
 /// Fewer states than these are not worth a test for even rows.
 constexpr int leastEvenStates = 32;
+
+/// Whether no vector of the rows that begin here lies in two cache lines.
+bool aligned(const double* rows) {
+    return reinterpret_cast<std::uintptr_t>(rows) % (Vesk::Kernels::lanes * sizeof(double)) == 0;
+}
 
 }  // namespace
 
@@ -40,7 +46,11 @@ Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a) {
 }
 
 Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const double> transitions)
-    : a(transitions), scratch(scratch), N(transitions.rows), P(padded(transitions.rows)) {
+    : a(transitions),
+      scratch(scratch),
+      kernels(Vesk::Kernels::kernels()),
+      N(transitions.rows),
+      P(padded(transitions.rows)) {
     if (N >= leastEvenStates && rowsAreEven()) {
         form = Form::Even;
         products = scratch.zeros(4, P);
@@ -53,11 +63,11 @@ Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const dou
         return;
     }
     const Diagonals used = diagonalsOf(a);
-    if (2 * (used.hi - used.lo) < N - 1) layOutBand(used);
+    if (2 * (used.hi - used.lo) < N - 1 || fitsShort(used.lo, used.hi)) layOutBand(used);
 }
 
 bool Transitions::rowsAreEven() const {
-    const auto allEqual = Vesk::Kernels::kernels().allEqual;
+    const auto allEqual = kernels.allEqual;
     for (int i = 0; i < N; ++i) {
         const double* row = a.row(i);
         const double value = row[i == 0 ? 1 : 0];
@@ -85,7 +95,7 @@ void Transitions::layOutBand(Diagonals used) {
 
 const double* Transitions::rows() {
     if (denseRows != nullptr) return denseRows;
-    if (N == P) {
+    if (N == P && aligned(a.data)) {
         denseRows = a.data;
         stride = a.stride;
         return denseRows;
@@ -106,32 +116,20 @@ void Transitions::layOutColumns() {
     }
 }
 
-void Transitions::forward(const double* from, const double* e, double* to) {
-    const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
-    switch (form) {
-        case Form::Band: kernels.forwardBand(from, band, e, to, P, watch); break;
-        case Form::Even: {
-            double* self = products;
-            double* other = self + P;
-            kernels.multiply(from, self, self + 2 * P, P);
-            kernels.multiply(from, other, self + 3 * P, P);
-            kernels.forwardEven(self + 3 * P, self + 2 * P, e, to, N, P);
-            break;
-        }
-        case Form::Dense: {
-            const double* aRows = rows();
-            kernels.forward(from, aRows, stride, e, to, N, P);
-            break;
-        }
-    }
-}
-
-void Transitions::backward(const double* next, const double* e, double* to) {
-    const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
-    if (form == Form::Band) {
-        kernels.backwardBand(next, band, e, to, P, watch);
+void Transitions::forwardAllTerms(const double* from, const double* e, double* to) {
+    if (form == Form::Dense) {
+        const double* aRows = rows();
+        kernels.forward(from, aRows, stride, e, to, N, P);
         return;
     }
+    double* self = products;
+    double* other = self + P;
+    kernels.multiply(from, self, self + 2 * P, P);
+    kernels.multiply(from, other, self + 3 * P, P);
+    kernels.forwardEven(self + 3 * P, self + 2 * P, e, to, N, P);
+}
+
+void Transitions::backwardAllTerms(const double* next, const double* e, double* to) {
     if (columns == nullptr) layOutColumns();
     kernels.backward(next, columns, P, e, to, N, P);
 }

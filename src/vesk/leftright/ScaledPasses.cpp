@@ -9,9 +9,10 @@ namespace {
 /// A forward pass that divides each column by its sum, the scale factor, and then hands it on.
 template <typename At, typename Next>
 auto scaledForwardPass(Passes& passes, const int* o, int T, double* scale, At alpha, Next next) {
-    const auto normalise = [&passes, scale, next](int t, double* column) {
+    const auto normalise = [&passes, &kernels = Vesk::Kernels::kernels(), scale, next](
+                               int t, double* column) {
         scale[t] = orderedSum(column, passes.N);
-        Vesk::Kernels::kernels().divideGuarded(column, scale[t], passes.P);
+        kernels.divideGuarded(column, scale[t], passes.P);
         next(t, column);
     };
     return ForwardPass(passes, o, T, alpha, normalise);
@@ -21,8 +22,9 @@ auto scaledForwardPass(Passes& passes, const int* o, int T, double* scale, At al
 template <typename At, typename Next>
 auto scaledBackwardPass(Passes& passes, const int* o, int T, const double* scale, At beta,
                         Next next) {
-    const auto normalise = [&passes, T, scale, next](int t, double* column) {
-        if (t < T - 1) Vesk::Kernels::kernels().divide(column, scale[t], passes.P);
+    const auto normalise = [&passes, &kernels = Vesk::Kernels::kernels(), T, scale, next](
+                               int t, double* column) {
+        if (t < T - 1) kernels.divide(column, scale[t], passes.P);
         next(t, column);
     };
     return BackwardPass(passes, o, T, divide(1.0, scale[T - 1]), beta, normalise);
@@ -72,8 +74,23 @@ double scaledLikelihood(const Parameters& parameters, const int* o, int T, doubl
     if (T < 1) return 0.0;
     Scratch scratch;
     Passes passes(scratch, parameters, o, T);
-    passes.exactly([&] { scaleFactors(passes, {{o, T, scale}}); });
-    return logLikelihoodOf(scale, T);
+    const Columns columns = passes.columns(2);
+    double sum = 0.0;
+    passes.exactly([&] {
+        const bool inRegisters = passes.transitions.isShort();
+        complete(
+            scaledForwardPass(passes, o, inRegisters ? 1 : T, scale, alternating(columns), asItIs));
+        if (!inRegisters) {
+            sum = logLikelihoodOf(scale, T);
+            return;
+        }
+        sum = logLikelihoodOf(scale, 1);
+        // A logarithm does not wait for the steps that follow.
+        completeShort(passes, o, T, columns[0], scale, [&](int t, int steps) {
+            for (int u = t; u < t + steps; ++u) sum += std::log(scale[u]);
+        });
+    });
+    return sum;
 }
 
 void scaledForward(Passes& passes, const std::vector<Track>& tracks,

@@ -130,6 +130,22 @@ void complete(Pass pass) {
     while (!pass.done()) pass.step();
 }
 
+/// A forward pass that keeps no table, in `isShort` steps: nothing leaves the registers. Begins
+/// with the first column in `column` and leaves the last one there. finish(t, steps) is called
+/// after that many steps from the columns before t; `scale` is as in Transitions::forwardShort.
+template <typename Finish>
+void completeShort(Passes& passes, const int* o, int T, double* column, double* scale,
+                   Finish finish) {
+    constexpr int mostSteps = 16;
+    const double* e[mostSteps];
+    for (int t = 1; t < T; t += mostSteps) {
+        const int steps = std::min(mostSteps, T - t);
+        for (int u = 0; u < steps; ++u) e[u] = passes.emissions[o[t + u]];
+        passes.transitions.forwardShort(e, steps, column, scale == nullptr ? nullptr : scale + t);
+        finish(t, steps);
+    }
+}
+
 /// Takes passes to their ends in step. Each step waits for the one before it; the processor goes
 /// on with another pass meanwhile.
 template <typename Pass>

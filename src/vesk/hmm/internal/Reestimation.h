@@ -44,6 +44,7 @@ private:
     void addTransitions(const Tile& tile);
 
     Passes& passes;
+    const Vesk::Kernels::Set& kernels;
     int N;
     int P;
     int M;

@@ -29,10 +29,28 @@ public:
     int margin() const { return reach; }
 
     /// to[j] = (sum over i of from[i] * a(i, j)) * e[j], in the order of i.
-    void forward(const double* from, const double* e, double* to);
+    void forward(const double* from, const double* e, double* to) {
+        if (form == Form::Band) {
+            kernels.forwardBand(from, band, e, to, P, watch);
+        } else {
+            forwardAllTerms(from, e, to);
+        }
+    }
 
     /// to[i] = sum over j of (next[j] * a(i, j)) * e[j], in the order of j.
-    void backward(const double* next, const double* e, double* to);
+    void backward(const double* next, const double* e, double* to) {
+        if (form == Form::Band) {
+            kernels.backwardBand(next, band, e, to, P, watch);
+        } else {
+            backwardAllTerms(next, e, to);
+        }
+    }
+
+    /// `forward` for one step after the other, in place, where `isShort`. Divides each column by
+    /// its sum where `scale` is not null, which takes the sums.
+    void forwardShort(const double* const* e, int steps, double* column, double* scale) {
+        kernels.forwardShort(band, e, steps, column, scale, watch);
+    }
 
     /// Whether no step left out a term that could have mattered.
     bool exact() const;
@@ -41,6 +59,8 @@ public:
     void takeAllTerms();
 
     bool isBand() const { return form == Form::Band; }
+    /// A band of a small left-right model, which whole columns in registers can follow.
+    bool isShort() const { return isBand() && fitsShort(band.lo, band.hi); }
     const Vesk::Kernels::Band& diagonals() const { return band; }
 
     /// Rows of a, padded, `rowStride` apart.
@@ -52,11 +72,17 @@ public:
 private:
     enum class Form { Dense, Band, Even };
 
+    void forwardAllTerms(const double* from, const double* e, double* to);
+    void backwardAllTerms(const double* next, const double* e, double* to);
     bool rowsAreEven() const;
+    bool fitsShort(int lo, int hi) const {
+        return P == Vesk::Kernels::lanes && lo == 0 && hi <= Vesk::Kernels::shortReach;
+    }
     void layOutBand(Diagonals used);
     void layOutColumns();
 
     Scratch& scratch;
+    const Vesk::Kernels::Set& kernels;
     int N;
     int P;
     Form form = Form::Dense;

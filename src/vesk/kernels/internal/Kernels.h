@@ -12,6 +12,9 @@ inline constexpr int lanes = 8;
 /// How many times `Set::jointSums` and `Set::posteriorSums` take at once.
 inline constexpr int tileTimes = 16;
 
+/// The longest forward jump that `Set::forwardShort` takes.
+inline constexpr int shortReach = 3;
+
 /// Transitions within a band: a(i, j) is 0 unless lo <= j - i <= hi. Diagonal d = lo + q of a has
 /// its value a(i, i + d) at departing[q * P + i], and at arriving[(hi - d) * P + i + d]: arriving
 /// is in the order of i for each j. Values outside of a are 0.
@@ -51,6 +54,12 @@ struct Set {
                         double* watch);
     void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P,
                          double* watch);
+
+    /// `forwardBand` for steps of a left-right model of P = `lanes`, lo = 0 and hi <= `shortReach`:
+    /// column becomes the one after steps with the emissions e[0], e[1] ..., each divided by its
+    /// sum where `scale` is not null, which takes the sums (and keeps 0.0 at 0.0).
+    void (*forwardShort)(const Band& band, const double* const* e, int steps, double* column,
+                         double* scale, double* watch);
 
     /// `forward` where the terms of state i are the same for all j but i: to[j] = (products[0] +
     /// .. + self[j] + .. + products[N-1]) * e[j], with self[j] in the place of products[j].
