@@ -3,9 +3,10 @@
 
 #include <vesk/kernels/internal/Kernels.h>
 
-#include <algorithm>
 #include <cstddef>
-#include <memory_resource>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace Vesk::ML::internal {
 
@@ -20,8 +21,8 @@ public:
     template <typename T>
     T* filled(std::size_t rows, int cols, T value) {
         const std::size_t count = rows * static_cast<std::size_t>(cols);
-        auto* values = static_cast<T*>(resource.allocate(count * sizeof(T), alignment));
-        std::fill_n(values, count, value);
+        auto* values = static_cast<T*>(allocate(count * sizeof(T)));
+        std::uninitialized_fill_n(values, count, value);
         return values;
     }
     double* zeros(std::size_t rows, int cols) { return filled(rows, cols, 0.0); }
@@ -31,8 +32,23 @@ private:
     /// Enough for a pass over a gesture model of 16 states and symbols.
     static constexpr std::size_t roomSize = 8192;
 
+    void* allocate(std::size_t size) {
+        if (void* place = std::align(alignment, size, next, left)) {
+            next = static_cast<std::byte*>(place) + size;
+            left -= size;
+            return place;
+        }
+        std::size_t space = size + alignment;
+        std::unique_ptr<std::byte[]> owned(new std::byte[space]);
+        void* block = owned.get();
+        blocks.push_back(std::move(owned));
+        return std::align(alignment, size, block, space);
+    }
+
     alignas(alignment) std::byte room[roomSize];
-    std::pmr::monotonic_buffer_resource resource{room, roomSize};
+    void* next = room;
+    std::size_t left = roomSize;
+    std::vector<std::unique_ptr<std::byte[]>> blocks;
 };
 
 }  // namespace Vesk::ML::internal

@@ -1,0 +1,65 @@
+"""Prints the table of ratios: table.py <results of Google Benchmark, JSON>."""
+
+import json
+import re
+import statistics
+import sys
+
+# What a row is to reach: how many times as fast as the peer and the plain version.
+GOALS = [
+    (r"forward left-right N=8$", {"peer": 4}),
+    (r"forward dense N=64$", {"peer": 7}),
+    (r"forward dense N=256$", {"peer": 6}),
+    (r"train left-right N=8 ", {"peer": 3, "plain": 8}),
+    (r"train left-right N=16 ", {"peer": 4}),
+    (r"train left-right N=64 ", {"peer": 2}),
+    (r"train dense N=64 ", {"peer": 8}),
+    (r"viterbi N=8 ", {"peer": 3}),
+    (r"viterbi N=64 ", {"peer": 12}),
+    (r"scaled N=8 ", {"peer": 3}),
+    (r"check 16 gestures", {"plain": 20}),
+    (r"check 62 gestures", {"plain": 20}),
+    (r"check 200 gestures", {"plain": 30}),
+    (r"initialize ", {"plain": 1}),
+    (r"(load|save) ", {"plain": 1}),
+    (r".*baumWelch", {"plain": 5}),
+    (r"classify ", {"plain": 1 / 1.5}),
+    (r"learn ", {"plain": 10}),
+]
+UNITS = {"ns": 1e-3, "us": 1.0, "ms": 1e3, "s": 1e6}
+
+
+def medians(path):
+    """{row: {contestant: median time in microseconds}}, rows in the order of registration."""
+    times = {}
+    with open(path) as file:
+        benchmarks = json.load(file)["benchmarks"]
+    for entry in sorted(benchmarks, key=lambda entry: entry["family_index"]):
+        if entry["run_type"] != "iteration":
+            continue
+        row, contestant = re.sub(r"/iterations:\d+.*|/repeats:\d+.*", "", entry["name"]).rsplit("/", 1)
+        time = entry["cpu_time"] * UNITS[entry["time_unit"]]
+        times.setdefault(row, {}).setdefault(contestant, []).append(time)
+    return {
+        row: {name: statistics.median(all_times) for name, all_times in contestants.items()}
+        for row, contestants in times.items()
+    }
+
+
+def goal_of(row):
+    return next((goals for pattern, goals in GOALS if re.match(pattern, row)), {})
+
+
+def main():
+    heads = ["ours/us", "plain/us", "peer/us", "plain/ours", "goal", "peer/ours", "goal"]
+    print(f"{'':44}" + "".join(f"{head:>12}" for head in heads))
+    for row, times in medians(sys.argv[1]).items():
+        cells = [f"{times[name]:.2f}" if name in times else "" for name in ("ours", "plain", "peer")]
+        for name in ("plain", "peer"):
+            goal = goal_of(row).get(name)
+            cells.append(f"{times[name] / times['ours']:.2f}" if name in times else "")
+            cells.append(f"{goal:.3g}" if goal else "")
+        print(f"{row:44}" + "".join(f"{cell:>12}" for cell in cells))
+
+
+main()
