@@ -12,26 +12,34 @@ constexpr std::int64_t mostSlotsEach = 8;
 
 }  // namespace
 
-Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int symbols,
+Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int alphabet,
                      std::int64_t length, int margin)
     : b(b),
-      columns(scratch, static_cast<std::size_t>(std::min<std::int64_t>(symbols, length)), b.rows,
-              margin) {
-    if (symbols <= mostSlotsEach * (length + 8)) slots = scratch.filled(1, symbols, -1);
+      columns(scratch, static_cast<std::size_t>(std::min<std::int64_t>(alphabet, length)), b.rows,
+              margin),
+      symbols(scratch.filled(static_cast<std::size_t>(std::min<std::int64_t>(alphabet, length)), 1,
+                             0)) {
+    if (alphabet <= mostSlotsEach * (length + 8)) slots = scratch.filled(1, alphabet, -1);
 }
 
 void Emissions::add(const int* o, int T) {
+    const int before = used;
     for (int t = 0; t < T; ++t) {
-        if (!isNew(o[t])) continue;
-        double* column = columns[used++];
-        const double* from = b.data + o[t];
-        double odd = 0.0;
-        for (int i = 0; i < b.rows; ++i, from += b.stride) {
-            column[i] = *from;
-            odd += *from - *from;
-        }
-        allFinite = allFinite && odd == 0.0;
+        if (isNew(o[t])) symbols[used++] = o[t];
     }
+    if (used == before) return;
+    const std::ptrdiff_t pitch = columns[1] - columns[0];
+    bool finite = true;
+    for (int i = 0; i < b.rows; ++i) {
+        const double* row = b.row(i);
+        double* to = columns[before] + i;
+        for (int k = before; k < used; ++k, to += pitch) {
+            const double value = row[symbols[k]];
+            *to = value;
+            finite &= std::isfinite(value);
+        }
+    }
+    allFinite = allFinite && finite;
 }
 
 void Emissions::takeLogarithms() {

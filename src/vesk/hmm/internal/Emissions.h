@@ -13,9 +13,9 @@ namespace Vesk::ML::internal {
 /// occur.
 class Emissions {
 public:
-    /// Borrows b. To be used for symbols 0 .. symbols-1 of sequences that have `length` symbols in
+    /// Borrows b. To be used for symbols 0 .. alphabet-1 of sequences that have `length` symbols in
     /// all.
-    Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int symbols,
+    Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b, int alphabet,
               std::int64_t length, int margin);
 
     /// Makes room for the symbols o[0..T-1].
@@ -37,6 +37,7 @@ private:
 
     Vesk::Math::internal::Table<const double> b;
     Columns columns;
+    int* symbols;                              ///< which symbol each column is of
     int* slots = nullptr;                      ///< the column of each symbol; -1: none
     std::unordered_map<int, int> sparseSlots;  ///< instead, where few of many symbols occur
     int used = 0;

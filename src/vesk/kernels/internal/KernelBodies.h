@@ -86,13 +86,16 @@ inline void unrolled(Part part) {
 }
 
 bool allEqual(const double* values, double value, int count) {
+    if (count < L) {
+        for (int i = 0; i < count; ++i) {
+            if (values[i] != value) return false;
+        }
+        return true;
+    }
     const V expected = splat(value);
     Index different{};
-    int i = 0;
-    for (; i + L <= count; i += L) different |= load(values + i) != expected;
-    for (; i < count; ++i) {
-        if (values[i] != value) return false;
-    }
+    for (int i = 0; i + L <= count; i += L) different |= load(values + i) != expected;
+    different |= load(values + count - L) != expected;
     return noneSet(different);
 }
 
@@ -260,20 +263,20 @@ void forwardEven(const double* products, const double* self, const double* e, do
     double before = 0.0;
     inBlocks(P, [=, &before](auto vectors, int j) {
         constexpr int B = vectors.count;
-        constexpr int width = B * L;
         V sum[B];
         unrolled<B>([&](int v) { sum[v] = splat(before); });
-        const int end = j + width < N ? j + width : N;
-        for (int i = j; i < end; ++i) {
-            const V x = splat(products[i]);
-            const V own = splat(self[i]);
-            unrolled<B>([&](int v) {
-                const auto isOwn = positions() == splatIndex(i - j - v * L);
-                sum[v] += isOwn ? own : x;
-            });
-            before += products[i];
-        }
-        for (int i = end; i < N; ++i) {
+        // The terms of the block's own states, of which each replaces one in one of the sums.
+        unrolled<B>([&](int own) {
+            for (int l = 0; l < L; ++l) {
+                const int i = j + own * L + l;
+                if (i >= N) break;
+                const V x = splat(products[i]);
+                const V replaced = positions() == splatIndex(l) ? splat(self[i]) : x;
+                unrolled<B>([&](int v) { sum[v] += v == own ? replaced : x; });
+                before += products[i];
+            }
+        });
+        for (int i = j + B * L; i < N; ++i) {
             const V x = splat(products[i]);
             unrolled<B>([&](int v) { sum[v] += x; });
         }
