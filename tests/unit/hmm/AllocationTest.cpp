@@ -19,13 +19,17 @@ namespace {
 
 bool watching = false;
 long held = 0;
-long until = -1;  ///< allocations that still succeed; negative: all
+long until = -1;    ///< allocations that still succeed; negative: all
+bool once = false;  ///< whether those after the first failure succeed again
 
 }  // namespace
 
 void* operator new(std::size_t size) {
     if (watching) {
-        if (until == 0) throw std::bad_alloc();
+        if (until == 0) {
+            if (once) until = -1;
+            throw std::bad_alloc();
+        }
         if (until > 0) --until;
         ++held;
     }
@@ -74,6 +78,40 @@ int failEveryAllocation(const std::function<void()>& operation,
             return allowed;
         }
         if (testing::Test::HasFailure()) return allowed;
+    }
+    ADD_FAILURE() << "no end of allocations";
+    return 0;
+}
+
+/// Runs the operation with one allocation failing, first the first, then the second, and so on
+/// until it needs none after that; `check` is called wherever the operation came to its end. The
+/// failure is to come out as std::bad_alloc or to change nothing. Returns how many came out.
+int failEachAllocationOnce(const std::function<void()>& operation,
+                           const std::function<void()>& check) {
+    int thrown = 0;
+    for (int allowed = 0; allowed < 10000; ++allowed) {
+        SCOPED_TRACE(allowed);
+        bool whole = true;
+        watching = true;
+        held = 0;
+        until = allowed;
+        once = true;
+        try {
+            operation();
+        } catch (const std::bad_alloc&) {
+            whole = false;
+        }
+        watching = false;
+        const bool failed = until < 0;
+        until = -1;
+        once = false;
+        EXPECT_EQ(held, 0);
+        if (whole) {
+            check();
+        } else {
+            ++thrown;
+        }
+        if (!failed || testing::Test::HasFailure()) return thrown;
     }
     ADD_FAILURE() << "no end of allocations";
     return 0;
@@ -165,6 +203,37 @@ TEST(HmmAllocation, SaveNeverReportsAnIncompleteFile) {
         EXPECT_TRUE(Vesk::Test::readFile(path) == whole);
     }
     EXPECT_EQ(successes, 3);
+}
+
+TEST(HmmAllocation, SaveTellsOfASingleFailure) {
+    const Vesk::Test::TemporaryFolder folder;
+    const std::string path = folder.path("model.txt");
+    HMM model(20, 20);
+    ASSERT_TRUE(model.save(path));
+    const std::string whole = Vesk::Test::readFile(path);
+    bool saved = false;
+    EXPECT_GT(
+        failEachAllocationOnce([&] { saved = model.save(path); },
+                               [&] { EXPECT_TRUE(!saved || Vesk::Test::readFile(path) == whole); }),
+        2);
+    EXPECT_TRUE(saved);
+}
+
+TEST(HmmAllocation, LoadTellsOfASingleFailure) {
+    const Vesk::Test::TemporaryFolder folder;
+    const std::string path = folder.path("model.txt");
+    HMM model = weather();
+    model.name = "long-names-are-read-in-pieces-and-held-outside-the-string";
+    ASSERT_TRUE(model.save(path));
+    bool same = false;
+    EXPECT_GT(failEachAllocationOnce(
+                  [&] {
+                      const std::unique_ptr<HMM> back(Vesk::ML::load(path.c_str()));
+                      same = back != nullptr && back->name == model.name && back->pi == model.pi &&
+                             back->a.data == model.a.data && back->b.data == model.b.data;
+                  },
+                  [&] { EXPECT_TRUE(same); }),
+              4);
 }
 
 TEST(HmmAllocation, FailedLoadHoldsNothing) {

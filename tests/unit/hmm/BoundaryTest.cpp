@@ -48,10 +48,39 @@ TEST(HmmProbability, OfGivenParametersForANegativeNumberOfStatesIsBadAlloc) {
     EXPECT_THROW(model.backwardProcHMM({0}, 1, -1, one, one), std::bad_alloc);
 }
 
+TEST(HmmPasses, TablesBeyond32BitPositionsAreBadAlloc) {
+    // 2048 * (2^21 + 1) = 2^32 + 2048 values, which 32 bits would take for 2048.
+    HMM model(2048, 1);
+    const int T = (1 << 21) + 1;
+    const std::vector<int> o(static_cast<std::size_t>(T), 0);
+    EXPECT_THROW(model.forwardProc(o, T), std::bad_alloc);
+    EXPECT_THROW(model.backwardProc(o, T), std::bad_alloc);
+}
+
 TEST(HmmProbability, OfNoSymbolsLooksAtNoGivenParameter) {
     HMM model(1, 1);
     EXPECT_TRUE(bitEqual(0.0, model.forwardProbabilityHMM({}, 0, -1, {}, {}, {})));
     EXPECT_TRUE(bitEqual(0.0, model.backwardProbabilityHMM({}, -3, -1, {}, {}, {})));
+}
+
+TEST(HmmBaumWelch, AdoptedPiHasOneValueAStateHoweverLongItWas) {
+    HMM model(2, 2);
+    model.pi = {0.5, 0.5};
+    model.a = matrixOf({{0.5, 0.5}, {0.25, 0.75}});
+    model.b = matrixOf({{0.5, 0.5}, {0.25, 0.75}});
+    HMM longer = model;
+    longer.pi.resize(5, 0.25);
+    HMM atOnce = longer;
+    for (int iteration = 1; iteration <= 3; ++iteration) {
+        SCOPED_TRACE(iteration);
+        const HMM before = model;
+        model.baumWelch({0, 1, 1, 0, 1}, 5, 1);
+        longer.baumWelch({0, 1, 1, 0, 1}, 5, 1);
+        EXPECT_FALSE(bitEqual(before.pi, model.pi));
+        EXPECT_TRUE(modelsEqual(model, longer));
+    }
+    atOnce.baumWelch({0, 1, 1, 0, 1}, 5, 3);
+    EXPECT_TRUE(modelsEqual(model, atOnce));
 }
 
 /// Only state 0 can produce two symbols, so the candidate's likelihood is 1 whatever the other

@@ -8,6 +8,11 @@
 
 #include <sys/stat.h>
 
+#include <csignal>
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <new>
@@ -304,6 +309,36 @@ TEST(HmmLoader, ReadsFromAPipe) {
     EXPECT_TRUE(bitEqual(matrixOf({{0.125, 1}}), model->b));
 }
 
+/// The model that a pipe with these bytes loads as.
+std::unique_ptr<HMM> loadedFromPipe(const std::string& text) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path("pipe");
+    EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::thread writer([&] { std::ofstream(path, std::ios::binary) << text; });
+    std::unique_ptr<HMM> model;
+    std::exception_ptr thrown;
+    try {
+        model.reset(Vesk::ML::load(path.c_str()));
+    } catch (...) {
+        thrown = std::current_exception();
+    }
+    writer.join();
+    std::signal(SIGPIPE, SIG_DFL);
+    if (thrown) std::rethrow_exception(thrown);
+    return model;
+}
+
+TEST(HmmLoader, NamesFromAPipeHaveAMillionLettersAtMost) {
+    const std::string longest(1 << 20, 'n');
+    const auto model = loadedFromPipe(longest + "\n1 1 1\n0.5\n");
+    ASSERT_NE(model, nullptr);
+    EXPECT_TRUE(model->name == longest);
+    EXPECT_TRUE(bitEqual({0.5}, model->pi));
+    EXPECT_THROW(loadedFromPipe(longest + "n\n1 1 1\n0.5\n"), std::bad_alloc);
+    EXPECT_THROW(loadedFromPipe(longest + longest + "\n1 1 1\n0.5\n"), std::bad_alloc);
+}
+
 TEST(HmmLoader, AMillionValuesATableNeedNoFileOfThatSize) {
     // 1024 * 1024 = 2^20.
     const auto states = loaded("x\n1024 1 1\n0.5\n");
@@ -349,6 +384,26 @@ TEST(HmmLoader, LargerFilesMayDeclareAsManyValuesAsTheyHaveBytes) {
     EXPECT_EQ(model->numStates, 1025U);
     EXPECT_EQ(model->a.data.size(), 1050625U);
     EXPECT_TRUE(bitEqual(0.5, model->pi[0]));
+}
+
+TEST(HmmLoader, LargerFilesMayMakeFourTimesAsManyValuesAsTheyHaveBytes) {
+    // a alone has 4097 * 4097 values, more than 2^24.
+    const TemporaryFolder folder;
+    const std::string path = folder.path("model.txt");
+    writeFile(path, "x\n4097 1 1\n0.5 end");
+    std::filesystem::resize_file(path, 4097 * 4097);
+    const std::unique_ptr<HMM> model(Vesk::ML::load(path.c_str()));
+    ASSERT_NE(model, nullptr);
+    EXPECT_EQ(model->a.data.size(), 4097U * 4097U);
+    EXPECT_TRUE(bitEqual(0.5, model->pi[0]));
+}
+
+TEST(HmmLoader, NoFileIsLargeEnoughForTablesBeyond32BitPositions) {
+    const TemporaryFolder folder;
+    const std::string path = folder.path("model.txt");
+    writeFile(path, "x\n65536 1 1\n0.5 end");
+    std::filesystem::resize_file(path, std::uintmax_t{1} << 32);  // sparse
+    EXPECT_THROW(Vesk::ML::load(path.c_str()), std::bad_alloc);   // a: 2^32
 }
 
 TEST(HmmLoader, LoadedModelsBelongToTheCaller) {

@@ -94,6 +94,19 @@ TEST(LeftRightDamagedTables, TrainersThrowAndLeaveTheModelAlone) {
     }
 }
 
+TEST(LeftRightDamagedTables, SequencesOfOneSymbolAreTrainedOnWithoutTransitions) {
+    const std::vector<std::vector<int>> sequences = {{0}, {1}, {0}};
+    LeftRightHMM expected = whole();
+    expected.b.data.assign(expected.b.data.size(), 0.25);
+    LeftRightHMM model = expected;
+    shrink(model.a, 0, 0);
+    const LeftRightHMM before = model;
+    expected.trainMultiple(sequences, 1);
+    model.trainMultiple(sequences, 1);
+    EXPECT_FALSE(bitEqual(before.b, model.b));
+    expectUnchanged(expected, model);
+}
+
 TEST(LeftRightDamagedTables, EstimateThrowsAndLeavesTheModelAlone) {
     for (LeftRightHMM& model : damagedModels()) {
         model.stateSymbols.assign(model.numStates, {0});

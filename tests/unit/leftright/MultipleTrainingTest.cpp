@@ -251,6 +251,30 @@ TEST(LeftRightConvergence, SlightlySmallerGainIsRejected) {
     EXPECT_FALSE(accepts(withGain(p, 1.0f)));
 }
 
+TEST(LeftRightConvergence, GainIsTheDifferenceAsRounded) {
+    // O = 0 0 1: the candidate has emissions 2 and 1 / 2, so a log likelihood of ln 2. The old one
+    // is ln p + ln p + ln q. Where the difference lies just below 1 it may be rounded to 1, though
+    // adding 1 to the old one gives more than ln 2.
+    const double newLog = std::log(2.0) + std::log(2.0) + std::log(0.5);
+    const double middle = std::exp((newLog - 1.0) / 3.0);
+    double p = middle;
+    double q = middle;
+    const auto isExample = [&] {
+        const double oldLog = std::log(p) + std::log(p) + std::log(q);
+        return newLog - oldLog >= 1.0 && newLog < oldLog + 1.0;
+    };
+    for (int n = 0; n < 10000 && !isExample(); ++n) {
+        p = middle - (n / 100) * 0x1p-53;
+        q = middle + (n % 100 + n / 100) * 0x1p-53;
+    }
+    ASSERT_TRUE(isExample());
+    Reference::LeftRightModel start = oneState({p, q});
+    start.convergenceThreshold = 1.0f;
+    LeftRightHMM model = libraryModel(start);
+    trainQuietly(model, {{0, 0, 1}}, 1);
+    EXPECT_TRUE(bitEqual(std::vector<double>{2.0, 0.5}, model.b.data));
+}
+
 TEST(LeftRightConvergence, DefaultThresholdIsComparedAsTheDoubleOfTheFloat) {
     // The float nearest to 0.001 is 0.001000000047...; a gain between the two is too small.
     const double between = std::exp(-0.00100000002 / 2.0);

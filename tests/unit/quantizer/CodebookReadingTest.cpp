@@ -14,11 +14,13 @@
 #include <cstddef>
 #include <filesystem>
 #include <fstream>
+#include <locale>
 #include <new>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -239,15 +241,38 @@ TEST(CodebookReadingTest, MoreThanAMillionLinesAreReadFromAFile) {
     EXPECT_EQ(quantizer.codebook.back(), 2.0);
 }
 
-/// Loads from a pipe into which another thread writes blank lines.
+TEST(CodebookReadingTest, AFileOfBlankLinesHoldsAMillionEntriesAtMost) {
+    // As many lines as bytes, and one after the last line end.
+    EXPECT_EQ(loaded(std::string((1 << 20) - 1, '\n')).codebookSize, 1 << 20);
+    EXPECT_THROW(loaded(std::string(1 << 20, '\n')), std::bad_alloc);
+}
+
+/// Decimal commas and groups of three digits.
+class Commas : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+TEST(CodebookReadingTest, TheGlobalLocaleChangesNothing) {
+    const std::locale previous =
+        std::locale::global(std::locale(std::locale::classic(), new Commas));
+    const std::vector<double> codebook = loaded("51.4286\n1,5\n123.456").codebook;
+    std::locale::global(previous);
+    EXPECT_TRUE(bitEqual(std::vector<double>{51.4286, 1.0, 123.456}, codebook));
+}
+
+/// Loads from a pipe into which another thread writes some text, so many times.
 class PipeReader {
 public:
-    explicit PipeReader(int lineEnds) : path(folder.path("pipe")) {
+    explicit PipeReader(int lineEnds)
+        : PipeReader(std::string(static_cast<std::size_t>(lineEnds), '\n'), 1) {}
+    PipeReader(std::string text, int times) : path(folder.path("pipe")) {
         std::signal(SIGPIPE, SIG_IGN);
         if (mkfifo(path.c_str(), 0600) != 0) throw std::runtime_error("no pipe");
-        writer = std::thread([this, lineEnds] {
+        writer = std::thread([this, block = std::move(text), times] {
             std::ofstream out(path);
-            out << std::string(static_cast<std::size_t>(lineEnds), '\n');
+            for (int n = 0; n < times && out; ++n) out << block;
         });
     }
     ~PipeReader() {
@@ -284,6 +309,19 @@ TEST(CodebookReadingTest, PipeOfMoreEntriesIsBadAlloc) {
     PipeReader pipe((1 << 20) + 100000);
     VectorQuantizer2D quantizer;
     EXPECT_THROW(pipe.load(quantizer), std::bad_alloc);
+}
+
+TEST(CodebookReadingTest, PipeEndsAfterAQuarterOfAGigabyte) {
+    // 2^19 lines of 1 KiB are 2^29 bytes, and fewer lines than a pipe may have entries.
+    const std::string line = std::string(1023, ' ') + '\n';
+    std::string block;
+    for (int n = 0; n < 256; ++n) block += line;
+    PipeReader pipe(block, 1 << 11);
+    VectorQuantizer2D quantizer;
+    EXPECT_TRUE(pipe.load(quantizer));
+    // Up to what was read into a buffer by then.
+    EXPECT_GE(quantizer.codebookSize, 1 << 18);
+    EXPECT_LE(quantizer.codebookSize, (1 << 18) + 1024);
 }
 
 }  // namespace

@@ -323,6 +323,19 @@ TEST(Check, LooksAtGeneralModelsAsAtLeftRightOnes) {
     EXPECT_EQ(check(model, {0, 0}), "general");
 }
 
+TEST(Check, AGestureNeedsOnlyTheSymbolsThatOccur) {
+    GestureSet set;
+    LeftRightHMM& gesture = set.add("g", 1, 2);
+    fill(gesture, {1}, {1}, {0.5, 0.25});
+    gesture.vocabSize = 5;
+    RecognitionModelHMM model(set.pointers(), 0.5);
+    EXPECT_EQ(check(model, {0, 1}), "g");
+    EXPECT_EQ(model.evaluate({0, 1}).gestures.at(0).probability, 0.125);
+    const Capture silence;
+    EXPECT_THROW(model.check({0, 2}), std::out_of_range);
+    EXPECT_THROW(model.evaluate({0, 2}), std::out_of_range);
+}
+
 TEST(Check, TablesSmallerThanTheirCountsAreOutOfRange) {
     const std::vector<int> sequence{0, 0};
     const Capture silence;

@@ -188,7 +188,7 @@ TEST(HostileModelFile, HugeCountsOfTheCombinedModelAreRefused) {
     for (const std::string counts :
          {"1025 1", "1 1048577", "1024 1025", "1025 1024", "65536 1", "65536 65536", "2147483647 1",
           "2147483648 1", "4294967295 1", "1 4294967295", "-5 1", "1 -5", "4294967295 4294967295",
-          "99999999999 1", "46341 1", "92682 1"}) {
+          "99999999999 1", "46341 1", "92682 1", "0 1048577", "0 4294967295"}) {
         SCOPED_TRACE(counts);
         RecognitionModelHMM model;
         EXPECT_THROW(loadText(model, "2.5 1 2 10 20 name " + counts + " 1 0.5 1 1 1 1"),
@@ -228,8 +228,9 @@ TEST(HostileModelFile, ALongFileMayDeclareAsManyValuesAsItHasBytes) {
 }
 
 TEST(HostileModelFile, HugeCountsOfAGestureAreRefusedAndEarlierGesturesKept) {
-    for (const std::string counts : {"1025 1", "1 1048577", "65536 1", "4294967295 1",
-                                     "1 4294967295", "-5 1", "1 -5", "99999999999 1"}) {
+    for (const std::string counts :
+         {"1025 1", "1 1048577", "1024 1025", "65536 1", "4294967295 1", "1 4294967295", "-5 1",
+          "1 -5", "99999999999 1", "0 1048577", "0 4294967295"}) {
         SCOPED_TRACE(counts);
         RecognitionModelHMM model;
         EXPECT_THROW(loadText(model, "1 1 0 n 1 1 1 0.5 1 1 1 7 first 1 1 1 1 1 1 1 second " +
@@ -253,6 +254,63 @@ TEST(HostileModelFile, TheGesturesVocabularyCopiesCountAgainstWhatAFileMayMake) 
     EXPECT_THROW(loadText(model, text), std::bad_alloc);
     EXPECT_LT(model.gestures.size(), 20U);
     EXPECT_EQ(model.recognitionHMM, nullptr);
+}
+
+TEST(HostileModelFile, AShortFileMayMakeSixteenMillionValuesInAll) {
+    // The combined model's vocabulary and emissions of 2^18 values each, with their copies, and
+    // the vocabulary once more for every gesture: the 60th would pass 2^24.
+    std::string text = "1 1 0 n 1 262144 1 0.5 1 1\n";
+    for (int k = 0; k < 2 * 262144; ++k) text += "0 ";
+    for (int g = 0; g < 60; ++g) text += "\ng 1 1 1 1 1 1 1";
+    RecognitionModelHMM model;
+    EXPECT_THROW(loadText(model, text), std::bad_alloc);
+    EXPECT_EQ(model.gestures.size(), 59U);
+    for (HMM* gesture : model.gestures) delete gesture;
+}
+
+TEST(HostileModelFile, GesturesCountAsWhatTheyAreBesidesTheirTables) {
+    // Their copies of the vocabulary alone would stay below 2^24 values.
+    constexpr std::size_t gestures = 16500;
+    constexpr std::size_t symbols = 1000;
+    constexpr std::size_t object = sizeof(Vesk::ML::LeftRightHMM) / sizeof(double);
+    static_assert(gestures * (symbols + 8) < (1U << 24));
+    static_assert(gestures * (symbols + object) > (1U << 24));
+    std::string text = "1 1 0 n 1 1000 1 0.5 1 1\n";
+    for (std::size_t k = 0; k < 2 * symbols; ++k) text += "0 ";
+    for (std::size_t g = 0; g < gestures; ++g) text += "g 0 0 1 1\n";
+    RecognitionModelHMM model;
+    EXPECT_THROW(loadText(model, text), std::bad_alloc);
+    for (HMM* gesture : model.gestures) delete gesture;
+}
+
+/// A file of so many bytes that ends, for its reader, behind `start`.
+std::string cutAndPadded(const std::string& start, std::size_t bytes) {
+    std::string text = start + " end";
+    text.resize(bytes, ' ');
+    return text;
+}
+
+TEST(HostileModelFile, EveryTableAndCopyCountsAgainstFourTimesTheBytes) {
+    // With n = 2048 states and symbols, a, b and their copies have 4 n^2 values, pi and the
+    // vocabulary with theirs 4 n: four times the bytes are n too few.
+    constexpr std::size_t n = 2048;
+    constexpr std::size_t bytes = n * n + 3 * n / 4;
+    RecognitionModelHMM combined;
+    EXPECT_THROW(loadText(combined, cutAndPadded("1 1 0 n 2048 2048 1 0.5", bytes)),
+                 std::bad_alloc);
+    EXPECT_EQ(combined.recognitionHMM, nullptr);
+    EXPECT_TRUE(combined.a.data.empty());
+}
+
+TEST(HostileModelFile, EveryTableOfAGestureCountsAgainstFourTimesTheBytes) {
+    // As above, but a gesture's vocabulary of n symbols is replaced by the combined model's of
+    // one: 4 n^2 + 3 n values, n / 2 more than four times the bytes.
+    constexpr std::size_t n = 2048;
+    constexpr std::size_t bytes = n * n + 5 * n / 8;
+    RecognitionModelHMM model;
+    EXPECT_THROW(loadText(model, cutAndPadded("1 1 0 n 1 1 1 0.5 1 1 1 7 g 2048 2048 1 1", bytes)),
+                 std::bad_alloc);
+    EXPECT_TRUE(model.gestures.empty());
 }
 
 TEST(HostileModelFile, ManyTinyGesturesAreTaken) {

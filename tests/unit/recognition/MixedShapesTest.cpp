@@ -187,6 +187,33 @@ TEST(MixedShapes, ADiagonalOutsideTheGesturesTableIsOutOfRange) {
     expectSameRecogniser(before, recogniserOf(model));
 }
 
+TEST(MixedShapes, FewerEmissionsThanTheGesturesShapeSaysAreOutOfRange) {
+    GestureSet set;
+    LeftRightHMM& gesture = set.add("short", 2, 2);
+    fill(gesture, {1, 0}, {0.5, 0.5, 0, 1}, {0.25, 0.75, 0.5, 0.5});
+    gesture.b.data.pop_back();
+    RecognitionModelHMM model(set.pointers(), 0.5);
+    const auto before = recogniserOf(model);
+    EXPECT_THROW(model.initialize(), std::out_of_range);
+    expectSameRecogniser(before, recogniserOf(model));
+}
+
+TEST(MixedShapes, StagingTablesOfTheRightShapeButTooFewValuesAreOutOfRangeAndChangeNothing) {
+    for (const bool transitions : {true, false}) {
+        SCOPED_TRACE(transitions);
+        GestureSet set;
+        LeftRightHMM& gesture = set.add("g", 2, 2);
+        fill(gesture, {1, 0}, {0.5, 0.5, 0, 1}, {0.25, 0.75, 0.5, 0.5});
+        RecognitionModelHMM model(set.pointers(), 0.5);
+        ASSERT_TRUE(model.initialize());
+        (transitions ? model.a : model.b).data.pop_back();
+        gesture.vocab.data = {7, 8};
+        const auto before = recogniserOf(model);
+        EXPECT_THROW(model.initialize(), std::out_of_range);
+        expectSameRecogniser(before, recogniserOf(model));
+    }
+}
+
 TEST(MixedShapes, MoreTransitionRowsThanStatesAreOutOfRange) {
     GestureSet set;
     LeftRightHMM& gesture = set.add("big", 2, 1);

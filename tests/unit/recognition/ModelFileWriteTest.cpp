@@ -373,6 +373,27 @@ TEST(WriteToStream, WritesInTheClassicLocaleWhateverTheStreamsIs) {
     EXPECT_EQ(out.str(), "wave\n1 2 1 3\n1\n0.5\n0.25 0.75\n");
 }
 
+TEST(WriteToStream, LeavesTheStreamItsLocale) {
+    Small small;
+    const std::locale commas(std::locale::classic(), new Commas);
+    std::stringstream out;
+    out.imbue(commas);
+    small.model.writeToStream(out, nullptr);
+    EXPECT_EQ(out.getloc(), commas);
+    small.model.writeToStream(out, small.model.gestures[0]);
+    EXPECT_EQ(out.getloc(), commas);
+    out.str("");
+    out << 1234.5;
+    EXPECT_EQ(out.str(), "1.234,5");
+}
+
+TEST(WriteToStream, WritesNoHeaderBlockWithoutACombinedModel) {
+    RecognitionModelHMM model;
+    std::stringstream out;
+    model.writeToStream(out, nullptr);
+    EXPECT_EQ(out.str(), "");
+}
+
 TEST(SaveModel, WritesTheSameFileAndSaysSo) {
     Small small;
     const TemporaryFolder folder;

@@ -212,6 +212,21 @@ TEST(ExportNode, CountsBoundTheListsAndColumnsGiveTheStep) {
     EXPECT_EQ(line(exported(model), "\tvocab ["), "\tvocab [ 5 7 ]");
 }
 
+TEST(ExportNode, AGesturesCountsBoundItsListsAndColumnsGiveTheStep) {
+    GestureSet set;
+    LeftRightHMM& gesture = set.add("g", 3, 3);
+    fill(gesture, {1, 2, 3}, {1, 2, 3, 4, 5, 6, 7, 8, 9}, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+    gesture.numStates = 2;
+    gesture.vocabSize = 1;
+    RecognitionModelHMM model(set.pointers(), 0.5);
+    const std::string text = exported(model);
+    EXPECT_EQ(line(text, "\t\t\tnumStates"), "\t\t\tnumStates 2");
+    EXPECT_EQ(line(text, "\t\t\tvocabSize"), "\t\t\tvocabSize 1");
+    EXPECT_EQ(line(text, "\t\t\tinitialStateProbs"), "\t\t\tinitialStateProbs [ 1 2 ]");
+    EXPECT_EQ(line(text, "\t\t\ttransitionProbs"), "\t\t\ttransitionProbs [ 1 2 4 5 ]");
+    EXPECT_EQ(line(text, "\t\t\temissionProbs"), "\t\t\temissionProbs [ 1 4 ]");
+}
+
 TEST(ExportNode, CountsWithoutStatesOrSymbolsGiveEmptyLists) {
     RecognitionModelHMM model;
     model.numStates = 1;

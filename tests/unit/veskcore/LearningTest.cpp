@@ -77,6 +77,13 @@ TEST(LearningTest, MeanWithoutADirectionKeepsTheCentre) {
     EXPECT_NEAR(centres.at(1), 270.5, 1e-9);
 }
 
+TEST(LearningTest, ManyAnglesThatCancelOutKeepTheCentre) {
+    // What rounding leaves of their sum grows with their number.
+    Rows data;
+    for (int n = 0; n < 100000; ++n) data.push_back({20.0, 140.0, 260.0});
+    EXPECT_TRUE(bitEqual(std::vector<double>{-7.0}, learnt({-7.0}, data)));
+}
+
 TEST(LearningTest, AlmostOppositeAnglesStillHaveADirection) {
     // The mean resultant length is cos(89.999 degrees) = 1.7e-5.
     EXPECT_NEAR(learnt({77.0}, {{0.001, 179.999}}).at(0), 90.0, 1e-6);
@@ -175,6 +182,15 @@ TEST(LearningTest, MovementIsMeasuredAroundTheCircle) {
     EXPECT_TRUE(sameDirections({10.1, 60.1}, learnt({359.7, 39.8}, {{0.3, 19.9, 60.1}}, -1, 0.5)));
 }
 
+TEST(LearningTest, MovementEqualToTheThresholdGoesOn) {
+    // Centres 359 and 41, half way 20: {0}, {20.3, 61.7}. The first moves by exactly 1 to 0, the
+    // second stays at 41. Half way is 20.5 then, so a second round gives 20.3 to the first.
+    const Rows data = {{0.0, 20.3, 61.7}};
+    EXPECT_TRUE(sameDirections({10.15, 61.7}, learnt({359.0, 41.0}, data, -1, 1.0)));
+    EXPECT_TRUE(
+        sameDirections({0.0, 41.0}, learnt({359.0, 41.0}, data, -1, std::nextafter(1.0, 2.0))));
+}
+
 TEST(LearningTest, LearningTwiceGoesOnFromTheCentresReached) {
     Rows data = threeRoundsData;
     KMeansMotionVec clusterer(threeRoundsCentres, data);
@@ -213,6 +229,19 @@ TEST(LearningTest, LearningEndsOnSymmetricData) {
                 ASSERT_EQ(learnt(centres, data, -1, threshold).size(), static_cast<std::size_t>(k));
             }
         }
+    }
+}
+
+TEST(LearningTest, LearningEndsWhereEqualCentresDifferByRounding) {
+    // The first and the last centre both come to 36.1, up to rounding that may let the angles
+    // around it change between the two for ever. Seen from 216.1, the other three angles are
+    // (1, 0) + 2 (1 / 2, sqrt(3) / 2).
+    const Rows data = {{216.1, 276.1, 276.1, 36.1, 336.1, 96.1}};
+    const double other = 216.1 + std::atan(std::sqrt(3.0) / 2.0) * 180.0 / 3.141592653589793;
+    for (const double threshold : {1.0, 0.0, -1.0, nan}) {
+        SCOPED_TRACE(threshold);
+        EXPECT_TRUE(
+            sameDirections({36.1, other, 36.1}, learnt({36.1, 246.1, 36.1}, data, -1, threshold)));
     }
 }
 
