@@ -96,17 +96,36 @@ void composeEmissions(RecognitionModelHMM& model) {
     }
 }
 
-void copyStagingFields(const RecognitionModelHMM& model, HMM& combined) {
-    combined.name = model.name;
-    combined.vocab = model.vocab;
-    combined.pi = model.pi;
-    combined.a = model.a;
-    combined.b = model.b;
+/// A model of the recognition model's sizes, with room for copies of its staging fields.
+/// std::bad_alloc for sizes whose tables no `resize` makes, whatever the fields hold.
+HMM* newCombinedModel(const RecognitionModelHMM& model) {
+    const auto N = static_cast<unsigned int>(std::max(static_cast<int>(model.numStates), 1));
+    const auto M = static_cast<unsigned int>(std::max(static_cast<int>(model.vocabSize), 1));
+    extentAfterResize({}, N, N);
+    extentAfterResize({}, N, M);
+    auto combined = std::make_unique<HMM>(1, 1);
+    combined->numStates = N;
+    combined->vocabSize = M;
+    combined->a.data.reserve(model.a.data.size());
+    combined->b.data.reserve(model.b.data.size());
+    combined->vocab.data.reserve(model.vocab.data.size());
+    combined->pi.reserve(model.pi.size());
+    return internal::keepForever(std::move(combined));
 }
 
-HMM* newCombinedModel(const RecognitionModelHMM& model) {
-    return internal::keepForever(std::make_unique<HMM>(static_cast<int>(model.numStates),
-                                                       static_cast<int>(model.vocabSize)));
+/// Writes each value once: the tables are neither cleared before nor grown.
+void copyTable(const MatrixT<double>& from, MatrixT<double>& to) {
+    to.data = from.data;
+    to.rows = from.rows;
+    to.cols = from.cols;
+}
+
+void copyStagingFields(const RecognitionModelHMM& model, HMM& combined) {
+    combined.name = model.name;
+    combined.pi = model.pi;
+    copyTable(model.vocab, combined.vocab);
+    copyTable(model.a, combined.a);
+    copyTable(model.b, combined.b);
 }
 
 }  // namespace
@@ -156,8 +175,7 @@ bool RecognitionModelHMM::setParameters() {
     requireRoom(gestures,
                 {numStates, static_cast<std::int64_t>(pi.size()), extentOf(a), extentOf(b)});
     recognitionHMM = newCombinedModel(*this);
-    const double share = divide(1.0, numStates);
-    std::fill_n(pi.begin(), numStates, share);
+    std::fill_n(pi.begin(), numStates, divide(1.0, numStates));
     composeTransitions(*this);
     composeEmissions(*this);
     copyStagingFields(*this, *recognitionHMM);

@@ -12,9 +12,9 @@ double reduced(double degrees);
 /// The distance of two reduced angles on the circle, in [0, 180].
 double circularDistance(double x, double y);
 
-/// Finds the centre nearest to an angle in O(log k + e), e the number of centres that rounding
-/// makes equally far (one or two, unless they crowd within 1e-13 degrees), with the answer of a
-/// direct comparison of all distances as computed: the lowest index among the smallest.
+/// Finds the centre nearest to an angle with the answer of a direct comparison of all distances as
+/// computed: the lowest index among the smallest. O(1) where the centres are spread, else
+/// O(log k + e), e the number of centres that rounding makes equally far.
 class NearestCentre {
 public:
     /// Takes a sorted view of the centres; at least one. O(k log k).
@@ -29,15 +29,20 @@ private:
         int index;     ///< the lowest among equal centres
     };
 
-    struct Nearest {
-        double distance;
-        int index;
-    };
+    std::size_t cellOf(double angle) const {
+        return static_cast<std::size_t>(angle * cellsPerDegree);
+    }
 
-    /// Takes in the centre at `start` and those beyond it that are equally far.
-    void considerFrom(std::size_t start, bool upwards, double angle, Nearest& nearest) const;
+    /// The first entry not below a reduced angle; the number of entries where there is none.
+    std::size_t lowerBound(double angle) const;
 
-    std::vector<Entry> sorted;  ///< the finite centres, by angle, each angle once
+    /// The answer where rounding can make more than the two neighbours equally far.
+    int amongEquals(std::size_t above, std::size_t below, double angle) const;
+
+    std::vector<Entry> sorted;       ///< the finite centres, by angle, each angle once
+    std::vector<std::size_t> cells;  ///< how many entries lie in lower cells of the circle
+    double cellsPerDegree = 0.0;
+    bool crowded = false;  ///< some distances could come out equal that are not
 };
 
 }  // namespace Vesk::ML::internal
