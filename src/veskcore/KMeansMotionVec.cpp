@@ -29,46 +29,42 @@ struct Resultant {
     double direction() const { return internal::reduced(std::atan2(y, x) / radiansPerDegree); }
 };
 
-/// A finite angle with its unit vector, which every iteration needs.
-struct Angle {
-    double degrees;
-    double x;
-    double y;
-    int cluster;
-};
+/// The finite angles in ascending order, with their unit vectors, which every iteration needs.
+struct Angles {
+    std::vector<double> degrees;
+    std::vector<double> x;
+    std::vector<double> y;
 
-std::vector<Angle> finiteAngles(const std::vector<std::vector<double>>& data) {
-    std::vector<Angle> angles;
-    for (const std::vector<double>& row : data) {
-        for (const double value : row) {
-            if (!std::isfinite(value)) continue;
-            const double degrees = internal::reduced(value);
-            const double radians = degrees * radiansPerDegree;
-            angles.push_back({degrees, std::cos(radians), std::sin(radians), -1});
+    explicit Angles(const std::vector<std::vector<double>>& data) {
+        for (const std::vector<double>& row : data) {
+            for (const double value : row) {
+                if (std::isfinite(value)) degrees.push_back(internal::reduced(value));
+            }
+        }
+        std::sort(degrees.begin(), degrees.end());
+        x.reserve(degrees.size());
+        y.reserve(degrees.size());
+        for (const double angle : degrees) {
+            const double radians = angle * radiansPerDegree;
+            x.push_back(std::cos(radians));
+            y.push_back(std::sin(radians));
         }
     }
-    return angles;
-}
+};
 
-/// Gives every angle its nearest centre; whether any of them changed it.
-bool assign(std::vector<Angle>& angles, const std::vector<double>& centres) {
-    const internal::NearestCentre nearest(centres);
-    bool changed = false;
-    for (Angle& angle : angles) {
-        const int cluster = nearest(angle.degrees);
-        changed = changed || cluster != angle.cluster;
-        angle.cluster = cluster;
-    }
-    return changed;
-}
-
-std::vector<Resultant> resultants(const std::vector<Angle>& angles, std::size_t k) {
+/// Sums in the order of the angles.
+std::vector<Resultant> resultants(const Angles& angles, const std::vector<internal::Run>& clusters,
+                                  std::size_t k) {
     std::vector<Resultant> sums(k);
-    for (const Angle& angle : angles) {
-        Resultant& sum = sums[static_cast<std::size_t>(angle.cluster)];
-        sum.x += angle.x;
-        sum.y += angle.y;
-        sum.count += 1.0;
+    std::size_t i = 0;
+    for (const internal::Run& run : clusters) {
+        Resultant sum = sums[static_cast<std::size_t>(run.index)];
+        sum.count += static_cast<double>(run.end - i);
+        for (; i < run.end; ++i) {
+            sum.x += angles.x[i];
+            sum.y += angles.y[i];
+        }
+        sums[static_cast<std::size_t>(run.index)] = sum;
     }
     return sums;
 }
@@ -87,13 +83,16 @@ KMeansMotionVec::KMeansMotionVec(std::vector<double> centres,
 
 void KMeansMotionVec::learn(int maxIterations, double threshold) {
     if (centres.empty()) return;
-    std::vector<Angle> angles = finiteAngles(*data);
+    const Angles angles(*data);
+    std::vector<internal::Run> clusters;
     // The sum of resultant lengths is the sum of cos(angle - mean): every change of assignment
     // raises it, and stopping where rounding keeps it from rising makes the loop finite.
     double fit = -1.0;
     for (int iteration = 0; maxIterations < 0 || iteration < maxIterations; ++iteration) {
-        if (!assign(angles, centres)) return;
-        const std::vector<Resultant> sums = resultants(angles, centres.size());
+        std::vector<internal::Run> nearest = internal::NearestCentre(centres).runs(angles.degrees);
+        if (nearest == clusters) return;
+        clusters = std::move(nearest);
+        const std::vector<Resultant> sums = resultants(angles, clusters, centres.size());
         double newFit = 0.0;
         double largest = 0.0;
         for (std::size_t k = 0; k < sums.size(); ++k) {

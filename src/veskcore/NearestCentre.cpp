@@ -61,9 +61,9 @@ std::size_t NearestCentre::lowerBound(double angle) const {
     const auto at = [this](std::size_t position) {
         return sorted.begin() + static_cast<std::ptrdiff_t>(position);
     };
-    const auto found = std::lower_bound(
-        at(cells[cell]), at(cells[cell + 1]), angle,
-        [](const Entry& entry, double value) { return entry.angle < value; });
+    const auto found =
+        std::lower_bound(at(cells[cell]), at(cells[cell + 1]), angle,
+                         [](const Entry& entry, double value) { return entry.angle < value; });
     return static_cast<std::size_t>(found - sorted.begin());
 }
 
@@ -81,6 +81,36 @@ int NearestCentre::operator()(double angle) const {
     const double down = circularDistance(target, sorted[below].angle);
     if (up != down) return sorted[up < down ? above : below].index;
     return std::min(sorted[above].index, sorted[below].index);
+}
+
+std::vector<Run> NearestCentre::runs(const std::vector<double>& ascending) const {
+    std::vector<Run> found;
+    const auto add = [&](std::size_t end, int index) {
+        if (end == (found.empty() ? 0 : found.back().end)) return;
+        if (!found.empty() && found.back().index == index) {
+            found.back().end = end;
+        } else {
+            found.push_back({end, index});
+        }
+    };
+    if (crowded || sorted.empty()) {
+        for (std::size_t i = 0; i < ascending.size(); ++i) add(i + 1, (*this)(ascending[i]));
+        return found;
+    }
+    // Between two centres the answer changes once, from the lower one to the upper one.
+    const std::size_t k = sorted.size();
+    auto from = ascending.begin();
+    for (std::size_t i = 0; i <= k; ++i) {
+        const int lower = sorted[(i + k - 1) % k].index;
+        const auto to =
+            i == k ? ascending.end() : std::lower_bound(from, ascending.end(), sorted[i].angle);
+        const auto change =
+            std::partition_point(from, to, [&](double angle) { return (*this)(angle) == lower; });
+        add(static_cast<std::size_t>(change - ascending.begin()), lower);
+        add(static_cast<std::size_t>(to - ascending.begin()), sorted[i % k].index);
+        from = to;
+    }
+    return found;
 }
 
 int NearestCentre::amongEquals(std::size_t above, std::size_t below, double angle) const {

@@ -12,6 +12,14 @@ double reduced(double degrees);
 /// The distance of two reduced angles on the circle, in [0, 180].
 double circularDistance(double x, double y);
 
+/// Consecutive angles with the same nearest centre.
+struct Run {
+    std::size_t end;  ///< one past the last
+    int index;
+
+    bool operator==(const Run& other) const { return end == other.end && index == other.index; }
+};
+
 /// Finds the centre nearest to an angle with the answer of a direct comparison of all distances as
 /// computed: the lowest index among the smallest. O(1) where the centres are spread, else
 /// O(log k + e), e the number of centres that rounding makes equally far.
@@ -22,6 +30,10 @@ public:
 
     /// The index of the centre nearest to `angle`; 0 where the angle is not finite.
     int operator()(double angle) const;
+
+    /// The same for many reduced angles in ascending order, as runs of one answer in their order.
+    /// O(k log angles) unless centres are closer than rounding tells apart.
+    std::vector<Run> runs(const std::vector<double>& ascending) const;
 
 private:
     struct Entry {
