@@ -52,19 +52,27 @@ struct Angles {
     }
 };
 
-/// Sums in the order of the angles.
+/// Sums in the order of the angles, block by block: the rounding error of a sum grows with the
+/// square root of its length, not with its length.
 std::vector<Resultant> resultants(const Angles& angles, const std::vector<internal::Run>& clusters,
                                   std::size_t k) {
+    constexpr std::size_t block = 1024;
     std::vector<Resultant> sums(k);
     std::size_t i = 0;
     for (const internal::Run& run : clusters) {
-        Resultant sum = sums[static_cast<std::size_t>(run.index)];
+        Resultant& sum = sums[static_cast<std::size_t>(run.index)];
         sum.count += static_cast<double>(run.end - i);
-        for (; i < run.end; ++i) {
-            sum.x += angles.x[i];
-            sum.y += angles.y[i];
+        while (i < run.end) {
+            const std::size_t end = std::min(i + block, run.end);
+            double x = 0.0;
+            double y = 0.0;
+            for (; i < end; ++i) {
+                x += angles.x[i];
+                y += angles.y[i];
+            }
+            sum.x += x;
+            sum.y += y;
         }
-        sums[static_cast<std::size_t>(run.index)] = sum;
     }
     return sums;
 }
