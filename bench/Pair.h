@@ -57,6 +57,7 @@ void registerTraining();
 void registerRecognition();
 void registerQuantizer();
 void registerFiles();
+void registerCurves();
 
 }  // namespace Vesk::Bench
 

@@ -1,9 +1,9 @@
 """Prints the table of ratios: table.py <results of Google Benchmark, JSON>."""
 
-import json
 import re
-import statistics
 import sys
+
+from results import medians
 
 # What a row is to reach: how many times as fast as the peer and the plain version.
 GOALS = [
@@ -26,24 +26,15 @@ GOALS = [
     (r"classify ", {"plain": 1 / 1.5}),
     (r"learn ", {"plain": 10}),
 ]
-UNITS = {"ns": 1e-3, "us": 1.0, "ms": 1e3, "s": 1e6}
 
 
-def medians(path):
-    """{row: {contestant: median time in microseconds}}, rows in the order of registration."""
-    times = {}
-    with open(path) as file:
-        benchmarks = json.load(file)["benchmarks"]
-    for entry in sorted(benchmarks, key=lambda entry: entry["family_index"]):
-        if entry["run_type"] != "iteration":
-            continue
-        row, contestant = re.sub(r"/iterations:\d+.*|/repeats:\d+.*", "", entry["name"]).rsplit("/", 1)
-        time = entry["cpu_time"] * UNITS[entry["time_unit"]]
-        times.setdefault(row, {}).setdefault(contestant, []).append(time)
-    return {
-        row: {name: statistics.median(all_times) for name, all_times in contestants.items()}
-        for row, contestants in times.items()
-    }
+def rows(path):
+    """{row: {contestant: median time in microseconds}}."""
+    table = {}
+    for name, time in medians(path).items():
+        row, contestant = name.rsplit("/", 1)
+        table.setdefault(row, {})[contestant] = time
+    return table
 
 
 def goal_of(row):
@@ -53,7 +44,7 @@ def goal_of(row):
 def main():
     heads = ["ours/us", "plain/us", "peer/us", "plain/ours", "goal", "peer/ours", "goal"]
     print(f"{'':44}" + "".join(f"{head:>12}" for head in heads))
-    for row, times in medians(sys.argv[1]).items():
+    for row, times in rows(sys.argv[1]).items():
         cells = [f"{times[name]:.2f}" if name in times else "" for name in ("ours", "plain", "peer")]
         for name in ("plain", "peer"):
             goal = goal_of(row).get(name)
