@@ -78,7 +78,7 @@ std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
         }
         const int N = models[k].N;
         const double* last = alternating(columns[k])(T - 1);
-        results.push_back({orderedSum(last, N), last[N - 1]});
+        results.push_back({orderedSum(last, N), N > 0 ? last[N - 1] : 0.0});
     }
     return results;
 }

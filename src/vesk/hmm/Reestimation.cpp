@@ -28,7 +28,7 @@ Reestimation::Reestimation(Passes& passes, int vocabSize)
       P(passes.P),
       M(vocabSize),
       transitions(passes.scratch.zeros(
-          size(passes.transitions.isBand() ? passes.transitions.diagonals().width() : N), P)),
+          size(passes.transitions.isBand() ? passes.transitions.bandWidth() : N), P)),
       departures(passes.scratch.zeros(1, P)),
       matched(passes.scratch.zeros(size(M), P)),
       unmatched(passes.scratch.zeros(size(M), P)),
@@ -85,9 +85,9 @@ void Reestimation::addTransitions(const Tile& tile) {
         kernels.addJointBand(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps,
                              model.diagonals(), transitions, P);
     } else {
-        const double* rows = model.rows();
-        kernels.addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows,
-                         model.rowStride(), transitions, N, P);
+        const Transitions::Rows rows = model.rows();
+        kernels.addJoint(tile.alpha, tile.nextEmissions, tile.nextBeta, sums, tile.steps, rows.data,
+                         rows.stride, transitions, N, P);
     }
 }
 
@@ -102,7 +102,7 @@ void Reestimation::estimate(MatrixT<double>& a, MatrixT<double>& b) const {
         if (model.isBand()) {
             for (int j = 0; j < N; ++j) {
                 const int q = j - i - lo;
-                const bool inside = q >= 0 && q < model.diagonals().width();
+                const bool inside = q >= 0 && q < model.bandWidth();
                 a(i, j) = inside ? divide(sum[std::ptrdiff_t{P} * q + i], leaving) : 0.0;
             }
         } else {

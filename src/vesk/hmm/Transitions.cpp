@@ -12,9 +12,11 @@ namespace {
 /// Fewer states than these are not worth a test for even rows.
 constexpr int leastEvenStates = 32;
 
-/// Whether no vector of the rows that begin here lies in two cache lines.
-bool aligned(const double* rows) {
-    return reinterpret_cast<std::uintptr_t>(rows) % (Vesk::Kernels::lanes * sizeof(double)) == 0;
+/// Whether no vector of any row lies in two cache lines.
+bool aligned(const Vesk::Math::internal::Table<const double>& a) {
+    constexpr std::size_t line = Vesk::Kernels::lanes * sizeof(double);
+    return reinterpret_cast<std::uintptr_t>(a.data) % line == 0 &&
+           a.stride % Vesk::Kernels::lanes == 0;
 }
 
 }  // namespace
@@ -93,17 +95,15 @@ void Transitions::layOutBand(Diagonals used) {
     band = {used.lo, used.hi, departing, arriving};
 }
 
-const double* Transitions::rows() {
-    if (denseRows != nullptr) return denseRows;
-    if (N == P && aligned(a.data)) {
-        denseRows = a.data;
-        stride = a.stride;
+Transitions::Rows Transitions::rows() {
+    if (denseRows.data != nullptr) return denseRows;
+    if (N == P && aligned(a)) {
+        denseRows = {a.data, a.stride};
         return denseRows;
     }
     double* packed = scratch.zeros(static_cast<std::size_t>(N), P);
     for (int i = 0; i < N; ++i) std::copy_n(a.row(i), N, packed + std::ptrdiff_t{P} * i);
-    denseRows = packed;
-    stride = P;
+    denseRows = {packed, P};
     return denseRows;
 }
 
@@ -118,8 +118,8 @@ void Transitions::layOutColumns() {
 
 void Transitions::forwardAllTerms(const double* from, const double* e, double* to) {
     if (form == Form::Dense) {
-        const double* aRows = rows();
-        kernels.forward(from, aRows, stride, e, to, N, P);
+        const Rows laidOut = rows();
+        kernels.forward(from, laidOut.data, laidOut.stride, e, to, N, P);
         return;
     }
     double* self = products;
@@ -139,6 +139,9 @@ bool Transitions::exact() const {
                        [](double value) { return value == 0.0; });
 }
 
-void Transitions::takeAllTerms() { form = Form::Dense; }
+void Transitions::takeAllTerms() {
+    if (form == Form::Band) form = Form::Dense;
+    std::fill(std::begin(watch), std::end(watch), 0.0);
+}
 
 }  // namespace Vesk::ML::internal

@@ -39,6 +39,7 @@ Vesk::Math::MatrixT<double> HMM::viterbi(Vesk::Math::VectorT<int> observation, i
     if (T < 1) return result;
     const internal::Parameters p = internal::parametersFor(*this, vocabSize, T);
     const int* o = internal::observed(observation, T, vocabSize);
+    if (p.N < 1) Vesk::Math::internal::throwTableTooSmall();
     const int P = padded(p.N);
 
     internal::Scratch scratch;

@@ -109,12 +109,11 @@ void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
     });
 }
 
-void scaleFactors(Passes& passes, const std::vector<Track>& tracks) {
-    std::vector<Columns> columns;
-    for (std::size_t k = 0; k < tracks.size(); ++k) columns.push_back(passes.columns(2));
+void scaleFactors(Passes& passes, const std::vector<Track>& tracks,
+                  const std::vector<Columns>& two) {
     completeAll(tracks, [&](std::size_t k) {
         return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale,
-                                 alternating(columns[k]), asItIs);
+                                 alternating(two[k]), asItIs);
     });
 }
 

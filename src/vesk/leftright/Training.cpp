@@ -79,13 +79,13 @@ public:
         return passes;
     }
 
-    /// Tables that any group's sequences fit in.
-    std::vector<internal::Columns> tables(const internal::Passes& passes) const {
+    /// Tables of `count` times, one for each sequence of any group.
+    std::vector<internal::Columns> tables(const internal::Passes& passes, int count) const {
         std::vector<internal::Columns> columns;
         if (groups.empty()) return columns;
         // The first group is the largest.
         for (std::size_t k = 0; k < groups[0].size(); ++k) {
-            columns.push_back(passes.columns(longest));
+            columns.push_back(passes.columns(count));
         }
         return columns;
     }
@@ -111,8 +111,8 @@ double reestimate(const internal::Parameters& parameters, int M, const TrainingS
                   MatrixT<double>& a, MatrixT<double>& b) {
     internal::Scratch scratch;
     internal::Passes passes = set.passesOf(scratch, parameters);
-    const std::vector<internal::Columns> alpha = set.tables(passes);
-    const std::vector<internal::Columns> beta = set.tables(passes);
+    const std::vector<internal::Columns> alpha = set.tables(passes, set.longest);
+    const std::vector<internal::Columns> beta = set.tables(passes, set.longest);
     double sum = 0.0;
     passes.exactly([&] {
         internal::Reestimation reestimation(passes, M);
@@ -133,9 +133,10 @@ double reestimate(const internal::Parameters& parameters, int M, const TrainingS
 double logLikelihood(const internal::Parameters& parameters, const TrainingSet& set) {
     internal::Scratch scratch;
     internal::Passes passes = set.passesOf(scratch, parameters);
+    const std::vector<internal::Columns> two = set.tables(passes, 2);
     double sum = 0.0;
     for (const std::vector<internal::Track>& group : set.groups) {
-        passes.exactly([&] { internal::scaleFactors(passes, group); });
+        passes.exactly([&] { internal::scaleFactors(passes, group, two); });
         addLogLikelihoods(group, sum);
     }
     return sum;

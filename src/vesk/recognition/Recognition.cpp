@@ -24,7 +24,7 @@ std::int64_t alphabetOf(const Sequence& sequence) {
 }
 
 /// The rules of recognition. Tells `observer` the threshold, and for every gesture its weighted
-/// probability and then its weighted gamma, each as soon as it is known.
+/// probability and then its weighted gamma, in the order of the gestures.
 template <typename Observer>
 Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence,
                       Observer&& observer) {
@@ -84,7 +84,7 @@ struct Silent {
     void onGamma(std::size_t, double) {}
 };
 
-/// Writes each line where it is due, also before an evaluation that may throw.
+/// Writes what is known before a gesture whose tables are too small.
 struct Printing {
     void onThreshold(double threshold) { std::cout << "threshold = " << threshold << std::endl; }
     void onProbability(std::size_t gesture, double weighted) {

@@ -108,4 +108,10 @@ TEST(HmmBaumWelch, AddsTheReferenceInTheOrderOfTheStates) {
     EXPECT_TRUE(modelsEqual(withFirstValues(quarter, quarter, below), keeping));
 }
 
+TEST(HmmViterbi, NoStatesAreOutOfRange) {
+    HMM model(1, 2);
+    model.numStates = 0;
+    EXPECT_THROW(model.viterbi({1, 0}, 2), std::out_of_range);
+}
+
 }  // namespace

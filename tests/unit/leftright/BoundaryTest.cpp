@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -58,6 +59,14 @@ TEST(LeftRightEqualSegments, SymbolsPastTheLastStatesSegmentAreLost) {
     model.estimate(HMM::EqualSegments, sequences);
     EXPECT_TRUE(bitEqual(std::vector<double>{67108864.0 / 67108865.0, 1.0 / 67108865.0, 0.0},
                          model.b.data));
+}
+
+TEST(LeftRightMultipleTraining, AnAlphabetBeyond31BitsIsBadAlloc) {
+    LeftRightHMM model(1, 2, 1);
+    for (const unsigned int M : {4294967295U, 2147483648U}) {
+        model.vocabSize = M;
+        EXPECT_THROW(model.trainMultiple({}, 1), std::bad_alloc);
+    }
 }
 
 }  // namespace

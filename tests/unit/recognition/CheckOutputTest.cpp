@@ -6,6 +6,7 @@
 #include <iomanip>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,29 @@ TEST(CheckOutput, AnImpossibleSequenceHasGammaZero) {
     Capture capture;
     EXPECT_EQ(model.check({0, 1}), "");
     EXPECT_EQ(capture.text(), "threshold = 0\nprob[0] = 0\ngamma = 0\n");
+}
+
+TEST(CheckOutput, GesturesBeforeOneWithTooSmallATableAreWritten) {
+    enum class Missing { Pi, A, B };
+    for (const Missing missing : {Missing::Pi, Missing::A, Missing::B}) {
+        SCOPED_TRACE(testing::Message() << "missing table " << static_cast<int>(missing));
+        GestureSet set = twoGestures();
+        HMM& damaged = set.add("damaged", 2, 2);
+        switch (missing) {
+            case Missing::Pi: damaged.pi.clear(); break;
+            case Missing::A: damaged.a.resize(1, 1); break;
+            default: damaged.b.resize(1, 1); break;
+        }
+        RecognitionModelHMM model(set.pointers(), 0.25);
+        Capture capture;
+        EXPECT_THROW(model.check({0, 0}), std::out_of_range);
+        EXPECT_EQ(capture.text(),
+                  "threshold = 0\n"
+                  "prob[0] = 0.140625\n"
+                  "gamma = 0.25\n"
+                  "prob[1] = 0.09375\n"
+                  "gamma = 0.166667\n");
+    }
 }
 
 TEST(CheckOutput, ANegativeShareWritesANegativeZero) {

@@ -245,6 +245,14 @@ TEST(LearningTest, LearningEndsWhereEqualCentresDifferByRounding) {
     }
 }
 
+TEST(LearningTest, OfCentresTooCloseToTellApartTheFirstGetsTheAngles) {
+    // 90 degrees from 100 to either, as computed.
+    const double next = std::nextafter(10.0, 11.0);
+    const std::vector<double> centres = learnt({10.0, next, 200.0}, {{100.0}}, 1);
+    EXPECT_TRUE(sameDirections({100.0, next, 200.0}, centres));
+    EXPECT_TRUE(bitEqual(next, centres[1]));
+}
+
 TEST(LearningTest, LearningEndsOnManyAngles) {
     Random random(5);
     Rows data(1);

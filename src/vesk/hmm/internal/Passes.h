@@ -165,10 +165,10 @@ inline constexpr std::size_t passesTogether = 4;
 
 /// Where a pass that keeps every column puts column t, and where one that keeps two does.
 inline auto all(const Columns& table) {
-    return [&table](int t) { return table[t]; };
+    return [table](int t) { return table[t]; };
 }
 inline auto alternating(const Columns& two) {
-    return [&two](int t) { return two[t & 1]; };
+    return [two](int t) { return two[t & 1]; };
 }
 
 /// For passes whose columns need no finish.

@@ -4,7 +4,9 @@
 #include <vesk/kernels/internal/Kernels.h>
 
 #include <cstddef>
+#include <limits>
 #include <memory>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -17,10 +19,14 @@ public:
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    /// rows x cols copies of a value, aligned for the kernels.
+    /// rows x cols copies of a value, aligned for the kernels. std::bad_alloc for a number of
+    /// columns below zero, as for all that no memory can hold.
     template <typename T>
     T* filled(std::size_t rows, int cols, T value) {
-        const std::size_t count = rows * static_cast<std::size_t>(cols);
+        constexpr std::size_t most = std::numeric_limits<std::size_t>::max() / sizeof(T) / 2;
+        const auto width = static_cast<std::size_t>(cols);
+        if (cols < 0 || (cols > 0 && rows > most / width)) throw std::bad_alloc();
+        const std::size_t count = rows * width;
         auto* values = static_cast<T*>(allocate(count * sizeof(T)));
         std::uninitialized_fill_n(values, count, value);
         return values;
@@ -31,6 +37,12 @@ private:
     static constexpr std::size_t alignment = Vesk::Kernels::lanes * sizeof(double);
     /// Enough for a pass over a gesture model of 16 states and symbols.
     static constexpr std::size_t roomSize = 8192;
+    /// A table of its own each, so that a step out of one is seen.
+#ifdef __SANITIZE_ADDRESS__
+    static constexpr bool sanitized = true;
+#else
+    static constexpr bool sanitized = false;
+#endif
 
     void* allocate(std::size_t size) {
         if (void* place = std::align(alignment, size, next, left)) {
@@ -47,7 +59,7 @@ private:
 
     alignas(alignment) std::byte room[roomSize];
     void* next = room;
-    std::size_t left = roomSize;
+    std::size_t left = sanitized ? 0 : roomSize;
     std::vector<std::unique_ptr<std::byte[]>> blocks;
 };
 

@@ -63,9 +63,14 @@ public:
     bool isShort() const { return isBand() && fitsShort(band.lo, band.hi); }
     const Vesk::Kernels::Band& diagonals() const { return band; }
 
-    /// Rows of a, padded, `rowStride` apart.
-    const double* rows();
-    std::ptrdiff_t rowStride() const { return stride; }
+    int bandWidth() const { return band.hi - band.lo + 1; }
+
+    /// Rows of a as the dense kernels want them.
+    struct Rows {
+        const double* data;
+        std::ptrdiff_t stride;
+    };
+    Rows rows();
 
     const Vesk::Math::internal::Table<const double> a;
 
@@ -88,8 +93,7 @@ private:
     Form form = Form::Dense;
     int reach = 0;
     Vesk::Kernels::Band band{};
-    const double* denseRows = nullptr;
-    std::ptrdiff_t stride = 0;
+    Rows denseRows{nullptr, 0};
     double* columns = nullptr;   ///< a by columns, for the way back
     double* products = nullptr;  ///< of the even form: factors and products, 4 columns
     double watch[Vesk::Kernels::lanes] = {};

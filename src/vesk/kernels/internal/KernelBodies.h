@@ -56,6 +56,8 @@ inline V guarded(V x, V y) {
     return x == splat(0.0) ? splat(0.0) : q;
 }
 
+inline int widthOf(const Band& band) { return band.hi - band.lo + 1; }
+
 template <int B>
 struct Vectors {
     static constexpr int count = B;
@@ -130,7 +132,7 @@ void backward(const double* next, const double* aByColumn, std::ptrdiff_t stride
 
 void forwardBand(const double* from, const Band& band, const double* e, double* to, int P,
                  double* watch) {
-    const int width = band.width();
+    const int width = widthOf(band);
     const double* first = from - band.hi;
     const double* a = band.arriving;
     V odd = load(watch);
@@ -153,7 +155,7 @@ void forwardBand(const double* from, const Band& band, const double* e, double* 
 
 void backwardBand(const double* next, const Band& band, const double* e, double* to, int P,
                   double* watch) {
-    const int width = band.width();
+    const int width = widthOf(band);
     const double* a = band.departing;
     V odd = load(watch);
     const int lo = band.lo;
@@ -387,7 +389,7 @@ void addJoint(const double* const* alpha, const double* const* e, const double* 
 
 void addJointBand(const double* const* alpha, const double* const* e, const double* const* beta,
                   const double* sums, int times, const Band& band, double* transitions, int P) {
-    for (int q = 0; q < band.width(); ++q) {
+    for (int q = 0; q < widthOf(band); ++q) {
         const std::ptrdiff_t d = band.lo + q;
         const double* row = band.departing + static_cast<std::ptrdiff_t>(P) * q;
         double* added = transitions + static_cast<std::ptrdiff_t>(P) * q;
@@ -484,9 +486,25 @@ void viterbi(const double* score, const double* logA, const double* logE, int lo
 
 extern const Set VESK_KERNELS;
 const Set VESK_KERNELS = {
-    allEqual, forward,      backward,      forwardBand, backwardBand,  forwardShort, forwardEven,
-    multiply, divide,       divideGuarded, transpose,   posteriorSums, jointSums,    posteriors,
-    addJoint, addJointBand, addColumns,    addToOthers, viterbi,
+    .allEqual = allEqual,
+    .forward = forward,
+    .backward = backward,
+    .forwardBand = forwardBand,
+    .backwardBand = backwardBand,
+    .forwardShort = forwardShort,
+    .forwardEven = forwardEven,
+    .multiply = multiply,
+    .divide = divide,
+    .divideGuarded = divideGuarded,
+    .transpose = transpose,
+    .posteriorSums = posteriorSums,
+    .jointSums = jointSums,
+    .posteriors = posteriors,
+    .addJoint = addJoint,
+    .addJointBand = addJointBand,
+    .addColumns = addColumns,
+    .addToOthers = addToOthers,
+    .viterbi = viterbi,
 };
 
 }  // namespace Vesk::Kernels

@@ -23,8 +23,6 @@ struct Band {
     int hi;
     const double* departing;  ///< (hi - lo + 1) x P
     const double* arriving;   ///< (hi - lo + 1) x P
-
-    int width() const { return hi - lo + 1; }
 };
 
 /// The arithmetic of the algorithms on columns of P values (N padded to `lanes`), in one order of

@@ -31,8 +31,9 @@ void scaledForward(Passes& passes, const std::vector<Track>& tracks,
 void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
                     const std::vector<Columns>& beta);
 
-/// Fills the scale factors of several sequences with forward passes that keep no tables.
-void scaleFactors(Passes& passes, const std::vector<Track>& tracks);
+/// Fills the scale factors of several sequences with forward passes that keep two columns each.
+void scaleFactors(Passes& passes, const std::vector<Track>& tracks,
+                  const std::vector<Columns>& two);
 
 /// ln P(o) from the factors of a forward pass.
 double logLikelihoodOf(const double* scale, int T);
