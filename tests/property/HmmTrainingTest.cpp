@@ -53,6 +53,25 @@ TEST(HmmTrainingProperty, SmallModelsAreTrainedAsPlainly) {
     EXPECT_GT(refused, 500);
 }
 
+TEST(HmmTrainingProperty, ModelsOfTwoDiagonalsAreTrainedAsPlainly) {
+    int adopted = 0;
+    for (std::uint64_t seed = 50001; seed <= 54000; ++seed) {
+        SCOPED_TRACE(seed);
+        Case c(seed, 8, 5, 8);
+        for (int i = 0; i < c.model.N; ++i) {
+            for (int j = 0; j < c.model.N; ++j) {
+                if (j == i || j == i + 1) continue;
+                c.model.a[Reference::at(i)][Reference::at(j)] = 0.0;
+            }
+        }
+        HMM model = modelOf(c.model);
+        adopted += Reference::baumWelch(c.model, c.o, c.T, 2);
+        model.baumWelch(c.o, c.T, 2);
+        ASSERT_TRUE(modelsEqual(c.model, model));
+    }
+    EXPECT_GT(adopted, 500);
+}
+
 TEST(HmmTrainingProperty, LargerModelsAreTrainedAsPlainly) {
     for (std::uint64_t seed = 10001; seed <= 10150; ++seed) {
         SCOPED_TRACE(seed);

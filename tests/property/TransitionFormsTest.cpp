@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
 #include <limits>
@@ -17,6 +19,7 @@
 namespace {
 
 using Vesk::ML::LeftRightHMM;
+using Vesk::ML::TrainingStep;
 using namespace Vesk::Test;
 
 /// What transitions may look like.
@@ -111,6 +114,32 @@ TEST(TransitionForms, PassesAndPathsAreTheLiteralOnes) {
     }
 }
 
+TEST(TransitionForms, InfinityCountsAlsoWhereNoTransitionLeadsOn) {
+    constexpr int N = 8;
+    Reference::LeftRightModel reference = Reference::makeLeftRight(N, 2, 1);
+    reference.pi.assign(N, 0.0);
+    reference.pi[N - 1] = 1e300;
+    reference.a = Reference::zeros(N, N);
+    for (std::size_t i = 0; i + 1 < N; ++i) reference.a[i][i + 1] = i == 0 ? 1e300 : 1.0;
+    reference.b = Reference::zeros(N, 2);
+    reference.b[1][0] = 1e300;
+    reference.b[2][0] = 1e-300;
+    reference.b[N - 1][1] = 1e300;
+    LeftRightHMM model = libraryModel(reference);
+    constexpr int T = 5;
+
+    // Infinite in the first state at T - 2, which no state leads to.
+    const std::vector<int> backwards(T, 0);
+    const auto beta = matrixOf(Reference::backwardProc(reference, backwards, T));
+    ASSERT_TRUE(std::isinf(beta(0, T - 2)) && std::isnan(beta(N - 1, 0)));
+    EXPECT_TRUE(bitEqual(beta, model.backwardProc(backwards, T)));
+    // Infinite in the last state at 0, which leads to none.
+    const std::vector<int> forwards(T, 1);
+    const auto alpha = matrixOf(Reference::forwardProc(reference, forwards, T));
+    ASSERT_TRUE(std::isinf(alpha(N - 1, 0)) && std::isnan(alpha(0, T - 1)));
+    EXPECT_TRUE(bitEqual(alpha, model.forwardProc(forwards, T)));
+}
+
 TEST(TransitionForms, TrainingIsTheLiteralOne) {
     int adopted = 0;
     for (std::uint64_t seed = 1; seed <= VESK_CASES / 10; ++seed) {
@@ -125,8 +154,17 @@ TEST(TransitionForms, TrainingIsTheLiteralOne) {
         Reference::LeftRightModel expected = start;
         const auto steps = Reference::baumWelchMultiple(expected, sequences, 2);
         LeftRightHMM model = libraryModel(start);
-        model.trainMultiple(sequences, 2);
+        std::vector<TrainingStep> told;
+        model.trainMultiple(sequences, 2, [&told](const TrainingStep& step) {
+            told.push_back(step);
+            return true;
+        });
         ASSERT_TRUE(sameModel(expected, model));
+        ASSERT_EQ(told.size(), steps.size());
+        for (std::size_t n = 0; n < steps.size(); ++n) {
+            ASSERT_TRUE(bitEqual(steps[n].oldLog, told[n].oldLogLikelihood));
+            ASSERT_TRUE(bitEqual(steps[n].newLog, told[n].newLogLikelihood));
+        }
         for (const Reference::Step& step : steps) adopted += step.accepted ? 1 : 0;
 
         const std::vector<int>& o = sequences[0];

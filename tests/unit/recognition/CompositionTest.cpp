@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -346,6 +347,22 @@ TEST(CreateFromParameters, TakesStagingShapesThatDisagreeWithTheCounts) {
     EXPECT_EQ(model.recognitionHMM->b.rows, 2);
     EXPECT_EQ(model.recognitionHMM->b.cols, 0);
     EXPECT_EQ(model.recognitionHMM->vocab.rows, 0);
+}
+
+TEST(CreateFromParameters, CountsWhoseTablesNoResizeMakesAreRefused) {
+    const struct {
+        unsigned int states;
+        unsigned int symbols;
+    } counts[] = {{46341, 1}, {40000, 60000}};  // products from 2^31 on, below 2^32
+    for (const auto& [states, symbols] : counts) {
+        SCOPED_TRACE(testing::Message() << states << " states, " << symbols << " symbols");
+        RecognitionModelHMM model;
+        model.numStates = states;
+        model.vocabSize = symbols;
+        EXPECT_THROW(model.createRecognitionHMMfromParameters(), std::bad_alloc);
+        EXPECT_EQ(model.recognitionHMM, nullptr);
+        EXPECT_FALSE(model.fromParameters);
+    }
 }
 
 TEST(CreateFromParameters, EveryCallMakesANewCombinedModel) {
