@@ -10,7 +10,8 @@ MatrixT<double> forward(const Parameters& parameters, const int* o, int T) {
     MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return alpha;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(ForwardPass(passes, o, T, alternating(columns),
@@ -23,7 +24,8 @@ MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
     MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return beta;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(BackwardPass(passes, o, T, 1.0, alternating(columns),
@@ -48,14 +50,14 @@ const double* lastColumn(Passes& passes, const int* o, int T, const Columns& col
 
 }  // namespace
 
-std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models, const int* o,
-                                          int T) {
+std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
+                                          const Symbols& symbols, const int* o, int T) {
     Scratch scratch;
     std::vector<Passes> passes;
     std::vector<Columns> columns;
     passes.reserve(models.size());
     for (const Parameters& parameters : models) {
-        passes.emplace_back(scratch, parameters, o, T);
+        passes.emplace_back(scratch, parameters, symbols);
         columns.push_back(passes.back().columns(2));
     }
     const auto passOver = [&](std::size_t k) {
@@ -63,10 +65,7 @@ std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
     };
     std::vector<decltype(passOver(0))> together;
     together.reserve(models.size());
-    for (std::size_t k = 0; k < models.size(); ++k) {
-        if (!passes[k].emissions.finite()) passes[k].transitions.takeAllTerms();
-        together.push_back(passOver(k));
-    }
+    for (std::size_t k = 0; k < models.size(); ++k) together.push_back(passOver(k));
     completeTogether(together);
 
     std::vector<ForwardResult> results;
@@ -86,7 +85,13 @@ std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
 double forwardLikelihood(const Parameters& parameters, const int* o, int T) {
     if (T < 1) return 0.0;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    return forwardLikelihood(parameters, Symbols(scratch, o, T), o, T);
+}
+
+double forwardLikelihood(const Parameters& parameters, const Symbols& symbols, const int* o,
+                         int T) {
+    Scratch scratch;
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     double sum = 0.0;
     passes.exactly([&] { sum = orderedSum(lastColumn(passes, o, T, columns), parameters.N); });
@@ -96,7 +101,8 @@ double forwardLikelihood(const Parameters& parameters, const int* o, int T) {
 double backwardLikelihood(const Parameters& parameters, const int* o, int T) {
     if (T < 1) return 0.0;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     passes.exactly(
         [&] { complete(BackwardPass(passes, o, T, 1.0, alternating(columns), asItIs)); });

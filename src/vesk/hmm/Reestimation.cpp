@@ -60,12 +60,11 @@ void Reestimation::addPosteriors(const int* o, const Tile& tile) {
     double sums[tileTimes];
     kernels.transpose(tile.beta, tile.times, betaTile, P);
     kernels.posteriorSums(alphaTile, betaTile, N, sums);
+    kernels.posteriors(tile.alpha, tile.beta, sums, tile.times, gamma, P);
     for (int u = 0; u < tile.times; ++u) {
-        double* column = gamma + std::ptrdiff_t{P} * u;
-        kernels.posteriors(tile.alpha[u], tile.beta[u], sums[u], column, P);
         // A symbol outside the alphabet, which the caller has to keep away, equals no k.
         if (o[u] < 0 || o[u] >= M) continue;
-        kernels.addColumns(column, 1, matched + std::ptrdiff_t{P} * o[u], P);
+        kernels.addColumns(gamma + std::ptrdiff_t{P} * u, 1, matched + std::ptrdiff_t{P} * o[u], P);
     }
     kernels.addToOthers(gamma, o, tile.times, unmatched, M, P);
     kernels.addColumns(gamma, tile.steps, departures, P);

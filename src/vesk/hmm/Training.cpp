@@ -17,9 +17,12 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
     MatrixT<double> aNew;
     MatrixT<double> bNew;
 
+    Scratch symbolScratch;
+    const Symbols symbols(symbolScratch, o, T);
+
     for (long adopted = 0; maxIterations < 0 || adopted < maxIterations; ++adopted) {
         Scratch scratch;
-        Passes passes(scratch, p, o, T);
+        Passes passes(scratch, p, symbols);
         const Columns alpha = passes.columns(T);
         const Columns beta = passes.columns(T);
         passes.exactly([&] {
@@ -32,7 +35,7 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
         if (training.adoptsPi) piNew = firstPosteriors(alpha, beta, p.N);
 
         const double* pi = training.adoptsPi ? piNew.data() : p.pi;
-        const double likelihood = forwardLikelihood(candidate(pi, aNew, bNew), o, T);
+        const double likelihood = forwardLikelihood(candidate(pi, aNew, bNew), symbols, o, T);
         if (!(likelihood > training.reference(alpha, p.N, T))) return;
         if (training.adoptsPi) model.pi.swap(piNew);
         model.a.swap(aNew);

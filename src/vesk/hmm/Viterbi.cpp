@@ -3,6 +3,7 @@
 #include <vesk/hmm/internal/Columns.h>
 #include <vesk/hmm/internal/Emissions.h>
 #include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Symbols.h>
 #include <vesk/hmm/internal/Transitions.h>
 #include <vesk/kernels/internal/Kernels.h>
 
@@ -43,8 +44,8 @@ Vesk::Math::MatrixT<double> HMM::viterbi(Vesk::Math::VectorT<int> observation, i
     const int P = padded(p.N);
 
     internal::Scratch scratch;
-    internal::Emissions logE(scratch, p.b, *std::max_element(o, o + T) + 1, T, 0);
-    logE.add(o, T);
+    const internal::Symbols symbols(scratch, o, T);
+    internal::Emissions logE(scratch, p.b, symbols, 0);
     logE.takeLogarithms();
     const double* logA = T > 1 ? logTransitions(scratch, p) : nullptr;
     const internal::Diagonals used = internal::diagonalsOf(p.a);

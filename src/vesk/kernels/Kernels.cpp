@@ -46,7 +46,9 @@ bool available(Level level) {
     if (level == Level::Plain) return true;
 #ifdef VESK_X86_KERNELS
     __builtin_cpu_init();
-    if (level == Level::Avx2) return __builtin_cpu_supports("avx2");
+    if (level == Level::Avx2) {
+        return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+    }
     return available(Level::Avx2) && __builtin_cpu_supports("avx512f") &&
            __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl");
 #else

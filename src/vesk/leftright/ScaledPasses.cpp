@@ -45,7 +45,8 @@ MatrixT<double> scaledForward(const Parameters& parameters, const int* o, int T,
     MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return alpha;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(
@@ -60,7 +61,8 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
     MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
     if (T < 1) return beta;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     passes.exactly([&] {
         complete(
@@ -73,7 +75,8 @@ MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T
 double scaledLikelihood(const Parameters& parameters, const int* o, int T, double* scale) {
     if (T < 1) return 0.0;
     Scratch scratch;
-    Passes passes(scratch, parameters, o, T);
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
     const Columns columns = passes.columns(2);
     double sum = 0.0;
     passes.exactly([&] {

@@ -43,10 +43,26 @@ struct Observing {
     bool onStep(const TrainingStep& step) { return !observer || observer(step); }
 };
 
+internal::Symbols symbolsOf(internal::Scratch& scratch,
+                            const std::vector<std::vector<int>>& sequences) {
+    int largest = -1;
+    std::int64_t length = 0;
+    for (const std::vector<int>& s : sequences) {
+        for (const int symbol : s) largest = std::max(largest, symbol);
+        length += static_cast<std::int64_t>(s.size());
+    }
+    internal::Symbols symbols(scratch, largest + 1, length);
+    for (const std::vector<int>& s : sequences) symbols.add(s.data(), static_cast<int>(s.size()));
+    return symbols;
+}
+
 /// The sequences that training looks at, in groups that are taken together.
 class TrainingSet {
+    internal::Scratch scratch;
+
 public:
-    TrainingSet(const std::vector<std::vector<int>>& sequences, unsigned int vocabSize) {
+    TrainingSet(const std::vector<std::vector<int>>& sequences, unsigned int vocabSize)
+        : symbols(symbolsOf(scratch, sequences)) {
         for (const std::vector<int>& s : sequences) {
             if (s.empty()) continue;
             const auto L = static_cast<int>(s.size());
@@ -56,8 +72,6 @@ public:
             }
             groups.back().push_back({o, L, nullptr});
             longest = std::max(longest, L);
-            total += L;
-            symbols = std::max(symbols, *std::max_element(o, o + L) + 1);
         }
         scale.resize(internal::passesTogether * static_cast<std::size_t>(longest));
         for (std::vector<internal::Track>& group : groups) {
@@ -67,16 +81,6 @@ public:
                 room += longest;
             }
         }
-    }
-
-    /// The model's passes, for all of the sequences.
-    internal::Passes passesOf(internal::Scratch& scratch,
-                              const internal::Parameters& parameters) const {
-        internal::Passes passes(scratch, parameters, symbols, total);
-        for (const std::vector<internal::Track>& group : groups) {
-            for (const internal::Track& track : group) passes.emissions.add(track.o, track.T);
-        }
-        return passes;
     }
 
     /// Tables of `count` times, one for each sequence of any group.
@@ -90,12 +94,11 @@ public:
         return columns;
     }
 
+    const internal::Symbols symbols;
     std::vector<std::vector<internal::Track>> groups;
     int longest = 0;
 
 private:
-    int symbols = 0;
-    std::int64_t total = 0;
     std::vector<double> scale;  ///< of the group that is under way
 };
 
@@ -110,7 +113,7 @@ void addLogLikelihoods(const std::vector<internal::Track>& group, double& sum) {
 double reestimate(const internal::Parameters& parameters, int M, const TrainingSet& set,
                   MatrixT<double>& a, MatrixT<double>& b) {
     internal::Scratch scratch;
-    internal::Passes passes = set.passesOf(scratch, parameters);
+    internal::Passes passes(scratch, parameters, set.symbols);
     const std::vector<internal::Columns> alpha = set.tables(passes, set.longest);
     const std::vector<internal::Columns> beta = set.tables(passes, set.longest);
     double sum = 0.0;
@@ -132,7 +135,7 @@ double reestimate(const internal::Parameters& parameters, int M, const TrainingS
 
 double logLikelihood(const internal::Parameters& parameters, const TrainingSet& set) {
     internal::Scratch scratch;
-    internal::Passes passes = set.passesOf(scratch, parameters);
+    internal::Passes passes(scratch, parameters, set.symbols);
     const std::vector<internal::Columns> two = set.tables(passes, 2);
     double sum = 0.0;
     for (const std::vector<internal::Track>& group : set.groups) {

@@ -34,11 +34,13 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
     result.longEnough = true;
     const int* o = sequence.data();
     const std::int64_t alphabet = alphabetOf(sequence);
+    internal::Scratch scratch;
+    const internal::Symbols symbols(scratch, o, T);
 
     double combined = 0.0;
     if (model.recognitionHMM != nullptr) {
         combined = internal::forwardLikelihood(
-            internal::parametersFor(*model.recognitionHMM, alphabet, T), o, T);
+            internal::parametersFor(*model.recognitionHMM, alphabet, T), symbols, o, T);
     }
     result.threshold = combined * model.modelTransitionProb;
     observer.onThreshold(result.threshold);
@@ -59,7 +61,8 @@ Recognition recognise(const RecognitionModelHMM& model, const Sequence& sequence
                  internal::PassNeeds(*model.gestures[next], alphabet, T)
                      .coveredBy(*model.gestures[next]));
 
-        for (const auto& [probability, inLastState] : internal::forwardResults(together, o, T)) {
+        for (const auto& [probability, inLastState] :
+             internal::forwardResults(together, symbols, o, T)) {
             const std::size_t gesture = result.gestures.size();
             observer.onProbability(gesture, probability * weight);
             // gamma at the last time: beta is 1 there, so its denominator is the probability.

@@ -4,6 +4,7 @@
 #include <vesk/hmm/internal/Columns.h>
 #include <vesk/hmm/internal/Emissions.h>
 #include <vesk/hmm/internal/Parameters.h>
+#include <vesk/hmm/internal/Symbols.h>
 #include <vesk/hmm/internal/Transitions.h>
 
 #include <algorithm>
@@ -17,21 +18,14 @@ namespace Vesk::ML::internal {
 /// A model laid out for passes over sequences of its symbols.
 class Passes {
 public:
-    /// Borrows the parameters. All symbols of all sequences, which have `length` symbols together,
-    /// lie below `symbols`; `emissions` has to be told of each.
-    Passes(Scratch& scratch, const Parameters& parameters, int symbols, std::int64_t length)
+    /// Borrows the parameters and the symbols.
+    Passes(Scratch& scratch, const Parameters& parameters, const Symbols& symbols)
         : N(parameters.N),
           P(padded(parameters.N)),
           transitions(scratch, parameters.a),
-          emissions(scratch, parameters.b, symbols, length, transitions.margin()),
+          emissions(scratch, parameters.b, symbols, transitions.margin()),
           pi(parameters.pi),
           scratch(scratch) {}
-
-    /// For passes over o[0..T-1], T >= 1.
-    Passes(Scratch& scratch, const Parameters& parameters, const int* o, int T)
-        : Passes(scratch, parameters, *std::max_element(o, o + T) + 1, T) {
-        emissions.add(o, T);
-    }
 
     const int N;
     const int P;
@@ -47,10 +41,9 @@ public:
     }
 
     /// Runs passes that leave terms out, and once more with all terms where those would have
-    /// mattered. The emissions of all symbols have been added.
+    /// mattered.
     template <typename Run>
     void exactly(Run run) {
-        if (!emissions.finite()) transitions.takeAllTerms();
         run();
         if (transitions.exact()) return;
         transitions.takeAllTerms();
@@ -187,12 +180,15 @@ struct ForwardResult {
     double inLastState;  ///< alpha's last value: P(o, last state at the last time)
 };
 
-/// Of several models over the same symbols, T >= 1.
-std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models, const int* o,
-                                          int T);
+/// Of several models over the same sequence, T >= 1.
+std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
+                                          const Symbols& symbols, const int* o, int T);
 
 /// P(o), 0.0 for T < 1.
 double forwardLikelihood(const Parameters& parameters, const int* o, int T);
+
+/// The same for T >= 1 symbols that are known.
+double forwardLikelihood(const Parameters& parameters, const Symbols& symbols, const int* o, int T);
 
 /// The same from beta, which rounds differently.
 double backwardLikelihood(const Parameters& parameters, const int* o, int T);

@@ -47,7 +47,7 @@ struct Set {
                      const double* e, double* to, int N, int P);
 
     /// `forward` and `backward` without the terms outside of the band. `watch` (`lanes` values)
-    /// stays 0 while all of `from` and `next` are finite.
+    /// stays 0 while all of `from`, or of `next` and e, are finite.
     void (*forwardBand)(const double* from, const Band& band, const double* e, double* to, int P,
                         double* watch);
     void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P,
@@ -84,8 +84,9 @@ struct Set {
     void (*jointSums)(const double* alphaTile, const double* eTile, const double* betaTile,
                       const double* a, std::ptrdiff_t stride, int N, int lo, int hi, double* sums);
 
-    /// to[i] = alpha[i] * beta[i] / sum, 0.0 where the product is.
-    void (*posteriors)(const double* alpha, const double* beta, double sum, double* to, int P);
+    /// to[u * P + i] = alpha(i, u) * beta(i, u) / sums[u], 0.0 where the product is 0; u < times.
+    void (*posteriors)(const double* const* alpha, const double* const* beta, const double* sums,
+                       int times, double* to, int P);
 
     /// Adds the terms of `jointSums` over their sums to transitions[i * P + j], time after time.
     /// Rows of a are `stride` apart, P long; e[u] and beta[u] are columns of the time after u.

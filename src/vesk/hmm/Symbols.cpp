@@ -1,0 +1,40 @@
+#include <vesk/hmm/internal/Symbols.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace Vesk::ML::internal {
+namespace {
+
+/// A table of all symbols is worth its size while it is no longer than this many times a sequence.
+constexpr std::int64_t mostNumbersEach = 8;
+
+}  // namespace
+
+Symbols::Symbols(Scratch& scratch, const int* o, int T)
+    : Symbols(scratch, *std::max_element(o, o + T) + 1, T) {
+    add(o, T);
+}
+
+Symbols::Symbols(Scratch& scratch, int alphabet, std::int64_t length)
+    : symbols(scratch.filled(static_cast<std::size_t>(std::min<std::int64_t>(alphabet, length)), 1,
+                             0)) {
+    if (alphabet <= mostNumbersEach * (length + 8)) numbers = scratch.filled(1, alphabet, -1);
+}
+
+void Symbols::add(const int* o, int T) {
+    for (int t = 0; t < T; ++t) {
+        if (isNew(o[t])) symbols[used++] = o[t];
+    }
+}
+
+/// Whether the symbol had no number yet; it then gets the next one.
+bool Symbols::isNew(int symbol) {
+    if (numbers == nullptr) return sparseNumbers.try_emplace(symbol, used).second;
+    int& number = numbers[symbol];
+    if (number >= 0) return false;
+    number = used;
+    return true;
+}
+
+}  // namespace Vesk::ML::internal

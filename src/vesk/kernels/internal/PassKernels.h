@@ -1,0 +1,148 @@
+// Steps of forward and backward passes.
+#ifndef VESK_KERNELS_INTERNAL_PASSKERNELS_H
+#define VESK_KERNELS_INTERNAL_PASSKERNELS_H
+
+#include <vesk/kernels/internal/Division.h>
+#include <vesk/kernels/internal/Kernels.h>
+#include <vesk/kernels/internal/Vector.h>
+
+namespace Vesk::Kernels {
+namespace {
+
+bool allEqual(const double* values, double value, int count) {
+    if (count < L) {
+        for (int i = 0; i < count; ++i) {
+            if (values[i] != value) return false;
+        }
+        return true;
+    }
+    const V expected = splat(value);
+    Index different{};
+    for (int i = 0; i + L <= count; i += L) different |= load(values + i) != expected;
+    different |= load(values + count - L) != expected;
+    return noneSet(different);
+}
+
+void forward(const double* from, const double* a, std::ptrdiff_t stride, const double* e,
+             double* to, int N, int P) {
+    inBlocks(P, [=](auto vectors, int j) {
+        constexpr int B = vectors.count;
+        V sum[B] = {};
+        for (int i = 0; i < N; ++i) {
+            const V x = splat(from[i]);
+            const double* row = a + stride * i + j;
+            unrolled<B>([&](int v) { sum[v] += x * load(row + v * L); });
+        }
+        unrolled<B>([&](int v) { store(to + j + v * L, sum[v] * load(e + j + v * L)); });
+    });
+}
+
+void backward(const double* next, const double* aByColumn, std::ptrdiff_t stride, const double* e,
+              double* to, int N, int P) {
+    inBlocks(P, [=](auto vectors, int i) {
+        constexpr int B = vectors.count;
+        V sum[B] = {};
+        for (int j = 0; j < N; ++j) {
+            const V x = splat(next[j]);
+            const V y = splat(e[j]);
+            const double* column = aByColumn + stride * j + i;
+            unrolled<B>([&](int v) { sum[v] += x * load(column + v * L) * y; });
+        }
+        unrolled<B>([&](int v) { store(to + i + v * L, sum[v]); });
+    });
+}
+
+void forwardBand(const double* from, const Band& band, const double* e, double* to, int P,
+                 double* watch) {
+    const int width = band.hi - band.lo + 1;
+    const double* first = from - band.hi;
+    const double* a = band.arriving;
+    V odd = load(watch);
+    inBlocks(P, [=, &odd](auto vectors, int j) {
+        constexpr int B = vectors.count;
+        V sum[B] = {};
+        for (int q = 0; q < width; ++q) {
+            const double* x = first + j + q;
+            const double* row = a + static_cast<std::ptrdiff_t>(P) * q + j;
+            unrolled<B>([&](int v) { sum[v] += load(x + v * L) * load(row + v * L); });
+        }
+        unrolled<B>([&](int v) {
+            const V x = load(from + j + v * L);
+            odd += x - x;
+            store(to + j + v * L, sum[v] * load(e + j + v * L));
+        });
+    });
+    store(watch, odd);
+}
+
+void backwardBand(const double* next, const Band& band, const double* e, double* to, int P,
+                  double* watch) {
+    const int width = band.hi - band.lo + 1;
+    const double* a = band.departing;
+    V odd = load(watch);
+    const int lo = band.lo;
+    inBlocks(P, [=, &odd](auto vectors, int i) {
+        constexpr int B = vectors.count;
+        V sum[B] = {};
+        for (int q = 0; q < width; ++q) {
+            const std::ptrdiff_t j = i + lo + q;
+            const double* row = a + static_cast<std::ptrdiff_t>(P) * q + i;
+            unrolled<B>([&](int v) {
+                sum[v] += load(next + j + v * L) * load(row + v * L) * load(e + j + v * L);
+            });
+        }
+        unrolled<B>([&](int v) {
+            const V x = load(next + i + v * L);
+            const V y = load(e + i + v * L);
+            odd += (x - x) + (y - y);
+            store(to + i + v * L, sum[v]);
+        });
+    });
+    store(watch, odd);
+}
+
+void forwardEven(const double* products, const double* self, const double* e, double* to, int N,
+                 int P) {
+    // All sums of a block share the terms before the block.
+    double before = 0.0;
+    inBlocks(P, [=, &before](auto vectors, int j) {
+        constexpr int B = vectors.count;
+        V sum[B];
+        unrolled<B>([&](int v) { sum[v] = splat(before); });
+        // The terms of the block's own states, of which each replaces one in one of the sums.
+        unrolled<B>([&](int own) {
+            for (int l = 0; l < L; ++l) {
+                const int i = j + own * L + l;
+                if (i >= N) break;
+                const V x = splat(products[i]);
+                const V replaced = positions() == splatIndex(l) ? splat(self[i]) : x;
+                unrolled<B>([&](int v) { sum[v] += v == own ? replaced : x; });
+                before += products[i];
+            }
+        });
+        for (int i = j + B * L; i < N; ++i) {
+            const V x = splat(products[i]);
+            unrolled<B>([&](int v) { sum[v] += x; });
+        }
+        unrolled<B>([&](int v) { store(to + j + v * L, sum[v] * load(e + j + v * L)); });
+    });
+}
+
+void multiply(const double* x, const double* y, double* to, int P) {
+    for (int i = 0; i < P; i += L) store(to + i, load(x + i) * load(y + i));
+}
+
+void divide(double* column, double divisor, int P) {
+    const V y = splat(divisor);
+    for (int i = 0; i < P; i += L) store(column + i, load(column + i) / y);
+}
+
+void divideGuarded(double* column, double divisor, int P) {
+    const V y = splat(divisor);
+    for (int i = 0; i < P; i += L) store(column + i, guarded(load(column + i), y));
+}
+
+}  // namespace
+}  // namespace Vesk::Kernels
+
+#endif
