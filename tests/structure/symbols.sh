@@ -5,8 +5,10 @@
 #   symbols.sh needs LIBRARY NAME [NEEDED...]
 #                                      its soname is NAME; it needs all of NEEDED, and beyond them
 #                                      only the standard library
-#   symbols.sh no-fma LIBRARY          no fused multiply-add, which rounds once where two
-#                                      roundings are promised
+#   symbols.sh no-fma LIBRARY [FUNCTIONS]
+#                                      no fused multiply-add, which rounds once where two roundings
+#                                      are promised; but in the functions whose names match, which
+#                                      divide by them exactly
 set -euo pipefail
 export LC_ALL=C
 
@@ -50,14 +52,18 @@ case $check in
         echo "$soname needs ${*:4} and the standard library"
         ;;
     no-fma)
-        code=$(objdump --disassemble --no-show-raw-insn "$library")
-        arithmetic='\b(v?(add|sub|mul|div)[sp]d|f(add|sub|mul|div))\b'
-        fused='\b(vfn?m(add|sub)(add|sub)?[0-9]+[a-z]+|fn?m(add|sub)|fml[as])\b|<fmaf?@'
-        grep -qE "$arithmetic" <<<"$code" || { echo "no arithmetic in $library"; exit 1; }
-        if grep -E "$fused" <<<"$code"; then
-            echo "fused multiply-add found"
-            exit 1
-        fi
+        arithmetic='[ \t](v?(add|sub|mul|div)[sp]d|f(add|sub|mul|div))[ \t]'
+        fused='[ \t](vfn?m(add|sub)(add|sub)?[0-9]+[a-z]+|fn?m(add|sub)|fml[as])[ \t]|<fmaf?@'
+        objdump --disassemble --demangle --no-show-raw-insn "$library" |
+            awk -v arithmetic="$arithmetic" -v fused="$fused" -v allowed="${3:-^$}" '
+                /^[0-9a-f]+ <.*>:$/ { name = $0; exact = name ~ allowed }
+                $0 ~ arithmetic { some = 1 }
+                $0 ~ fused && !exact { print name; print; wrong = 1 }
+                END {
+                    if (!some) print "no arithmetic found"
+                    if (wrong) print "fused multiply-add found"
+                    exit wrong || !some
+                }'
         echo "no fused multiply-add"
         ;;
     *)

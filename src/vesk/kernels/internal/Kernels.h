@@ -84,7 +84,8 @@ struct Set {
     void (*jointSums)(const double* alphaTile, const double* eTile, const double* betaTile,
                       const double* a, std::ptrdiff_t stride, int N, int lo, int hi, double* sums);
 
-    /// to[u * P + i] = alpha(i, u) * beta(i, u) / sums[u], 0.0 where the product is 0; u < times.
+    /// to[u * P + i] = alpha(i, u) * beta(i, u) / sums[u], 0 where the product is; u < times. Zeros
+    /// may have either sign: the sums that they are for began at 0.0.
     void (*posteriors)(const double* const* alpha, const double* const* beta, const double* sums,
                        int times, double* to, int P);
 

@@ -59,8 +59,7 @@ void posteriors(const double* const* alpha, const double* const* beta, const dou
         divisors.exactly([=](auto quotient) {
             V total{};
             for (int u = 0; u < times; ++u) {
-                // A negative zero becomes a positive one.
-                const V q = quotient(load(alpha[u] + i) * load(beta[u] + i), u) + splat(0.0);
+                const V q = quotient(load(alpha[u] + i) * load(beta[u] + i), u);
                 store(to + static_cast<std::ptrdiff_t>(P) * u + i, q);
                 total += q;
             }
