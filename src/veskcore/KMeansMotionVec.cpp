@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -121,9 +122,8 @@ std::vector<std::vector<int>> KMeansMotionVec::classify() {
     std::vector<std::vector<int>> indices;
     indices.reserve(data->size());
     for (const std::vector<double>& row : *data) {
-        std::vector<int>& symbols = indices.emplace_back();
-        symbols.reserve(row.size());
-        for (const double angle : row) symbols.push_back(nearest(angle));
+        std::vector<int>& symbols = indices.emplace_back(row.size());
+        std::transform(row.begin(), row.end(), symbols.begin(), std::ref(nearest));
     }
     return indices;
 }

@@ -21,7 +21,8 @@ std::vector<int> symbolsOf(const VectorQuantizer2D& quantizer, const internal::T
     if (quantizer.codebookSize < 1) return {};
     const internal::Positions positions = internal::filtered(trace, proxFilterThreshold);
     if (positions.size() < 2) return {};
-    std::vector<std::vector<double>> angles{internal::directionsOf(positions)};
+    std::vector<std::vector<double>> angles;
+    angles.push_back(internal::directionsOf(positions));
     clusterer = std::make_unique<KMeansMotionVec>(quantizer.codebook, angles);
     std::vector<std::vector<int>> rows = clusterer->classify();
     if (rows.empty()) return {};

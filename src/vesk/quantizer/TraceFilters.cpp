@@ -10,19 +10,33 @@ namespace Vesk::ML {
 namespace internal {
 namespace {
 
-/// Euclidean distance over the coordinates of `position`.
-double distance(const Position& position, const Position& last) {
+// Most positions have two coordinates and are spared the loops.
+
+bool areEqual(const Position& x, const Position& y) {
+    if (x.size() == 2 && y.size() == 2) return x[0] == y[0] && x[1] == y[1];
+    return x == y;
+}
+
+double squaredDistance(const Position& position, const Position& last) {
     double sum = 0.0;
     for (std::size_t k = 0; k < position.size(); ++k) {
         if (k >= last.size()) throw std::out_of_range("vector::_M_range_check");
         const double difference = position[k] - last[k];
         sum += difference * difference;
     }
-    return std::sqrt(sum);
+    return sum;
+}
+
+/// Euclidean distance over the coordinates of `position`.
+inline double distance(const Position& position, const Position& last) {
+    if (position.size() != 2 || last.size() < 2) return std::sqrt(squaredDistance(position, last));
+    const double x = position[0] - last[0];
+    const double y = position[1] - last[1];
+    return std::sqrt(x * x + y * y);
 }
 
 /// Whether a position is far enough from the last one kept; not where the distance is NaN.
-bool farEnough(const Position& position, const Position& last, double threshold) {
+inline bool farEnough(const Position& position, const Position& last, double threshold) {
     return distance(position, last) >= threshold;
 }
 
@@ -54,7 +68,7 @@ Positions eqFiltered(const Trace& trace) {
     kept.reserve(trace.size());
     kept.push_back(&trace[0]);
     for (std::size_t i = 1; i < trace.size(); ++i) {
-        if (trace[i] != trace[i - 1]) kept.push_back(&trace[i]);
+        if (!areEqual(trace[i], trace[i - 1])) kept.push_back(&trace[i]);
     }
     return kept;
 }
@@ -68,7 +82,22 @@ Positions proximityFiltered(const Positions& positions, double threshold) {
 }
 
 Positions filtered(const Trace& trace, double threshold) {
-    return proximityFiltered(eqFiltered(trace), threshold);
+    Positions kept;
+    if (trace.size() < 2) return kept;
+    kept.reserve(trace.size());
+    const Position* last = &trace[0];
+    kept.push_back(last);
+    bool moved = false;
+    for (std::size_t i = 1; i < trace.size(); ++i) {
+        const Position& position = trace[i];
+        if (areEqual(position, trace[i - 1])) continue;
+        moved = true;
+        if (!farEnough(position, *last, threshold)) continue;
+        last = &position;
+        kept.push_back(last);
+    }
+    if (!moved) kept.clear();
+    return kept;
 }
 
 }  // namespace internal

@@ -22,7 +22,7 @@ Positions eqFiltered(const Trace& trace);
 /// std::out_of_range where the last one kept has fewer coordinates.
 Positions proximityFiltered(const Positions& positions, double threshold);
 
-/// Both filters, in this order.
+/// Both filters, in this order, in one go.
 Positions filtered(const Trace& trace, double threshold);
 
 }  // namespace Vesk::ML::internal
