@@ -10,11 +10,10 @@ Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double>
     : symbols(symbols),
       columns(scratch, static_cast<std::size_t>(symbols.count()), b.rows, margin),
       N(b.rows) {
-    const std::ptrdiff_t pitch = columns[1] - columns[0];
-    for (int i = 0; i < N; ++i) {
-        const double* row = b.row(i);
-        double* to = columns[0] + i;
-        for (int k = 0; k < symbols.count(); ++k, to += pitch) *to = row[symbols.at(k)];
+    for (int k = 0; k < symbols.count(); ++k) {
+        const double* from = b.data + symbols.at(k);
+        double* to = columns[k];
+        for (int i = 0; i < N; ++i, from += b.stride) to[i] = *from;
     }
 }
 

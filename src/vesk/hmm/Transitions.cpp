@@ -3,6 +3,7 @@
 #include <vesk/hmm/internal/Columns.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 
@@ -22,27 +23,8 @@ bool aligned(const Vesk::Math::internal::Table<const double>& a) {
 }  // namespace
 
 Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a) {
-    const auto allZero = [](const double* values, int count) {
-        return Vesk::Kernels::kernels().allEqual(values, 0.0, count);
-    };
-    const int N = a.rows;
-    Diagonals used{N, -N};
-    for (int i = 0; i < N && (used.lo > 1 - N || used.hi < N - 1); ++i) {
-        // Only what lies outside of the diagonals found so far has to be looked at.
-        const double* row = a.row(i);
-        const int left = std::clamp(i + used.lo, 0, N);
-        if (!allZero(row, left)) {
-            int first = 0;
-            while (row[first] == 0.0) ++first;
-            used.lo = first - i;
-        }
-        const int right = std::clamp(i + used.hi + 1, 0, N);
-        if (!allZero(row + right, N - right)) {
-            int last = N - 1;
-            while (row[last] == 0.0) --last;
-            used.hi = last - i;
-        }
-    }
+    Diagonals used{a.rows, -a.rows};
+    Vesk::Kernels::kernels().diagonals(a.data, a.stride, a.rows, &used.lo, &used.hi);
     if (used.lo > used.hi) return {0, 0};
     return used;
 }
@@ -53,7 +35,7 @@ Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const dou
       kernels(Vesk::Kernels::kernels()),
       N(transitions.rows),
       P(padded(transitions.rows)) {
-    if (N >= leastEvenStates && rowsAreEven()) {
+    if (N >= leastEvenStates && kernels.rowsAreEven(a.data, a.stride, N)) {
         form = Form::Even;
         products = scratch.zeros(4, P);
         double* self = products;
@@ -68,29 +50,18 @@ Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const dou
     if (2 * (used.hi - used.lo) < N - 1 || fitsShort(used.lo, used.hi)) layOutBand(used);
 }
 
-bool Transitions::rowsAreEven() const {
-    const auto allEqual = kernels.allEqual;
-    for (int i = 0; i < N; ++i) {
-        const double* row = a.row(i);
-        const double value = row[i == 0 ? 1 : 0];
-        if (!allEqual(row, value, i) || !allEqual(row + i + 1, value, N - i - 1)) return false;
-    }
-    return true;
-}
-
 void Transitions::layOutBand(Diagonals used) {
     form = Form::Band;
+    used = {std::min(used.lo, 0), std::max(used.hi, 0)};
     reach = std::max(std::abs(used.lo), std::abs(used.hi));
     const int width = used.hi - used.lo + 1;
     double* departing = scratch.zeros(2 * static_cast<std::size_t>(width), P);
     double* arriving = departing + std::ptrdiff_t{P} * width;
-    for (int i = 0; i < N; ++i) {
-        const int end = std::min(i + used.hi + 1, N);
-        for (int j = std::max(i + used.lo, 0); j < end; ++j) {
-            const int d = j - i;
-            departing[std::ptrdiff_t{P} * (d - used.lo) + i] = a(i, j);
-            arriving[std::ptrdiff_t{P} * (used.hi - d) + j] = a(i, j);
-        }
+    for (int d = used.lo; d <= used.hi; ++d) {
+        double* from = departing + std::ptrdiff_t{P} * (d - used.lo);
+        double* to = arriving + std::ptrdiff_t{P} * (used.hi - d);
+        const int end = std::min(N, N - d);
+        for (int i = std::max(0, -d); i < end; ++i) from[i] = to[i + d] = a(i, i + d);
     }
     band = {used.lo, used.hi, departing, arriving};
 }
@@ -134,14 +105,14 @@ void Transitions::backwardAllTerms(const double* next, const double* e, double* 
     kernels.backward(next, columns, P, e, to, N, P);
 }
 
-bool Transitions::exact() const {
-    return std::all_of(std::begin(watch), std::end(watch),
-                       [](double value) { return value == 0.0; });
+void Transitions::noteLast(const double* column) {
+    if (form != Form::Band) return;
+    for (int i = 0; i < N; ++i) allFinite = allFinite && std::isfinite(column[i]);
 }
 
 void Transitions::takeAllTerms() {
     if (form == Form::Band) form = Form::Dense;
-    std::fill(std::begin(watch), std::end(watch), 0.0);
+    allFinite = true;
 }
 
 }  // namespace Vesk::ML::internal

@@ -74,7 +74,7 @@ public:
         }
         finish(t, next);
         column = next;
-        ++t;
+        if (++t == T) passes->transitions.noteLast(column);
     }
 
 private:
@@ -105,7 +105,7 @@ public:
         }
         finish(t, next);
         column = next;
-        --t;
+        if (--t < 0) passes->transitions.noteLast(column);
     }
 
 private:
@@ -137,6 +137,7 @@ void completeShort(Passes& passes, const int* o, int T, double* column, double* 
         passes.transitions.forwardShort(e, steps, column, scale == nullptr ? nullptr : scale + t);
         finish(t, steps);
     }
+    passes.transitions.noteLast(column);
 }
 
 /// Takes passes to their ends in step. Each step waits for the one before it; the processor goes

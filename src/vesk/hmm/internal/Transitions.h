@@ -18,9 +18,13 @@ Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a);
 ///
 /// Three forms are told apart, since the model's fields are anybody's: dense; a band around the
 /// diagonal, as of a left-right model; and rows of one value off the diagonal, as of a combined
-/// model. Terms outside of the band are products with zero: they change no sum unless their other
-/// factors are infinite or NaN. `exact` tells after the steps whether that was so; if not, they
-/// have to be taken again after `takeAllTerms`.
+/// model.
+///
+/// Terms outside of the band are products with zero: they change no sum unless their other factors
+/// are infinite or NaN. Such a factor leaves its mark on all columns that follow: the term on the
+/// diagonal, which every band has, hands it on in the same place, since no product, sum or quotient
+/// makes a finite number of it. So the last column of a pass tells whether terms that could have
+/// mattered were left out; then the pass has to be taken again after `takeAllTerms`.
 class Transitions {
 public:
     /// Borrows a, N x N.
@@ -31,7 +35,7 @@ public:
     /// to[j] = (sum over i of from[i] * a(i, j)) * e[j], in the order of i.
     void forward(const double* from, const double* e, double* to) {
         if (form == Form::Band) {
-            kernels.forwardBand(from, band, e, to, P, watch);
+            kernels.forwardBand(from, band, e, to, P);
         } else {
             forwardAllTerms(from, e, to);
         }
@@ -40,7 +44,7 @@ public:
     /// to[i] = sum over j of (next[j] * a(i, j)) * e[j], in the order of j.
     void backward(const double* next, const double* e, double* to) {
         if (form == Form::Band) {
-            kernels.backwardBand(next, band, e, to, P, watch);
+            kernels.backwardBand(next, band, e, to, P);
         } else {
             backwardAllTerms(next, e, to);
         }
@@ -49,11 +53,14 @@ public:
     /// `forward` for one step after the other, in place, where `isShort`. Divides each column by
     /// its sum where `scale` is not null, which takes the sums.
     void forwardShort(const double* const* e, int steps, double* column, double* scale) {
-        kernels.forwardShort(band, e, steps, column, scale, watch);
+        kernels.forwardShort(band, e, steps, column, scale);
     }
 
-    /// Whether no step left out a term that could have mattered.
-    bool exact() const;
+    /// Tells the last column of a pass.
+    void noteLast(const double* column);
+
+    /// Whether no pass left out a term that could have mattered.
+    bool exact() const { return allFinite; }
 
     /// Terms are no more left out: dense from now on.
     void takeAllTerms();
@@ -79,7 +86,6 @@ private:
 
     void forwardAllTerms(const double* from, const double* e, double* to);
     void backwardAllTerms(const double* next, const double* e, double* to);
-    bool rowsAreEven() const;
     bool fitsShort(int lo, int hi) const {
         return P == Vesk::Kernels::lanes && lo == 0 && hi <= Vesk::Kernels::shortReach;
     }
@@ -96,7 +102,7 @@ private:
     Rows denseRows{nullptr, 0};
     double* columns = nullptr;   ///< a by columns, for the way back
     double* products = nullptr;  ///< of the even form: factors and products, 4 columns
-    double watch[Vesk::Kernels::lanes] = {};
+    bool allFinite = true;       ///< all last columns of a band
 };
 
 }  // namespace Vesk::ML::internal

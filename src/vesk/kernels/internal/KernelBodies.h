@@ -4,13 +4,15 @@
 #include <vesk/kernels/internal/PassKernels.h>
 #include <vesk/kernels/internal/ReestimationKernels.h>
 #include <vesk/kernels/internal/ShortKernel.h>
+#include <vesk/kernels/internal/StructureKernels.h>
 #include <vesk/kernels/internal/ViterbiKernel.h>
 
 namespace Vesk::Kernels {
 
 extern const Set VESK_KERNELS;
 const Set VESK_KERNELS = {
-    .allEqual = allEqual,
+    .diagonals = diagonals,
+    .rowsAreEven = rowsAreEven,
     .forward = forward,
     .backward = backward,
     .forwardBand = forwardBand,

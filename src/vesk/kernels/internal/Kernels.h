@@ -32,8 +32,14 @@ struct Band {
 ///
 /// Letters as in HMM. e is a column of emissions, e[j] = b(j, o[t]).
 struct Set {
-    /// Whether all of the values equal `value`. They need not be padded or aligned.
-    bool (*allEqual)(const double* values, double value, int count);
+    // The structure of an N x N matrix, whose rows are `stride` apart and need not be padded.
+
+    /// Widens *lo and *hi to the diagonals d = j - i that hold values other than zero.
+    void (*diagonals)(const double* a, std::ptrdiff_t stride, int N, int* lo, int* hi);
+
+    /// Whether the values of each row but the one on the diagonal are equal, N > 1. Not where they
+    /// are NaN.
+    bool (*rowsAreEven)(const double* a, std::ptrdiff_t stride, int N);
 
     // One step of a pass. A column that `...Band` reads is 0 outside its P values, for as far as
     // the band reaches.
@@ -46,18 +52,15 @@ struct Set {
     void (*backward)(const double* next, const double* aByColumn, std::ptrdiff_t stride,
                      const double* e, double* to, int N, int P);
 
-    /// `forward` and `backward` without the terms outside of the band. `watch` (`lanes` values)
-    /// stays 0 while all of `from`, or of `next` and e, are finite.
-    void (*forwardBand)(const double* from, const Band& band, const double* e, double* to, int P,
-                        double* watch);
-    void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P,
-                         double* watch);
+    /// `forward` and `backward` without the terms outside of the band.
+    void (*forwardBand)(const double* from, const Band& band, const double* e, double* to, int P);
+    void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P);
 
     /// `forwardBand` for steps of a left-right model of P = `lanes`, lo = 0 and hi <= `shortReach`:
     /// column becomes the one after steps with the emissions e[0], e[1] ..., each divided by its
     /// sum where `scale` is not null, which takes the sums (and keeps 0.0 at 0.0).
     void (*forwardShort)(const Band& band, const double* const* e, int steps, double* column,
-                         double* scale, double* watch);
+                         double* scale);
 
     /// `forward` where the terms of state i are the same for all j but i: to[j] = (products[0] +
     /// .. + self[j] + .. + products[N-1]) * e[j], with self[j] in the place of products[j].

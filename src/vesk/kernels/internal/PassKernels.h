@@ -9,20 +9,6 @@
 namespace Vesk::Kernels {
 namespace {
 
-bool allEqual(const double* values, double value, int count) {
-    if (count < L) {
-        for (int i = 0; i < count; ++i) {
-            if (values[i] != value) return false;
-        }
-        return true;
-    }
-    const V expected = splat(value);
-    Index different{};
-    for (int i = 0; i + L <= count; i += L) different |= load(values + i) != expected;
-    different |= load(values + count - L) != expected;
-    return noneSet(different);
-}
-
 void forward(const double* from, const double* a, std::ptrdiff_t stride, const double* e,
              double* to, int N, int P) {
     inBlocks(P, [=](auto vectors, int j) {
@@ -52,13 +38,11 @@ void backward(const double* next, const double* aByColumn, std::ptrdiff_t stride
     });
 }
 
-void forwardBand(const double* from, const Band& band, const double* e, double* to, int P,
-                 double* watch) {
+void forwardBand(const double* from, const Band& band, const double* e, double* to, int P) {
     const int width = band.hi - band.lo + 1;
     const double* first = from - band.hi;
     const double* a = band.arriving;
-    V odd = load(watch);
-    inBlocks(P, [=, &odd](auto vectors, int j) {
+    inBlocks(P, [=](auto vectors, int j) {
         constexpr int B = vectors.count;
         V sum[B] = {};
         for (int q = 0; q < width; ++q) {
@@ -66,22 +50,15 @@ void forwardBand(const double* from, const Band& band, const double* e, double* 
             const double* row = a + static_cast<std::ptrdiff_t>(P) * q + j;
             unrolled<B>([&](int v) { sum[v] += load(x + v * L) * load(row + v * L); });
         }
-        unrolled<B>([&](int v) {
-            const V x = load(from + j + v * L);
-            odd += x - x;
-            store(to + j + v * L, sum[v] * load(e + j + v * L));
-        });
+        unrolled<B>([&](int v) { store(to + j + v * L, sum[v] * load(e + j + v * L)); });
     });
-    store(watch, odd);
 }
 
-void backwardBand(const double* next, const Band& band, const double* e, double* to, int P,
-                  double* watch) {
+void backwardBand(const double* next, const Band& band, const double* e, double* to, int P) {
     const int width = band.hi - band.lo + 1;
     const double* a = band.departing;
-    V odd = load(watch);
     const int lo = band.lo;
-    inBlocks(P, [=, &odd](auto vectors, int i) {
+    inBlocks(P, [=](auto vectors, int i) {
         constexpr int B = vectors.count;
         V sum[B] = {};
         for (int q = 0; q < width; ++q) {
@@ -91,14 +68,8 @@ void backwardBand(const double* next, const Band& band, const double* e, double*
                 sum[v] += load(next + j + v * L) * load(row + v * L) * load(e + j + v * L);
             });
         }
-        unrolled<B>([&](int v) {
-            const V x = load(next + i + v * L);
-            const V y = load(e + i + v * L);
-            odd += (x - x) + (y - y);
-            store(to + i + v * L, sum[v]);
-        });
+        unrolled<B>([&](int v) { store(to + i + v * L, sum[v]); });
     });
-    store(watch, odd);
 }
 
 void forwardEven(const double* products, const double* self, const double* e, double* to, int N,

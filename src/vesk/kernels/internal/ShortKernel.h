@@ -56,37 +56,30 @@ inline double orderedSum(const Short& x) {
 
 template <int Reach>
 inline void forwardShortBy(const Band& band, const double* const* e, int steps, double* column,
-                           double* scale, double* watch) {
+                           double* scale) {
     Short a[Reach + 1];
     unrolled<Reach + 1>([&](int d) { a[d] = loadShort(band.arriving + (Reach - d) * lanes); });
     Short x = loadShort(column);
-    Short odd = loadShort(watch);
     for (int u = 0; u < steps; ++u) {
         Short sum{};
         addShortTerms<Reach>(x, a, sum);
-        unrolled<lanes / L>([&](int v) {
-            odd.part[v] += x.part[v] - x.part[v];
-            x.part[v] = sum.part[v] * load(e[u] + v * L);
-        });
+        unrolled<lanes / L>([&](int v) { x.part[v] = sum.part[v] * load(e[u] + v * L); });
         if (scale == nullptr) continue;
         scale[u] = orderedSum(x);
         const V y = splat(scale[u]);
         unrolled<lanes / L>([&](int v) { x.part[v] = guarded(x.part[v], y); });
     }
-    unrolled<lanes / L>([&](int v) {
-        store(column + v * L, x.part[v]);
-        store(watch + v * L, odd.part[v]);
-    });
+    unrolled<lanes / L>([&](int v) { store(column + v * L, x.part[v]); });
 }
 
 void forwardShort(const Band& band, const double* const* e, int steps, double* column,
-                  double* scale, double* watch) {
+                  double* scale) {
     static_assert(shortReach == 3);
     switch (band.hi) {
-        case 0: return forwardShortBy<0>(band, e, steps, column, scale, watch);
-        case 1: return forwardShortBy<1>(band, e, steps, column, scale, watch);
-        case 2: return forwardShortBy<2>(band, e, steps, column, scale, watch);
-        default: return forwardShortBy<3>(band, e, steps, column, scale, watch);
+        case 0: return forwardShortBy<0>(band, e, steps, column, scale);
+        case 1: return forwardShortBy<1>(band, e, steps, column, scale);
+        case 2: return forwardShortBy<2>(band, e, steps, column, scale);
+        default: return forwardShortBy<3>(band, e, steps, column, scale);
     }
 }
 
