@@ -11,9 +11,7 @@ Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double>
       columns(scratch, static_cast<std::size_t>(symbols.count()), b.rows, margin),
       N(b.rows) {
     for (int k = 0; k < symbols.count(); ++k) {
-        const double* from = b.data + symbols.at(k);
-        double* to = columns[k];
-        for (int i = 0; i < N; ++i, from += b.stride) to[i] = *from;
+        Vesk::Kernels::kernels().gather(b.data + symbols.at(k), b.stride, N, columns[k]);
     }
 }
 

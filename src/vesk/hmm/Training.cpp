@@ -4,29 +4,47 @@
 #include <vesk/hmm/internal/Reestimation.h>
 #include <vesk/hmm/internal/SingleTraining.h>
 
+#include <memory>
+#include <utility>
+
 namespace Vesk::ML {
 namespace internal {
+namespace {
+
+/// A model's forward pass over the sequence, which training needs whole if it goes on with it.
+class ForwardTable {
+    Scratch scratch;
+
+public:
+    ForwardTable(const Parameters& parameters, const Symbols& symbols, const int* o, int T)
+        : passes(scratch, parameters, symbols), alpha(passes.columns(T)) {
+        passes.exactly([&] { complete(ForwardPass(passes, o, T, all(alpha), asItIs)); });
+    }
+
+    Passes passes;
+    const Columns alpha;
+};
+
+}  // namespace
 
 void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int maxIterations,
                      const SingleTraining& training) {
     if (T < 1 || maxIterations == 0) return;
     const int* o = observed(observation, T, model.vocabSize);
-    Parameters p = parametersFor(model, model.vocabSize, T);
+    const Parameters p = parametersFor(model, model.vocabSize, T);
     const auto M = static_cast<int>(model.vocabSize);
     std::vector<double> piNew;
     MatrixT<double> aNew;
     MatrixT<double> bNew;
-
     Scratch symbolScratch;
     const Symbols symbols(symbolScratch, o, T);
 
+    auto current = std::make_unique<ForwardTable>(p, symbols, o, T);
     for (long adopted = 0; maxIterations < 0 || adopted < maxIterations; ++adopted) {
-        Scratch scratch;
-        Passes passes(scratch, p, symbols);
-        const Columns alpha = passes.columns(T);
+        Passes& passes = current->passes;
+        const Columns& alpha = current->alpha;
         const Columns beta = passes.columns(T);
         passes.exactly([&] {
-            complete(ForwardPass(passes, o, T, all(alpha), asItIs));
             complete(BackwardPass(passes, o, T, 1.0, all(beta), asItIs));
             Reestimation reestimation(passes, M);
             reestimation.add(o, T, alpha, beta);
@@ -34,13 +52,15 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
         });
         if (training.adoptsPi) piNew = firstPosteriors(alpha, beta, p.N);
 
-        const double* pi = training.adoptsPi ? piNew.data() : p.pi;
-        const double likelihood = forwardLikelihood(candidate(pi, aNew, bNew), symbols, o, T);
+        // What is adopted later stays where it is in memory.
+        const double* pi = training.adoptsPi ? piNew.data() : passes.pi;
+        auto next = std::make_unique<ForwardTable>(candidate(pi, aNew, bNew), symbols, o, T);
+        const double likelihood = orderedSum(next->alpha[T - 1], p.N);
         if (!(likelihood > training.reference(alpha, p.N, T))) return;
         if (training.adoptsPi) model.pi.swap(piNew);
         model.a.swap(aNew);
         model.b.swap(bNew);
-        p = parametersFor(model, model.vocabSize, T);
+        current = std::move(next);
     }
 }
 

@@ -80,10 +80,8 @@ Transitions::Rows Transitions::rows() {
 
 void Transitions::layOutColumns() {
     columns = scratch.zeros(static_cast<std::size_t>(N), P);
-    for (int i = 0; i < N; ++i) {
-        const double* row = a.row(i);
-        double* to = columns + i;
-        for (int j = 0; j < N; ++j, to += P) *to = row[j];
+    for (int j = 0; j < N; ++j) {
+        kernels.gather(a.data + j, a.stride, N, columns + std::ptrdiff_t{P} * j);
     }
 }
 

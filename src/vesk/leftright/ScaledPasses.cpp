@@ -11,8 +11,7 @@ template <typename At, typename Next>
 auto scaledForwardPass(Passes& passes, const int* o, int T, double* scale, At alpha, Next next) {
     const auto normalise = [&passes, &kernels = Vesk::Kernels::kernels(), scale, next](
                                int t, double* column) {
-        scale[t] = orderedSum(column, passes.N);
-        kernels.divideGuarded(column, scale[t], passes.P);
+        scale[t] = kernels.normalise(column, passes.N, passes.P);
         next(t, column);
     };
     return ForwardPass(passes, o, T, alpha, normalise);

@@ -19,16 +19,18 @@
 namespace {
 
 using namespace Vesk::Test;
-using Vesk::Kernels::lanes;
 using Vesk::Kernels::Level;
 using Vesk::Kernels::tileTimes;
 
+/// States enough for the kernels of every width to find quotients without divisions.
+constexpr int states = 2 * Vesk::Kernels::lanes;
+
 /// Posteriors of alpha = x and beta = 1 are the quotients x / sum.
 struct alignas(64) Tile {
-    double x[tileTimes][lanes];
-    double one[lanes];
+    double x[tileTimes][states];
+    double one[states];
     double sums[tileTimes];
-    double quotients[tileTimes][lanes];
+    double quotients[tileTimes][states];
 
     void divide() {
         const double* alpha[tileTimes];
@@ -37,13 +39,13 @@ struct alignas(64) Tile {
             alpha[u] = x[u];
             beta[u] = one;
         }
-        std::fill_n(one, lanes, 1.0);
-        Vesk::Kernels::kernels().posteriors(alpha, beta, sums, tileTimes, quotients[0], lanes);
+        std::fill_n(one, states, 1.0);
+        Vesk::Kernels::kernels().posteriors(alpha, beta, sums, tileTimes, quotients[0], states);
     }
 
     testing::AssertionResult isExact() const {
         for (int u = 0; u < tileTimes; ++u) {
-            for (int i = 0; i < lanes; ++i) {
+            for (int i = 0; i < states; ++i) {
                 const double expected = x[u][i] == 0.0 ? 0.0 : x[u][i] / sums[u];
                 const bool bothZero = expected == 0.0 && quotients[u][i] == 0.0;
                 if (bothZero || sameBits(expected, quotients[u][i])) continue;
@@ -185,10 +187,10 @@ TEST_P(Division, IsExactForASingleTime) {
     const double* beta[] = {tile.one};
     tile.x[0][0] = 1.0;
     tile.x[0][1] = 2.0;
-    std::fill_n(tile.one, lanes, 1.0);
+    std::fill_n(tile.one, states, 1.0);
     tile.sums[0] = 3.0;
-    std::fill_n(tile.quotients[1], lanes, 7.0);
-    Vesk::Kernels::kernels().posteriors(alpha, beta, tile.sums, 1, tile.quotients[0], lanes);
+    std::fill_n(tile.quotients[1], states, 7.0);
+    Vesk::Kernels::kernels().posteriors(alpha, beta, tile.sums, 1, tile.quotients[0], states);
     EXPECT_TRUE(bitEqual(1.0 / 3.0, tile.quotients[0][0]));
     EXPECT_TRUE(bitEqual(2.0 / 3.0, tile.quotients[0][1]));
     EXPECT_EQ(tile.quotients[1][0], 7.0);

@@ -42,8 +42,13 @@ inline V leastNonzero(V least, V x) {
 /// Brisebarre, Muller, Raina 2004).
 class Divisors {
 public:
-    Divisors(const double* divisors, [[maybe_unused]] int times) : values(divisors) {
+    /// Where `few` quotients are asked for, they are not worth the inverses, nor the lower clock
+    /// that some processors fall to while they compute with fused operations.
+    Divisors(const double* divisors, [[maybe_unused]] int times, [[maybe_unused]] bool few)
+        : values(divisors) {
 #if VESK_LANES > 1
+        fused = !few;
+        if (few) return;
         double all[tileTimes] = {};
         for (int u = 0; u < times; ++u) all[u] = divisors[u];
         for (int u = 0; u < tileTimes; u += L) {
@@ -63,6 +68,7 @@ public:
     template <typename Run>
     void exactly(Run run) const {
 #if VESK_LANES > 1
+        if (!fused) return divide(run);
         V least = splat(1.0);
         const V result = run([this, &least](V x, int u) {
             least = leastNonzero(least, x);
@@ -72,10 +78,15 @@ public:
         });
         if (noneSet((least < splat(leastOperand)) | (result != result))) return;
 #endif
-        run([this](V x, int u) { return guarded(x, splat(values[u])); });
+        divide(run);
     }
 
 private:
+    template <typename Run>
+    void divide(Run run) const {
+        run([this](V x, int u) { return guarded(x, splat(values[u])); });
+    }
+
 #if VESK_LANES > 1
     // From these on nothing underflows, and what overflows leaves a NaN.
     static constexpr double leastOperand = 0x1p-900;
@@ -83,6 +94,7 @@ private:
 
     double high[tileTimes];
     double low[tileTimes];
+    bool fused;
 #endif
     const double* values;
 };

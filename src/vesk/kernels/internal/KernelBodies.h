@@ -13,6 +13,7 @@ extern const Set VESK_KERNELS;
 const Set VESK_KERNELS = {
     .diagonals = diagonals,
     .rowsAreEven = rowsAreEven,
+    .gather = gather,
     .forward = forward,
     .backward = backward,
     .forwardBand = forwardBand,
@@ -21,7 +22,7 @@ const Set VESK_KERNELS = {
     .forwardEven = forwardEven,
     .multiply = multiply,
     .divide = divide,
-    .divideGuarded = divideGuarded,
+    .normalise = normalise,
     .transpose = transpose,
     .posteriorSums = posteriorSums,
     .jointSums = jointSums,

@@ -41,6 +41,9 @@ struct Set {
     /// are NaN.
     bool (*rowsAreEven)(const double* a, std::ptrdiff_t stride, int N);
 
+    /// to[i] = from[i * stride].
+    void (*gather)(const double* from, std::ptrdiff_t stride, int count, double* to);
+
     // One step of a pass. A column that `...Band` reads is 0 outside its P values, for as far as
     // the band reaches.
 
@@ -70,9 +73,11 @@ struct Set {
     /// to[i] = x[i] * y[i].
     void (*multiply)(const double* x, const double* y, double* to, int P);
 
-    /// column[i] / divisor, where `divideGuarded` keeps 0.0 at 0.0.
+    /// Divides the column.
     void (*divide)(double* column, double divisor, int P);
-    void (*divideGuarded)(double* column, double divisor, int P);
+
+    /// Divides the column by the sum of its N values, which it returns; 0.0 stays 0.0.
+    double (*normalise)(double* column, int N, int P);
 
     // Re-estimation, `tileTimes` times or fewer at once. A tile holds row i at i * tileTimes.
 

@@ -108,9 +108,12 @@ void divide(double* column, double divisor, int P) {
     for (int i = 0; i < P; i += L) store(column + i, load(column + i) / y);
 }
 
-void divideGuarded(double* column, double divisor, int P) {
-    const V y = splat(divisor);
+double normalise(double* column, int N, int P) {
+    double sum = 0.0;
+    for (int i = 0; i < N; ++i) sum += column[i];
+    const V y = splat(sum);
     for (int i = 0; i < P; i += L) store(column + i, guarded(load(column + i), y));
+    return sum;
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ void jointSums(const double* alphaTile, const double* eTile, const double* betaT
 
 void posteriors(const double* const* alpha, const double* const* beta, const double* sums,
                 int times, double* to, int P) {
-    const Divisors divisors(sums, times);
+    const Divisors divisors(sums, times, P == L);
     for (int i = 0; i < P; i += L) {
         divisors.exactly([=](auto quotient) {
             V total{};
@@ -99,7 +99,7 @@ inline void addJointRows(const double* const* alpha, const double* const* e,
 void addJoint(const double* const* alpha, const double* const* e, const double* const* beta,
               const double* sums, int times, const double* a, std::ptrdiff_t stride,
               double* transitions, int N, int P) {
-    const Divisors divisors(sums, times);
+    const Divisors divisors(sums, times, false);
     int i = 0;
     for (; i + 2 <= N; i += 2) {
         addJointRows<2>(alpha, e, beta, divisors, times, i, a, stride, transitions, P);
@@ -109,7 +109,7 @@ void addJoint(const double* const* alpha, const double* const* e, const double* 
 
 void addJointBand(const double* const* alpha, const double* const* e, const double* const* beta,
                   const double* sums, int times, const Band& band, double* transitions, int P) {
-    const Divisors divisors(sums, times);
+    const Divisors divisors(sums, times, P == L);
     for (int d = band.lo; d <= band.hi; ++d) {
         const std::ptrdiff_t diagonal = static_cast<std::ptrdiff_t>(P) * (d - band.lo);
         for (int i = 0; i < P; i += L) {
