@@ -1,7 +1,7 @@
 #include <vesk/hmm/HMM.h>
 
 #include <vesk/hmm/internal/Parameters.h>
-#include <vesk/hmm/internal/Passes.h>
+#include <vesk/hmm/internal/PlainPasses.h>
 
 namespace Vesk::ML {
 

@@ -3,16 +3,47 @@
 #include <vesk/hmm/internal/Parameters.h>
 
 #include <cassert>
+#include <charconv>
+#include <iterator>
+#include <string>
 
 namespace Vesk::ML::internal {
 
+namespace {
+
+/// Whether the stream writes numbers in the way that it does unless told otherwise.
+bool formatsPlainly(const std::ostream& out) {
+    constexpr auto changes = std::ios_base::floatfield | std::ios_base::showpoint |
+                             std::ios_base::showpos | std::ios_base::uppercase;
+    return (out.flags() & changes) == 0 && out.precision() == 6 && out.width() == 0;
+}
+
+/// As `out << value` does with plain formatting in the classic locale, without the stream's
+/// detours.
+void append(std::string& text, double value) {
+    char digits[32];
+    char* const end =
+        std::to_chars(digits, std::end(digits), value, std::chars_format::general, 6).ptr;
+    text.append(std::begin(digits), end);
+}
+
+}  // namespace
+
 void writeLine(std::ostream& out, Table<const double> values) {
+    const bool plainly = formatsPlainly(out);
     const char* separator = "";
+    std::string row;
     for (int r = 0; r < values.rows; ++r) {
+        row.clear();
         for (int c = 0; c < values.cols; ++c) {
-            out << separator << values(r, c);
+            if (plainly) {
+                append(row += separator, values(r, c));
+            } else {
+                out << separator << values(r, c);
+            }
             separator = " ";
         }
+        out.write(row.data(), static_cast<std::streamsize>(row.size()));
     }
     out << '\n';
 }

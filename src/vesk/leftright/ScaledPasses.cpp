@@ -41,34 +41,16 @@ void completeAll(const std::vector<Track>& tracks, MakePass makePass) {
 }  // namespace
 
 MatrixT<double> scaledForward(const Parameters& parameters, const int* o, int T, double* scale) {
-    MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
-    if (T < 1) return alpha;
-    Scratch scratch;
-    const Symbols symbols(scratch, o, T);
-    Passes passes(scratch, parameters, symbols);
-    const Columns columns = passes.columns(2);
-    passes.exactly([&] {
-        complete(
-            scaledForwardPass(passes, o, T, scale, alternating(columns),
-                              [&](int t, const double* column) { storeColumn(alpha, t, column); }));
+    return tableOf(parameters, o, T, [=](Passes& passes, auto alpha, auto next) {
+        return scaledForwardPass(passes, o, T, scale, alpha, next);
     });
-    return alpha;
 }
 
 MatrixT<double> scaledBackward(const Parameters& parameters, const int* o, int T,
                                const double* scale) {
-    MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
-    if (T < 1) return beta;
-    Scratch scratch;
-    const Symbols symbols(scratch, o, T);
-    Passes passes(scratch, parameters, symbols);
-    const Columns columns = passes.columns(2);
-    passes.exactly([&] {
-        complete(
-            scaledBackwardPass(passes, o, T, scale, alternating(columns),
-                               [&](int t, const double* column) { storeColumn(beta, t, column); }));
+    return tableOf(parameters, o, T, [=](Passes& passes, auto beta, auto next) {
+        return scaledBackwardPass(passes, o, T, scale, beta, next);
     });
-    return beta;
 }
 
 double scaledLikelihood(const Parameters& parameters, const int* o, int T, double* scale) {

@@ -2,6 +2,7 @@
 
 #include <vesk/hmm/internal/Parameters.h>
 #include <vesk/hmm/internal/Passes.h>
+#include <vesk/hmm/internal/PlainPasses.h>
 
 #include <algorithm>
 #include <cassert>

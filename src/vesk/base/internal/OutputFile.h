@@ -5,6 +5,7 @@
 #include <locale>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace Vesk::ML::internal {
 
@@ -30,7 +31,7 @@ std::string composeText(Write write) {
     out.imbue(std::locale::classic());
     out.exceptions(std::ios_base::badbit);
     write(out);
-    return out.str();
+    return std::move(out).str();
 }
 
 /// Creates or truncates the file and writes the text in one piece. Returns whether the file could

@@ -30,6 +30,13 @@ private:
     double* first;
 };
 
+/// The sum of the values in order.
+inline double orderedSum(const double* values, int count) {
+    double sum = 0.0;
+    for (int i = 0; i < count; ++i) sum += values[i];
+    return sum;
+}
+
 }  // namespace Vesk::ML::internal
 
 #endif

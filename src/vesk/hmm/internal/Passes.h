@@ -168,37 +168,22 @@ inline auto alternating(const Columns& two) {
 /// For passes whose columns need no finish.
 inline constexpr auto asItIs = [](int, const double*) {};
 
-/// Writes a column of a table.
-void storeColumn(MatrixT<double>& table, int t, const double* column);
-
-/// alpha and beta, N x T; N x 0 for T < 1.
-MatrixT<double> forward(const Parameters& parameters, const int* o, int T);
-MatrixT<double> backward(const Parameters& parameters, const int* o, int T);
-
-/// What a forward pass comes to.
-struct ForwardResult {
-    double likelihood;   ///< P(o): the sum of alpha's last column
-    double inLastState;  ///< alpha's last value: P(o, last state at the last time)
-};
-
-/// Of several models over the same sequence, T >= 1.
-std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
-                                          const Symbols& symbols, const int* o, int T);
-
-/// P(o), 0.0 for T < 1.
-double forwardLikelihood(const Parameters& parameters, const int* o, int T);
-
-/// The same for T >= 1 symbols that are known.
-double forwardLikelihood(const Parameters& parameters, const Symbols& symbols, const int* o, int T);
-
-/// The same from beta, which rounds differently.
-double backwardLikelihood(const Parameters& parameters, const int* o, int T);
-
-/// The sum of the values in order.
-inline double orderedSum(const double* values, int count) {
-    double sum = 0.0;
-    for (int i = 0; i < count; ++i) sum += values[i];
-    return sum;
+/// The columns that a pass makes as an N x T table; N x 0 for T < 1. makePass(passes, at, finish)
+/// is the pass.
+template <typename MakePass>
+MatrixT<double> tableOf(const Parameters& parameters, const int* o, int T, MakePass makePass) {
+    MatrixT<double> table = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
+    if (T < 1) return table;
+    Scratch scratch;
+    const Symbols symbols(scratch, o, T);
+    Passes passes(scratch, parameters, symbols);
+    const Columns columns = passes.columns(2);
+    const auto storeColumn = [&table](int t, const double* column) {
+        double* to = table.data.data() + t;
+        for (int i = 0; i < table.rows; ++i, to += table.cols) *to = column[i];
+    };
+    passes.exactly([&] { complete(makePass(passes, alternating(columns), storeColumn)); });
+    return table;
 }
 
 }  // namespace Vesk::ML::internal

@@ -1,37 +1,19 @@
+#include <vesk/hmm/internal/PlainPasses.h>
+
 #include <vesk/hmm/internal/Passes.h>
 
 namespace Vesk::ML::internal {
-void storeColumn(MatrixT<double>& table, int t, const double* column) {
-    double* to = table.data.data() + t;
-    for (int i = 0; i < table.rows; ++i, to += table.cols) *to = column[i];
-}
 
 MatrixT<double> forward(const Parameters& parameters, const int* o, int T) {
-    MatrixT<double> alpha = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
-    if (T < 1) return alpha;
-    Scratch scratch;
-    const Symbols symbols(scratch, o, T);
-    Passes passes(scratch, parameters, symbols);
-    const Columns columns = passes.columns(2);
-    passes.exactly([&] {
-        complete(ForwardPass(passes, o, T, alternating(columns),
-                             [&](int t, const double* column) { storeColumn(alpha, t, column); }));
+    return tableOf(parameters, o, T, [=](Passes& passes, auto alpha, auto finish) {
+        return ForwardPass(passes, o, T, alpha, finish);
     });
-    return alpha;
 }
 
 MatrixT<double> backward(const Parameters& parameters, const int* o, int T) {
-    MatrixT<double> beta = Vesk::Math::internal::zeros(parameters.N, std::max(T, 0));
-    if (T < 1) return beta;
-    Scratch scratch;
-    const Symbols symbols(scratch, o, T);
-    Passes passes(scratch, parameters, symbols);
-    const Columns columns = passes.columns(2);
-    passes.exactly([&] {
-        complete(BackwardPass(passes, o, T, 1.0, alternating(columns),
-                              [&](int t, const double* column) { storeColumn(beta, t, column); }));
+    return tableOf(parameters, o, T, [=](Passes& passes, auto beta, auto finish) {
+        return BackwardPass(passes, o, T, 1.0, beta, finish);
     });
-    return beta;
 }
 
 namespace {
