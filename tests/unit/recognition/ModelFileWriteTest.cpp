@@ -335,6 +335,23 @@ TEST(WriteToStream, NothingSetsAPrecisionSoTheStreamsOwnCounts) {
     EXPECT_EQ(out.precision(), 3);
 }
 
+TEST(WriteToStream, FollowsEveryFormatOfTheStream) {
+    Small small;
+    small.model.gestures[0]->b.data = {1.0 / 3.0, 1e-20};
+    using Manipulator = std::ios_base& (*)(std::ios_base&);
+    const Manipulator formats[] = {std::fixed,     std::scientific, std::hexfloat,
+                                   std::showpoint, std::showpos,    std::uppercase};
+    for (const Manipulator format : formats) {
+        std::stringstream out;
+        std::stringstream expected;
+        out << format;
+        expected << format << "wave\n" << 1U << ' ' << 2U << ' ' << 1 << ' ' << 3 << '\n';
+        expected << 1.0 << '\n' << 0.5 << '\n' << 1.0 / 3.0 << ' ' << 1e-20 << '\n';
+        small.model.writeToStream(out, small.model.gestures[0]);
+        EXPECT_EQ(out.str(), expected.str());
+    }
+}
+
 /// Decimal commas and groups of three digits.
 class Commas : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
