@@ -38,6 +38,21 @@ void viterbiRow(const std::string& row, const ML::HMM& model, const Sequence& o)
         row, *shared, [=](const Peer& it) { return sumOf(it.viterbi(o)); }, sumOf(path()));
 }
 
+/// The operations of a scaled pass of eight states and two steps forward that wait for one another:
+/// a sum of eight terms, the quotients, one product, a sum of three, one product.
+double chainOfScaledPass(std::size_t T, double a, double e) {
+    double alpha = e;
+    for (std::size_t t = 0; t < T; ++t) {
+        double scale = 0.0;
+        for (int i = 0; i < 8; ++i) scale += alpha;
+        const double product = alpha / scale * a;
+        double sum = 0.0;
+        for (int i = 0; i < 3; ++i) sum += product;
+        alpha = sum * e;
+    }
+    return alpha;
+}
+
 void scaledRow(const std::string& row, const ML::LeftRightHMM& model, const Sequence& o) {
     const auto T = static_cast<int>(o.size());
     const auto shared = std::make_shared<ML::LeftRightHMM>(model);
@@ -47,6 +62,7 @@ void scaledRow(const std::string& row, const ML::LeftRightHMM& model, const Sequ
     peer(
         row, *shared, [=](const Peer& it) { return it.logLikelihood(o); },
         shared->forwardProbabilityWithScale(o, T, *scale));
+    limit(row, [=] { return chainOfScaledPass(o.size(), shared->a(0, 0), shared->b(0, 0)); });
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 
 /// A row of the table of ratios is a number of benchmarks, "<row>/ours", "<row>/plain" and
 /// "<row>/peer", each of which does the same work and returns a number that stands for its result.
+/// "<row>/limit" does only what nobody can do sooner.
 namespace Vesk::Bench {
 
 template <typename Work>
@@ -31,6 +32,11 @@ void ours(const std::string& row, Work work) {
 template <typename Work>
 void plain(const std::string& row, Work work) {
     run(row + "/plain", work);
+}
+
+template <typename Work>
+void limit(const std::string& row, Work work) {
+    run(row + "/limit", work);
 }
 
 #ifdef VESK_BENCH_PEERS

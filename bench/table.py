@@ -28,6 +28,9 @@ GOALS = [
 ]
 
 
+CONTESTANTS = ["ours", "plain", "peer", "limit"]
+
+
 def rows(path):
     """{row: {contestant: median time in microseconds}}."""
     table = {}
@@ -42,10 +45,11 @@ def goal_of(row):
 
 
 def main():
-    heads = ["ours/us", "plain/us", "peer/us", "plain/ours", "goal", "peer/ours", "goal"]
+    heads = [f"{name}/us" for name in CONTESTANTS]
+    heads += ["plain/ours", "goal", "peer/ours", "goal"]
     print(f"{'':44}" + "".join(f"{head:>12}" for head in heads))
     for row, times in rows(sys.argv[1]).items():
-        cells = [f"{times[name]:.2f}" if name in times else "" for name in ("ours", "plain", "peer")]
+        cells = [f"{times[name]:.2f}" if name in times else "" for name in CONTESTANTS]
         for name in ("plain", "peer"):
             goal = goal_of(row).get(name)
             cells.append(f"{times[name] / times['ours']:.2f}" if name in times else "")
