@@ -46,8 +46,8 @@ NearestCentre::NearestCentre(const std::vector<double>& centres) {
     angles.reserve(k + 1);
     for (std::size_t i = 1; i <= k; ++i) {
         angles.push_back(circle[i].angle);
-        if (k == 1) continue;
-        spread = spread && circularDistance(circle[i].angle, circle[i + 1].angle) >= leastGap;
+        spread = spread &&
+                 (k == 1 || circularDistance(circle[i].angle, circle[i + 1].angle) >= leastGap);
     }
     angles.push_back(std::numeric_limits<double>::infinity());
 

@@ -11,20 +11,27 @@ namespace Vesk::ML::internal {
 
 namespace {
 
-/// Whether the stream writes numbers in the way that it does unless told otherwise.
-bool formatsPlainly(const std::ostream& out) {
+/// Whether the stream writes numbers in the way that it does unless told otherwise, and the
+/// standard library can do so by itself.
+bool formatsPlainly([[maybe_unused]] const std::ostream& out) {
+#ifdef __cpp_lib_to_chars
     constexpr auto changes = std::ios_base::floatfield | std::ios_base::showpoint |
                              std::ios_base::showpos | std::ios_base::uppercase;
     return (out.flags() & changes) == 0 && out.precision() == 6 && out.width() == 0;
+#else
+    return false;
+#endif
 }
 
 /// As `out << value` does with plain formatting in the classic locale, without the stream's
 /// detours.
-void append(std::string& text, double value) {
+void append([[maybe_unused]] std::string& text, [[maybe_unused]] double value) {
+#ifdef __cpp_lib_to_chars
     char digits[32];
     char* const end =
         std::to_chars(digits, std::end(digits), value, std::chars_format::general, 6).ptr;
     text.append(std::begin(digits), end);
+#endif
 }
 
 }  // namespace

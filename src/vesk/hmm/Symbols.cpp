@@ -12,14 +12,14 @@ constexpr std::int64_t mostNumbersEach = 8;
 }  // namespace
 
 Symbols::Symbols(Scratch& scratch, const int* o, int T)
-    : Symbols(scratch, *std::max_element(o, o + T) + 1, T) {
+    : Symbols(scratch, std::int64_t{*std::max_element(o, o + T)} + 1, T) {
     add(o, T);
 }
 
-Symbols::Symbols(Scratch& scratch, int alphabet, std::int64_t length)
-    : symbols(scratch.filled(static_cast<std::size_t>(std::min<std::int64_t>(alphabet, length)), 1,
-                             0)) {
-    if (alphabet <= mostNumbersEach * (length + 8)) numbers = scratch.filled(1, alphabet, -1);
+Symbols::Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length)
+    : symbols(scratch.filled(static_cast<std::size_t>(std::min(alphabet, length)), 1, 0)) {
+    if (alphabet > mostNumbersEach * (length + 8)) return;
+    numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, -1);
 }
 
 void Symbols::add(const int* o, int T) {

@@ -52,7 +52,8 @@ void trainOnSequence(HMM& model, const std::vector<int>& observation, int T, int
         });
         if (training.adoptsPi) piNew = firstPosteriors(alpha, beta, p.N);
 
-        // What is adopted later stays where it is in memory.
+        // Adopting swaps storage: what the candidate's passes borrow becomes the model's without
+        // moving, and is written again only when they have been replaced.
         const double* pi = training.adoptsPi ? piNew.data() : passes.pi;
         auto next = std::make_unique<ForwardTable>(candidate(pi, aNew, bNew), symbols, o, T);
         const double likelihood = orderedSum(next->alpha[T - 1], p.N);

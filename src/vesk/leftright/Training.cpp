@@ -44,15 +44,19 @@ struct Observing {
 };
 
 internal::Symbols symbolsOf(internal::Scratch& scratch,
-                            const std::vector<std::vector<int>>& sequences) {
-    int largest = -1;
+                            const std::vector<std::vector<int>>& sequences,
+                            unsigned int vocabSize) {
+    std::int64_t alphabet = 0;
     std::int64_t length = 0;
     for (const std::vector<int>& s : sequences) {
-        for (const int symbol : s) largest = std::max(largest, symbol);
+        for (const int symbol : s) alphabet = std::max(alphabet, std::int64_t{symbol} + 1);
         length += static_cast<std::int64_t>(s.size());
     }
-    internal::Symbols symbols(scratch, largest + 1, length);
-    for (const std::vector<int>& s : sequences) symbols.add(s.data(), static_cast<int>(s.size()));
+    internal::Symbols symbols(scratch, alphabet, length);
+    for (const std::vector<int>& s : sequences) {
+        const auto L = static_cast<int>(s.size());
+        symbols.add(internal::observed(s, L, vocabSize), L);
+    }
     return symbols;
 }
 
@@ -62,15 +66,14 @@ class TrainingSet {
 
 public:
     TrainingSet(const std::vector<std::vector<int>>& sequences, unsigned int vocabSize)
-        : symbols(symbolsOf(scratch, sequences)) {
+        : symbols(symbolsOf(scratch, sequences, vocabSize)) {
         for (const std::vector<int>& s : sequences) {
             if (s.empty()) continue;
             const auto L = static_cast<int>(s.size());
-            const int* o = internal::observed(s, L, vocabSize);
             if (groups.empty() || groups.back().size() == internal::passesTogether) {
                 groups.emplace_back();
             }
-            groups.back().push_back({o, L, nullptr});
+            groups.back().push_back({s.data(), L, nullptr});
             longest = std::max(longest, L);
         }
         scale.resize(internal::passesTogether * static_cast<std::size_t>(longest));

@@ -40,16 +40,29 @@ inline bool farEnough(const Position& position, const Position& last, double thr
     return distance(position, last) >= threshold;
 }
 
+/// Keeps positions that are far enough from the last one kept, the first one in any case.
+class ProximityRule {
+public:
+    explicit ProximityRule(double threshold) : threshold(threshold) {}
+
+    bool keeps(const Position& position) {
+        if (last != nullptr && !farEnough(position, *last, threshold)) return false;
+        last = &position;
+        return true;
+    }
+
+private:
+    double threshold;
+    const Position* last = nullptr;
+};
+
 /// Gives `keep` each position that stays, as soon as that is known.
 template <typename Keep>
 void filterByProximity(const Positions& positions, double threshold, Keep keep) {
     if (positions.size() < 2) return;
-    const Position* last = positions[0];
-    keep(last);
-    for (std::size_t i = 1; i < positions.size(); ++i) {
-        if (!farEnough(*positions[i], *last, threshold)) continue;
-        last = positions[i];
-        keep(last);
+    ProximityRule rule(threshold);
+    for (const Position* position : positions) {
+        if (rule.keeps(*position)) keep(position);
     }
 }
 
@@ -85,18 +98,17 @@ Positions filtered(const Trace& trace, double threshold) {
     Positions kept;
     if (trace.size() < 2) return kept;
     kept.reserve(trace.size());
-    const Position* last = &trace[0];
-    kept.push_back(last);
-    bool moved = false;
-    for (std::size_t i = 1; i < trace.size(); ++i) {
-        const Position& position = trace[i];
-        if (areEqual(position, trace[i - 1])) continue;
-        moved = true;
-        if (!farEnough(position, *last, threshold)) continue;
-        last = &position;
-        kept.push_back(last);
+    ProximityRule rule(threshold);
+    bool severalDiffer = false;
+    const Position* previous = nullptr;
+    for (const Position& position : trace) {
+        const bool repeated = previous != nullptr && areEqual(position, *previous);
+        severalDiffer = severalDiffer || (previous != nullptr && !repeated);
+        previous = &position;
+        if (!repeated && rule.keeps(position)) kept.push_back(&position);
     }
-    if (!moved) kept.clear();
+    // Of one position the proximity filter leaves none.
+    if (!severalDiffer) kept.clear();
     return kept;
 }
 

@@ -26,7 +26,7 @@ struct Run {
 };
 
 /// Finds the centre nearest to an angle with the answer of a direct comparison of all distances as
-/// computed: the lowest index among the smallest. O(1) where the centres are spread, else
+/// computed: the lowest index among the smallest. O(1) where the centres are spread evenly, else
 /// O(log k + e), e the number of centres that rounding makes equally far.
 class NearestCentre {
 public:
@@ -84,10 +84,11 @@ private:
     /// far.
     int amongEquals(double angle) const;
 
+    // The search runs over the angles alone, which lie closer together.
     std::vector<double> angles;      ///< finite centres in order, each angle once; then infinity
     std::vector<Entry> circle;       ///< theirs, after the last of them and before the first one
     std::vector<std::size_t> cells;  ///< how many entries lie in lower cells of the circle
-    std::size_t mostInCell = 0;
+    std::size_t mostInCell = 0;      ///< entries of the fullest cell
     double cellsPerDegree = 0.0;
     bool spread = false;  ///< there are centres, too far apart for rounding to make them equal
 };

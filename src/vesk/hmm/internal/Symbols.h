@@ -15,7 +15,7 @@ public:
     Symbols(Scratch& scratch, const int* o, int T);
 
     /// Of sequences still to be added, of symbols 0 .. alphabet-1, `length` symbols in all.
-    Symbols(Scratch& scratch, int alphabet, std::int64_t length);
+    Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length);
     void add(const int* o, int T);
 
     int count() const { return used; }

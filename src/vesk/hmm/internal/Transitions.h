@@ -23,8 +23,10 @@ Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a);
 /// Terms outside of the band are products with zero: they change no sum unless their other factors
 /// are infinite or NaN. Such a factor leaves its mark on all columns that follow: the term on the
 /// diagonal, which every band has, hands it on in the same place, since no product, sum or quotient
-/// makes a finite number of it. So the last column of a pass tells whether terms that could have
-/// mattered were left out; then the pass has to be taken again after `takeAllTerms`.
+/// with it as numerator makes a finite number of it. So the last column of a pass tells whether
+/// terms that could have mattered were left out; then the pass has to be taken again after
+/// `takeAllTerms`. The terms that re-estimation leaves out have the same factors: where both passes
+/// were exact, so is it.
 class Transitions {
 public:
     /// Borrows a, N x N.

@@ -36,10 +36,10 @@ inline V leastNonzero(V least, V x) {
 /// A divisor for each time of a tile, and quotients by it: the very bits of a division.
 ///
 /// A division takes a processor as long as eight products. Where no operand is near the ends of
-/// the range, four fused operations find the same quotient: with high = 1 / y rounded and low what
-/// 1 / y has left, q = x * high + x * low is off by less than one unit of its last place, and
-/// q + (x - q * y) * high, whose difference is exact, is x / y correctly rounded (Markstein 1990;
-/// Brisebarre, Muller, Raina 2004).
+/// the range, a product and three fused operations find the same quotient: with high = 1 / y
+/// rounded and low what 1 / y has left, q = x * high + x * low is off by less than one unit of its
+/// last place, and q + (x - q * y) * high, whose difference is exact, is x / y correctly rounded
+/// (Markstein 1990; Brisebarre, Muller, Raina 2004).
 class Divisors {
 public:
     /// Where `few` quotients are asked for, they are not worth the inverses, nor the lower clock
@@ -68,7 +68,7 @@ public:
     template <typename Run>
     void exactly(Run run) const {
 #if VESK_LANES > 1
-        if (!fused) return divide(run);
+        if (!fused) return runDividing(run);
         V least = splat(1.0);
         const V result = run([this, &least](V x, int u) {
             least = leastNonzero(least, x);
@@ -78,18 +78,18 @@ public:
         });
         if (noneSet((least < splat(leastOperand)) | (result != result))) return;
 #endif
-        divide(run);
+        runDividing(run);
     }
 
 private:
     template <typename Run>
-    void divide(Run run) const {
+    void runDividing(Run run) const {
         run([this](V x, int u) { return guarded(x, splat(values[u])); });
     }
 
 #if VESK_LANES > 1
     // From these on nothing underflows, and what overflows leaves a NaN.
-    static constexpr double leastOperand = 0x1p-900;
+    static constexpr double leastOperand = 0x1p-800;
     static constexpr double largestDivisor = 0x1p100;
 
     double high[tileTimes];
