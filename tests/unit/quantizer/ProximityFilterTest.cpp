@@ -150,6 +150,7 @@ TEST(ProximityFilterTest, ComparesWithTheLastKeptNotWithTheDroppedBetween) {
 TEST(ProximityFilterTest, UndefinedSumDoesNotHideAMissingCoordinate) {
     EXPECT_THROW(filtered({{nan, 0}, {1, 0, 0}}, 0.0), std::out_of_range);
     EXPECT_THROW(filtered({{}, {1}}, infinity), std::out_of_range);
+    EXPECT_THROW(filtered({{0}, {1, 0}}, 0.0), std::out_of_range);
 }
 
 TEST(ProximityFilterTest, OutputIsAppendedToAndMeasuredFromItsNewEnd) {

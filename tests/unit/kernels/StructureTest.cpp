@@ -1,0 +1,102 @@
+#include "OnEveryLevel.h"
+
+#include <vesk/kernels/internal/Kernels.h>
+
+#include <support/Random.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
+#include <vector>
+
+// Where the values of a matrix are, for every size and distance between rows that the kernels'
+// vectors can meet.
+
+namespace {
+
+using namespace Vesk::Test;
+using Vesk::Kernels::kernels;
+
+/// N rows `stride` apart, in memory of exactly that size; what lies between the rows is 7.
+struct Rows {
+    int N;
+    std::ptrdiff_t stride;
+    std::vector<double> values;
+
+    Rows(int n, std::ptrdiff_t distance, double value)
+        : N(n), stride(distance), values(static_cast<std::size_t>(stride * (N - 1) + N), 7.0) {
+        for (int i = 0; i < N; ++i) std::fill_n(values.data() + stride * i, N, value);
+    }
+
+    double& at(int i, int j) { return values[static_cast<std::size_t>(stride * i + j)]; }
+};
+
+class Structure : public OnEveryLevel {};
+
+TEST_P(Structure, DiagonalsReachToTheOutermostValues) {
+    Random random(1);
+    for (int n = 0; n < 20000; ++n) {
+        const int N = random.integer(1, 40);
+        Rows a(N, N + random.integer(0, 9), random.chance(0.5) ? 0.0 : -0.0);
+        int lo = N;
+        int hi = -N;
+        for (int k = random.integer(0, 3); k > 0; --k) {
+            const int i = random.integer(0, N - 1);
+            const int j = random.integer(0, N - 1);
+            a.at(i, j) = random.chance(0.2) ? std::numeric_limits<double>::quiet_NaN() : 1e-300;
+            lo = std::min(lo, j - i);
+            hi = std::max(hi, j - i);
+        }
+        int foundLo = N;
+        int foundHi = -N;
+        kernels().diagonals(a.values.data(), a.stride, N, &foundLo, &foundHi);
+        ASSERT_EQ(foundLo, lo) << "N " << N << ", stride " << a.stride;
+        ASSERT_EQ(foundHi, hi) << "N " << N << ", stride " << a.stride;
+    }
+}
+
+TEST_P(Structure, RowsAreEvenWhereAllValuesOffTheDiagonalAreEqual) {
+    Random random(2);
+    for (int n = 0; n < 20000; ++n) {
+        const int N = random.integer(2, 40);
+        Rows a(N, N + random.integer(0, 40), 0.25);
+        for (int i = 0; i < N; ++i) {
+            const double value = random.unit();
+            for (int j = 0; j < N; ++j) a.at(i, j) = i == j ? random.unit() : value;
+        }
+        ASSERT_TRUE(kernels().rowsAreEven(a.values.data(), a.stride, N)) << "N " << N;
+        const int i = random.integer(0, N - 1);
+        const int j = random.integer(0, N - 1);
+        a.at(i, j) += 0.5;
+        // Of two values, one off the diagonal equals itself.
+        const bool even = i == j || N == 2;
+        ASSERT_EQ(kernels().rowsAreEven(a.values.data(), a.stride, N), even)
+            << "N " << N << ", stride " << a.stride << ", at " << i << ", " << j;
+    }
+}
+
+TEST_P(Structure, RowsOfNothingButNaNAreNotEven) {
+    const Rows a(16, 16, std::numeric_limits<double>::quiet_NaN());
+    EXPECT_FALSE(kernels().rowsAreEven(a.values.data(), a.stride, 16));
+}
+
+TEST_P(Structure, GatheredValuesAreAStrideApart) {
+    for (int count = 0; count <= 40; ++count) {
+        for (const std::ptrdiff_t stride : {1, 2, 17}) {
+            std::vector<double> from(static_cast<std::size_t>(stride) * 40);
+            for (std::size_t i = 0; i < from.size(); ++i) from[i] = static_cast<double>(i);
+            std::vector<double> to(41, -1.0);
+            kernels().gather(from.data(), stride, count, to.data());
+            for (int i = 0; i < 41; ++i) {
+                const double expected = i < count ? static_cast<double>(i * stride) : -1.0;
+                ASSERT_EQ(to[static_cast<std::size_t>(i)], expected) << count << " by " << stride;
+            }
+        }
+    }
+}
+
+VESK_ON_EVERY_LEVEL(Structure);
+
+}  // namespace
