@@ -4,12 +4,13 @@
 #include "OutputFile.h"
 
 #include <veskkit/Error.h>
-#include <veskkit/io/JsonLinesReader.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iostream>
+#include <map>
+#include <memory>
 
 namespace Vesk::Tool {
 
@@ -32,17 +33,45 @@ bool contains(const std::vector<std::string>& list, const std::string& item) {
     return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-void handOver(Kit::JsonLinesReader& reader, const std::function<void(Kit::Trace&)>& use) {
-    Kit::Trace trace;
-    while (reader.next(trace)) use(trace);
+const std::map<std::string, Kit::TraceFormat> formats{{"jsonl", Kit::TraceFormat::JsonLines},
+                                                      {"csv", Kit::TraceFormat::Csv},
+                                                      {"xml", Kit::TraceFormat::Xml}};
+const std::map<std::string, Kit::LabelSource> labelSources{{"record", Kit::LabelSource::Record},
+                                                           {"file", Kit::LabelSource::FileName},
+                                                           {"folder", Kit::LabelSource::Folder}};
+
+/// An option whose value is one of a few words.
+template <typename Value>
+void addChoice(CLI::App& line, const char* name, Value& value,
+               const std::map<std::string, Value>& words, const char* help) {
+    std::string typeName;
+    for (const auto& [word, unused] : words) typeName += (typeName.empty() ? "" : "|") + word;
+    line.add_option_function<std::string>(
+            name,
+            [&value, &words, name, typeName](const std::string& word) {
+                const auto found = words.find(word);
+                if (found == words.end()) {
+                    throw CLI::ValidationError(
+                        name, fmt::format("found {}, expected one of {}", word, typeName));
+                }
+                value = found->second;
+            },
+            help)
+        ->type_name(typeName);
 }
 
 }  // namespace
 
 void TraceInput::addTo(CLI::App& line) {
-    line.add_option("TRACES", paths, "Files of traces in JSON Lines; - is standard input")
+    line.add_option("TRACES", paths,
+                    "Files of traces, or folders of them: JSON Lines, CSV, XML gesture logs; - is "
+                    "standard input")
         ->required()
         ->type_name("");
+    addChoice(line, "--format", reading.format, formats,
+              "How the traces are written [by the file's name or its first character]");
+    addChoice(line, "--label-from", reading.label, labelSources,
+              "Where a trace's label comes from [record]");
     line.add_option("--user", onlyUsers, "Only the traces of this user; repeatable")
         ->type_name("U")
         ->allow_extra_args(false);
@@ -71,17 +100,21 @@ bool TraceInput::wanted(const std::string& user) {
 void TraceInput::forEach(const std::function<void(const Kit::Trace&)>& use) {
     for (const std::string& path : paths) {
         if (isStandard(path)) {
-            Kit::JsonLinesReader reader(std::cin, "standard input");
-            handOver(reader, [&](Kit::Trace& trace) {
-                trace.source = path;
-                if (wanted(trace.user)) use(trace);
-            });
+            readAll(*Kit::readerOf(std::cin, "standard input", reading.format), path, use);
         } else {
-            Kit::JsonLinesReader reader(path);
-            handOver(reader, [&](Kit::Trace& trace) {
-                if (wanted(trace.user)) use(trace);
-            });
+            Kit::TraceFiles files({path}, reading);
+            readAll(files, "", use);
         }
+    }
+}
+
+/// Hands over what is wanted of a reader; with a source other than its own where one is given.
+void TraceInput::readAll(Kit::TraceReader& reader, const std::string& source,
+                         const std::function<void(const Kit::Trace&)>& use) {
+    Kit::Trace trace;
+    while (reader.next(trace)) {
+        if (!source.empty()) trace.source = source;
+        if (wanted(trace.user)) use(trace);
     }
 }
 

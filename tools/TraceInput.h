@@ -1,6 +1,7 @@
 #ifndef VESK_TOOLS_TRACEINPUT_H
 #define VESK_TOOLS_TRACEINPUT_H
 
+#include <veskkit/io/TraceFiles.h>
 #include <veskkit/traces/Resampler.h>
 #include <veskkit/traces/Trace.h>
 
@@ -17,7 +18,8 @@ namespace Vesk::Tool {
 /// them, and how they are prepared.
 class TraceInput {
 public:
-    /// Adds TRACES, --user, --without-user, --flip-y and --resample; the object has to stay.
+    /// Adds TRACES, --format, --label-from, --user, --without-user, --flip-y and --resample; the
+    /// object has to stay.
     void addTo(CLI::App& line);
 
     const Kit::Preparation& preparation() const { return prepared; }
@@ -34,8 +36,11 @@ public:
 
 private:
     bool wanted(const std::string& user);
+    void readAll(Kit::TraceReader& reader, const std::string& source,
+                 const std::function<void(const Kit::Trace&)>& use);
 
     std::vector<std::string> paths;
+    Kit::TraceFilesOptions reading;
     std::vector<std::string> onlyUsers;
     std::vector<std::string> withoutUsers;
     std::set<std::string> seen;

@@ -288,7 +288,32 @@ TEST_F(Recognize, BadTraceIsRefusedAfterTheResultsBeforeIt) {
 
 TEST_F(Recognize, MissingTracesAreRefused) {
     EXPECT_TRUE(refused(recognize({path("missing")}), 3, path("missing")));
-    EXPECT_TRUE(refused(recognize({path("")}), 3, path("")));
+    std::filesystem::create_directory(path("empty"));
+    EXPECT_TRUE(refused(recognize({path("empty")}), 3, path("empty")));
+}
+
+TEST_F(Recognize, TracesOfAFolderAreNamedByTheirFiles) {
+    std::filesystem::create_directories(path("set/circle"));
+    std::string table = "x,y\n";
+    const json trace = json::parse(circle);
+    for (const json& point : trace.at("points")) {
+        table += point[0].dump() + "," + point[1].dump() + "\n";
+    }
+    writeFile(path("set/circle/drawn-1.csv"), table);
+    const Outcome outcome = recognize({"--json", "--label-from", "folder", path("set")});
+
+    ASSERT_TRUE(succeeded(outcome));
+    EXPECT_EQ(json::parse(outcome.out).at("expected"), "circle");
+    EXPECT_EQ(json::parse(outcome.out).at("gesture"), "circle");
+    EXPECT_EQ(json::parse(outcome.out).at("source"), path("set/circle/drawn-1.csv"));
+}
+
+TEST_F(Recognize, UnknownFormatIsRefusedWithTheKnownOnes) {
+    const Outcome outcome = recognize({"--format", "yaml", "-"});
+
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("--format"));
+    EXPECT_THAT(outcome.err, HasSubstr("found yaml, expected one of csv|jsonl|xml"));
 }
 
 TEST_F(Recognize, BadModelIsRefusedByName) {

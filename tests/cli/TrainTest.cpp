@@ -234,8 +234,9 @@ TEST_F(Train, BadInputIsRefusedWithFileAndLine) {
 TEST_F(Train, MissingFileAndFolderAreRefused) {
     const std::string missing = path("missing.jsonl");
     EXPECT_TRUE(refused(run({"train", missing, "-o", path("m.txt")}), 3, missing));
-    EXPECT_TRUE(refused(run({"train", path(""), "-o", path("m.txt")}), 3, path("")));
-    EXPECT_THAT(namesIn(path("")), ElementsAre("traces.jsonl"));
+    std::filesystem::create_directory(path("empty"));
+    EXPECT_TRUE(refused(run({"train", path("empty"), "-o", path("m.txt")}), 3, path("empty")));
+    EXPECT_THAT(namesIn(path("")), ElementsAre("empty", "traces.jsonl"));
 }
 
 TEST_F(Train, FolderAsStandardInputIsRefused) {

@@ -1,12 +1,10 @@
 #include <veskkit/Error.h>
 #include <veskkit/internal/Text.h>
-#include <veskkit/io/InputFile.h>
 #include <veskkit/io/JsonLinesReader.h>
+#include <veskkit/io/internal/LineReader.h>
 
 #include <nlohmann/json.hpp>
 
-#include <ios>
-#include <streambuf>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -161,71 +159,34 @@ private:
     bool sawPoints = false;
 };
 
-bool isBlank(const std::string& line) {
-    return line.find_first_not_of(" \t\r\v\f") == std::string::npos;
-}
-
 }  // namespace
 
 JsonLinesReader::JsonLinesReader(const std::string& path)
-    : file(openInput(path)), in(file), source(path) {}
+    : lines(std::make_unique<internal::LineReader>(path)) {}
 
 JsonLinesReader::JsonLinesReader(std::istream& stream, std::string name)
-    : in(stream), source(std::move(name)) {}
+    : lines(std::make_unique<internal::LineReader>(stream, std::move(name))) {}
+
+JsonLinesReader::~JsonLinesReader() = default;
 
 bool JsonLinesReader::next(Trace& trace) {
     do {
-        if (!nextLine()) return false;
-    } while (isBlank(line));
+        if (!lines->next()) return false;
+    } while (internal::isBlank(lines->line()));
+    const std::string& line = lines->line();
     Trace result;
-    result.source = source;
-    result.line = lineNumber;
+    result.source = lines->source();
+    result.line = lines->number();
     // The parser takes a zero byte for the end.
     if (const std::size_t zero = line.find('\0'); zero != std::string::npos) {
-        throw InputError(joined(placeOf(result), ": found text that is not JSON at byte ", zero + 1,
+        throw InputError(joined(lines->place(), ": found text that is not JSON at byte ", zero + 1,
                                 " of the line, expected an object"));
     }
-    TraceBuilder builder(result, placeOf(result));
+    TraceBuilder builder(result, lines->place());
     json::sax_parse(line, &builder);
     builder.requirePoints();
     trace = std::move(result);
     return true;
-}
-
-/// Takes the next line without its end; false where there is none.
-bool JsonLinesReader::nextLine() {
-    using traits = std::istream::traits_type;
-    line.clear();
-    bool any = false;
-    bool tooLong = false;
-    try {
-        std::streambuf& buffer = *in.rdbuf();
-        for (auto c = buffer.sbumpc(); !traits::eq_int_type(c, traits::eof());
-             c = buffer.sbumpc()) {
-            if (!any) ++lineNumber;
-            any = true;
-            if (traits::to_char_type(c) == '\n') break;
-            tooLong = tooLong || line.size() == longestLine;
-            if (!tooLong) line.push_back(traits::to_char_type(c));
-        }
-    } catch (const std::ios_base::failure&) {
-        throw InputError(internal::oneLine(source) + ": cannot be read");
-    }
-    if (tooLong) {
-        throw InputError(joined(internal::oneLine(source), ':', lineNumber,
-                                ": found a line of more than ", longestLine,
-                                " bytes, expected one object"));
-    }
-    constexpr const char* byteOrderMark = "\xEF\xBB\xBF";
-    if (lineNumber == 1 && line.compare(0, 3, byteOrderMark) == 0) line.erase(0, 3);
-    return any;
-}
-
-std::vector<Trace> readTraces(const std::string& path) {
-    JsonLinesReader reader(path);
-    std::vector<Trace> traces;
-    for (Trace trace; reader.next(trace);) traces.push_back(std::move(trace));
-    return traces;
 }
 
 }  // namespace Vesk::Kit

@@ -1,15 +1,17 @@
 #ifndef VESK_VESKKIT_IO_JSONLINESREADER_H
 #define VESK_VESKKIT_IO_JSONLINESREADER_H
 
-#include <veskkit/traces/Trace.h>
+#include <veskkit/io/TraceReader.h>
 
-#include <cstddef>
-#include <fstream>
 #include <istream>
+#include <memory>
 #include <string>
-#include <vector>
 
 namespace Vesk::Kit {
+
+namespace internal {
+class LineReader;
+}
 
 /// Reads traces from JSON Lines (UTF-8): one object a line with the keys
 ///
@@ -18,38 +20,26 @@ namespace Vesk::Kit {
 ///     points    list of positions, each a list of two or more finite numbers, x and y first
 ///
 /// Other keys are ignored. Blank lines, a byte order mark and carriage returns before line ends
-/// are skipped. Memory is bounded by one line, a line by `longestLine`.
+/// are skipped. Memory is bounded by one line, a line by 16 MiB.
 ///
 /// Every error is an InputError of one line, "<source>:<line>: found ..., expected ...", lines
 /// counted from 1. The reader goes on with the next line when it is called again.
-class JsonLinesReader {
+class JsonLinesReader : public TraceReader {
 public:
-    static constexpr std::size_t longestLine = std::size_t{16} << 20;  ///< bytes
-
     /// Opens a file. InputError "<path>: ..." for a directory and for what cannot be read.
     explicit JsonLinesReader(const std::string& path);
 
     /// Reads from a stream that outlives the reader; `name` stands for it in messages and traces.
     JsonLinesReader(std::istream& stream, std::string name);
 
-    JsonLinesReader(const JsonLinesReader&) = delete;
-    JsonLinesReader& operator=(const JsonLinesReader&) = delete;
+    ~JsonLinesReader() override;
 
-    /// Reads the next trace into `trace`; false at the end. O(line).
-    bool next(Trace& trace);
+    /// O(line).
+    bool next(Trace& trace) override;
 
 private:
-    bool nextLine();
-
-    std::ifstream file;
-    std::istream& in;
-    std::string source;
-    std::size_t lineNumber = 0;
-    std::string line;
+    std::unique_ptr<internal::LineReader> lines;
 };
-
-/// All traces of a file.
-std::vector<Trace> readTraces(const std::string& path);
 
 }  // namespace Vesk::Kit
 

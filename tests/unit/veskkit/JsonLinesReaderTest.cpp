@@ -3,6 +3,8 @@
 #include <support/Files.h>
 #include <veskkit/Error.h>
 #include <veskkit/io/JsonLinesReader.h>
+#include <veskkit/io/TraceFiles.h>
+#include <veskkit/io/internal/LineReader.h>
 
 #include <gtest/gtest.h>
 
@@ -167,14 +169,14 @@ TEST(JsonLinesReaderTest, ABadLineLeavesTheTraceAsItWas) {
 TEST(JsonLinesReaderTest, TakesTheLongestLineAndRefusesALongerOne) {
     const std::string start = "{\"points\":[[1,2]],\"x\":\"";
     const std::string end = "\"}";
-    const std::size_t fill = JsonLinesReader::longestLine - start.size() - end.size();
+    const std::size_t fill = internal::longestLine - start.size() - end.size();
     EXPECT_EQ(read(start + std::string(fill, 'x') + end + "\n").size(), 1u);
 
     std::istringstream in(start + std::string(fill + 1, 'x') + end + "\n{\"points\":[[1,2]]}\n");
     JsonLinesReader reader(in, "t");
     Trace trace;
     EXPECT_EQ(textOf<InputError>([&] { reader.next(trace); }),
-              "t:1: found a line of more than 16777216 bytes, expected one object");
+              "t:1: found a line of more than 16777216 bytes, expected a shorter one");
     ASSERT_TRUE(reader.next(trace));
     EXPECT_EQ(trace.line, 2u);
 }
@@ -197,9 +199,9 @@ TEST(JsonLinesReaderTest, ReadsFilesByName) {
 TEST(JsonLinesReaderTest, RefusesMissingFilesAndFolders) {
     const Vesk::Test::TemporaryFolder folder;
     const std::string missing = folder.path("missing");
-    EXPECT_EQ(textOf<InputError>([&] { readTraces(missing); }),
+    EXPECT_EQ(textOf<InputError>([&] { JsonLinesReader{missing}; }),
               missing + ": found no such file, expected a file that can be read");
-    EXPECT_EQ(textOf<InputError>([&] { readTraces(folder.path("")); }),
+    EXPECT_EQ(textOf<InputError>([&] { JsonLinesReader{folder.path("")}; }),
               folder.path("") + ": found a directory, expected a file");
 }
 

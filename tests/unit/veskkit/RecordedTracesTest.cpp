@@ -1,7 +1,7 @@
 #include <support/Capture.h>
 #include <support/Files.h>
-#include <veskkit/io/JsonLinesReader.h>
 #include <veskkit/io/ModelFile.h>
+#include <veskkit/io/TraceFiles.h>
 #include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/training/GestureTrainer.h>
 

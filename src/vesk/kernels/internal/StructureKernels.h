@@ -25,7 +25,8 @@ inline bool allEqual(const double* row, int begin, int end, int N, double value)
         // The last vector may begin before them, or go on behind them.
         const int start = j < N - L ? j : N - L;
         const Index index = positions() + splatIndex(start);
-        const auto among = (index >= splatIndex(j)) & (index < splatIndex(end));
+        Index among = index >= splatIndex(j);
+        among &= index < splatIndex(end);
         different |= (load(row + start) != expected) & among;
     }
     return noneSet(different);
