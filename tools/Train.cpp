@@ -153,6 +153,10 @@ Command addTrain(CLI::App& program) {
     line->add_flag("--skip-bad", options->training.skipBad,
                    "Leave out traces that have no direction instead of refusing them");
     addTrainingOptions(*line, options->training);
+    line->add_option("--threads", options->training.threads,
+                     "Threads that gestures are trained on [one for each processor]")
+        ->transform(numberIn(1U, 1024U))
+        ->type_name("N");
     line->add_flag("--no-calibration", options->uncalibrated,
                    "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
     return {line, [options] { train(*options); }};

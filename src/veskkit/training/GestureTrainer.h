@@ -18,7 +18,8 @@ struct TrainingProgress {
     std::size_t total;
 };
 
-/// Told after every gesture. An exception that it throws ends the training and passes through.
+/// Told after every gesture, by one thread at a time, which may be another one than that of the
+/// call. An exception that it throws ends the training and passes through.
 using TrainingObserver = std::function<void(const TrainingProgress&)>;
 
 /// A model ready to be saved or to recognise with, and how it came about.

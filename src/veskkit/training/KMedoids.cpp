@@ -1,16 +1,13 @@
-#include <veskkit/Error.h>
-#include <veskkit/traces/Resampler.h>
+#include <veskkit/traces/internal/Shape.h>
 #include <veskkit/training/KMedoids.h>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace Vesk::Kit {
 
 namespace {
 
-constexpr int shapePoints = 32;
 constexpr std::size_t mostCompared = 1000;
 
 using Indices = std::vector<std::size_t>;
@@ -113,34 +110,6 @@ Indices lasting(const Clustering& clustering, std::size_t smallest) {
     return result;
 }
 
-/// Coordinates that only tell the shape.
-std::vector<double> shapeOf(const Points& trace) {
-    const Points points = Resampler({shapePoints, false}).resample(trace);
-    if (points.empty()) throw InputError("found a trace without a direction, expected a path");
-    double centreX = 0.0;
-    double centreY = 0.0;
-    for (const std::vector<double>& point : points) {
-        centreX += point[0] / shapePoints;
-        centreY += point[1] / shapePoints;
-    }
-    std::vector<double> shape;
-    double largest = 0.0;
-    for (const std::vector<double>& point : points) {
-        for (const double value : {point[0] - centreX, point[1] - centreY}) {
-            shape.push_back(value);
-            largest = std::max(largest, std::abs(value));
-        }
-    }
-    for (double& value : shape) value = largest > 0.0 ? value / largest : 0.0;
-    return shape;
-}
-
-double squaredDistance(const std::vector<double>& x, const std::vector<double>& y) {
-    double sum = 0.0;
-    for (std::size_t i = 0; i < x.size(); ++i) sum += (x[i] - y[i]) * (x[i] - y[i]);
-    return sum;
-}
-
 }  // namespace
 
 std::vector<Indices> Clustering::members() const {
@@ -168,7 +137,7 @@ Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t 
                           std::size_t smallest) {
     std::vector<std::vector<double>> shapes;
     shapes.reserve(traces.size());
-    for (const Points* trace : traces) shapes.push_back(shapeOf(*trace));
+    for (const Points* trace : traces) shapes.push_back(internal::shapeOf(*trace));
 
     const std::size_t stride = (traces.size() + mostCompared - 1) / mostCompared;
     Indices compared;
@@ -177,7 +146,7 @@ Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t 
     std::vector<double> distances(n * n);
     for (std::size_t i = 0; i < n; ++i) {
         for (std::size_t j = 0; j < i; ++j) {
-            const double d = squaredDistance(shapes[compared[i]], shapes[compared[j]]);
+            const double d = internal::squaredDistance(shapes[compared[i]], shapes[compared[j]]);
             distances[i * n + j] = d;
             distances[j * n + i] = d;
         }
@@ -190,7 +159,7 @@ Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t 
     for (const std::vector<double>& shape : shapes) {
         std::vector<double> to;
         for (const std::size_t m : clustering.medoids)
-            to.push_back(squaredDistance(shape, shapes[m]));
+            to.push_back(internal::squaredDistance(shape, shapes[m]));
         clustering.cluster.push_back(argMin(to));
     }
     return clustering;

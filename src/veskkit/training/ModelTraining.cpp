@@ -1,3 +1,4 @@
+#include <veskkit/internal/Parallel.h>
 #include <veskkit/recognition/ModelText.h>
 #include <veskkit/training/KMedoids.h>
 #include <veskkit/training/internal/Emissions.h>
@@ -9,6 +10,8 @@
 #include <limits>
 #include <locale>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -112,6 +115,47 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
     return models;
 }
 
+/// The models of one gesture.
+struct GestureModels {
+    std::vector<LeftRightHMM> fine;
+    LeftRightHMM coarse;  ///< its part of the threshold model
+    GestureReport report;
+};
+
+GestureModels trainGesture(const GestureSamples& gesture, const std::vector<double>& codebook,
+                           const TrainingOptions& options) {
+    const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
+    GestureReport report = reportOf(gesture);
+    std::vector<LeftRightHMM> fine = trainFineModels(gesture, codebook, options, report);
+    TrainedModel coarse =
+        trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options);
+    return {std::move(fine), std::move(coarse.model), std::move(report)};
+}
+
+/// The models of all gestures, in their order; `trained` is called after each, by one thread at a
+/// time.
+std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,
+                                         const std::vector<double>& codebook,
+                                         const TrainingOptions& options,
+                                         const std::function<void()>& trained) {
+    std::vector<std::optional<GestureModels>> places(gestures.size());
+    std::mutex telling;
+    bool stopped = false;
+    parallelFor(gestures.size(), options.threads, [&](std::size_t i) {
+        places[i] = trainGesture(gestures[i], codebook, options);
+        const std::lock_guard<std::mutex> lock(telling);
+        // Whoever threw is not told of what was under way.
+        if (stopped) return;
+        stopped = true;
+        trained();
+        stopped = false;
+    });
+    std::vector<GestureModels> models;
+    models.reserve(places.size());
+    for (std::optional<GestureModels>& place : places) models.push_back(std::move(*place));
+    return models;
+}
+
 /// The staging fields of the model that the coarse models make together.
 RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
     std::vector<HMM*> pointers;
@@ -172,18 +216,13 @@ RecognitionModel trainRecognitionModel(const std::vector<GestureSamples>& gestur
                                        const TrainingOptions& options,
                                        std::vector<GestureReport>& reports,
                                        const std::function<void()>& trained) {
+    const std::vector<GestureModels> parts = trainGestures(gestures, codebook, options, trained);
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
-    const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
-    for (const GestureSamples& gesture : gestures) {
-        GestureReport report = reportOf(gesture);
-        for (LeftRightHMM& model : trainFineModels(gesture, codebook, options, report)) {
-            result.add(std::move(model));
-        }
-        coarse.push_back(
-            trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options).model);
-        reports.push_back(std::move(report));
-        trained();
+    for (const GestureModels& part : parts) {
+        for (const LeftRightHMM& model : part.fine) result.add(model);
+        coarse.push_back(part.coarse);
+        reports.push_back(part.report);
     }
     RecognitionModelHMM settings = composeThreshold(coarse);
     settings.name = options.name;

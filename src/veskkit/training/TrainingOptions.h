@@ -55,6 +55,10 @@ struct TrainingOptions {
     bool calibrate = true;
     double falseRejection = 0.035;  ///< share of correct traces that calibration gives up, 0 to 0.5
 
+    /// Threads that gestures are trained on; 0: one for each processor. The same model at any
+    /// number.
+    unsigned threads = 0;
+
     /// Leave out traces that have no direction (all positions in one place), and say so in the
     /// report, rather than refuse them.
     bool skipBad = false;

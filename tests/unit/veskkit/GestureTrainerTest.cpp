@@ -146,6 +146,24 @@ TEST(GestureTrainerTest, TheSameTracesGiveTheSameBytes) {
     EXPECT_EQ(train(), train());
 }
 
+TEST(GestureTrainerTest, AnyNumberOfThreadsGivesTheSameBytes) {
+    const std::vector<Trace> traces = drawnTraces(1, 3, 4);
+    TrainingOptions options = quick();
+    options.subModels = 2;
+    options.smallestSubModel = 2;
+    options.threads = 1;
+    const TrainingResult alone = GestureTrainer(options).train(traces);
+    for (const unsigned threads : {2U, 5U, 0U}) {
+        options.threads = threads;
+        const TrainingResult together = GestureTrainer(options).train(traces);
+        EXPECT_EQ(modelText(together.model.get()), modelText(alone.model.get()));
+        ASSERT_EQ(together.report.gestures.size(), alone.report.gestures.size());
+        for (std::size_t g = 0; g < alone.report.gestures.size(); ++g) {
+            EXPECT_EQ(together.report.gestures[g].gesture, alone.report.gestures[g].gesture);
+        }
+    }
+}
+
 TEST(GestureTrainerTest, GesturesAreInTheOrderOfTheirNames) {
     std::vector<Trace> traces = drawnTraces(1, 1, 2);
     std::reverse(traces.begin(), traces.end());

@@ -48,7 +48,7 @@ TrainedModel trainModel(const std::vector<std::vector<int>>& sequences,
 
 /// A recognition model of all gestures, as stored; appends to `reports`. Its acceptance ratio is
 /// that of the options, where they set none 1e3, or 1e4 where a gesture has several models; in any
-/// case at most `largestRatio`. `trained` is called after every gesture.
+/// case at most `largestRatio`. `trained` is called after every gesture, by one thread at a time.
 RecognitionModel trainRecognitionModel(const std::vector<GestureSamples>& gestures,
                                        const std::vector<double>& codebook, double largestRatio,
                                        const TrainingOptions& options,

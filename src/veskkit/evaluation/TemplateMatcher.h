@@ -1,0 +1,52 @@
+#ifndef VESK_VESKKIT_EVALUATION_TEMPLATEMATCHER_H
+#define VESK_VESKKIT_EVALUATION_TEMPLATEMATCHER_H
+
+#include <veskkit/traces/Trace.h>
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit {
+
+/// The yardstick: recognises a trace as the gesture of the nearest training trace. Shapes are 32
+/// positions at equal distances, centred, divided by the largest absolute coordinate, and compared
+/// by squared Euclidean distance, the way of the simple recognisers that compare templates.
+///
+/// Immutable; const calls from any number of threads.
+class TemplateMatcher {
+public:
+    struct Match {
+        std::string gesture;  ///< the nearest training trace's label, blanks as underscores
+        double distance;      ///< squared, between shapes
+    };
+
+    /// Keeps the shapes of labelled traces, those without a direction left out. The rejection
+    /// threshold is the distance that all but the share `falseRejection` of the training traces
+    /// keep to the nearest one of the same gesture, drawn by another user where there are several.
+    explicit TemplateMatcher(const std::vector<const Trace*>& traces,
+                             double falseRejection = 0.035);
+
+    /// The nearest training trace; no gesture where the trace has no direction. O(traces).
+    Match nearest(const Trace& trace) const;
+
+    double threshold() const { return limit; }
+    bool accepts(const Match& match) const {
+        return !match.gesture.empty() && match.distance <= limit;
+    }
+
+private:
+    struct Template {
+        std::vector<double> shape;
+        std::size_t gesture;
+        std::string user;
+    };
+
+    std::vector<std::string> names;
+    std::vector<Template> templates;
+    double limit;
+};
+
+}  // namespace Vesk::Kit
+
+#endif
