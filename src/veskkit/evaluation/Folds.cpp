@@ -100,7 +100,7 @@ std::vector<Fold> stratifiedFolds(const std::vector<Trace>& traces, std::size_t 
         for (const std::size_t i : places) foldOfTrace[i] = fold++ % parts;
     }
     std::vector<std::string> names;
-    for (std::size_t f = 1; f <= parts; ++f) names.push_back(joined("part ", f, " of ", parts));
+    for (std::size_t f = 1; f <= parts; ++f) names.push_back(joined("fold ", f, " of ", parts));
     return foldsOf(foldOfTrace, std::move(names));
 }
 

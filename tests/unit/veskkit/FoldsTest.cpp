@@ -87,7 +87,7 @@ TEST(FoldsTest, StratifiedFoldsTestAnEqualPartOfEveryGesture) {
     const std::vector<Fold> folds = stratifiedFolds(traces, 4, 1);
     expectPartition(folds, traces.size());
     ASSERT_EQ(folds.size(), 4u);
-    EXPECT_EQ(folds[2].name, "part 3 of 4");
+    EXPECT_EQ(folds[2].name, "fold 3 of 4");
     for (const Fold& fold : folds) {
         std::map<std::string, int> tested;
         for (const std::size_t i : fold.test) ++tested[traces[i].gesture];

@@ -1,4 +1,4 @@
-#include "Gestures.h"
+#include "Readers.h"
 
 #include <support/Files.h>
 #include <veskkit/Error.h>
@@ -16,15 +16,11 @@ namespace {
 using Vesk::Test::textOf;
 
 std::vector<Trace> read(const std::string& text) {
-    std::istringstream in(text);
-    JsonLinesReader reader(in, "t");
-    std::vector<Trace> traces;
-    for (Trace trace; reader.next(trace);) traces.push_back(trace);
-    return traces;
+    return Vesk::Test::tracesOf<JsonLinesReader>(text);
 }
 
 std::string errorOf(const std::string& text) {
-    return textOf<InputError>([&] { read(text); });
+    return Vesk::Test::refusalOf<JsonLinesReader>(text);
 }
 
 TEST(JsonLinesReaderTest, ReadsLabelUserPointsAndPlace) {

@@ -1,4 +1,4 @@
-#include "Gestures.h"
+#include "Readers.h"
 
 #include <support/Files.h>
 #include <veskkit/Error.h>
@@ -16,17 +16,9 @@ namespace {
 
 using Vesk::Test::textOf;
 
-std::vector<Trace> read(const std::string& text) {
-    std::istringstream in(text);
-    XmlReader reader(in, "t");
-    std::vector<Trace> traces;
-    for (Trace trace; reader.next(trace);) traces.push_back(trace);
-    return traces;
-}
+std::vector<Trace> read(const std::string& text) { return Vesk::Test::tracesOf<XmlReader>(text); }
 
-std::string errorOf(const std::string& text) {
-    return textOf<InputError>([&] { read(text); });
-}
+std::string errorOf(const std::string& text) { return Vesk::Test::refusalOf<XmlReader>(text); }
 
 TEST(XmlReaderTest, ReadsAGestureLog) {
     const std::vector<Trace> traces = read(
