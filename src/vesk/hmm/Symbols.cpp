@@ -9,21 +9,29 @@ namespace {
 /// A table of all symbols is worth its size while it is no longer than this many times a sequence.
 constexpr std::int64_t mostNumbersEach = 8;
 
+/// As std::max_element would find it, but several at once.
+int greatest(const int* o, int T) {
+    int symbol = o[0];
+    for (int t = 1; t < T; ++t) symbol = std::max(symbol, o[t]);
+    return symbol;
+}
+
 }  // namespace
 
 Symbols::Symbols(Scratch& scratch, const int* o, int T)
-    : Symbols(scratch, std::int64_t{*std::max_element(o, o + T)} + 1, T) {
+    : Symbols(scratch, std::int64_t{greatest(o, T)} + 1, T) {
     add(o, T);
 }
 
 Symbols::Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length)
-    : symbols(scratch.filled(static_cast<std::size_t>(std::min(alphabet, length)), 1, 0)) {
+    : alphabet(alphabet),
+      symbols(scratch.filled(static_cast<std::size_t>(std::min(alphabet, length)), 1, 0)) {
     if (alphabet > mostNumbersEach * (length + 8)) return;
     numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, -1);
 }
 
 void Symbols::add(const int* o, int T) {
-    for (int t = 0; t < T; ++t) {
+    for (int t = 0; t < T && used < alphabet; ++t) {
         if (isNew(o[t])) symbols[used++] = o[t];
     }
 }

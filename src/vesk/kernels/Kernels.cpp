@@ -12,21 +12,9 @@ extern const Set avx512Kernels;
 
 namespace {
 
-#ifdef VESK_X86_KERNELS
-/// Each step of `forwardShort` waits for the division before it, which takes longer the wider it
-/// is.
-Set withSoonerSteps(Set set) {
-    set.forwardShort = avx2Kernels.forwardShort;
-    return set;
-}
-#endif
-
 const Set& kernelsOf([[maybe_unused]] Level level) {
 #ifdef VESK_X86_KERNELS
-    if (level == Level::Avx512) {
-        static const Set set = withSoonerSteps(avx512Kernels);
-        return set;
-    }
+    if (level == Level::Avx512) return avx512Kernels;
     if (level == Level::Avx2) return avx2Kernels;
 #endif
     return plainKernels;

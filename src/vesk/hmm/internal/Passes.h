@@ -129,7 +129,7 @@ void complete(Pass pass) {
 template <typename Finish>
 void completeShort(Passes& passes, const int* o, int T, double* column, double* scale,
                    Finish finish) {
-    constexpr int mostSteps = 16;
+    constexpr int mostSteps = 4;
     const double* e[mostSteps];
     for (int t = 1; t < T; t += mostSteps) {
         const int steps = std::min(mostSteps, T - t);

@@ -29,6 +29,7 @@ public:
 private:
     bool isNew(int symbol);
 
+    std::int64_t alphabet;
     int* symbols;                                ///< by number
     int* numbers = nullptr;                      ///< by symbol; -1: none
     std::unordered_map<int, int> sparseNumbers;  ///< instead, where few of many symbols occur

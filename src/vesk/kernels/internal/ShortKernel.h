@@ -9,67 +9,91 @@
 namespace Vesk::Kernels {
 namespace {
 
+// Each step waits for the one before it, so what counts is how soon a value is there, not how many
+// are made at once: the values of a pair change places in one cycle, those of wider vectors in
+// three.
+#if VESK_LANES == 1
+constexpr int W = 1;
+using Pair = double;
+inline double nth(Pair x, int) { return x; }
+inline Pair loadPair(const double* from) { return *from; }
+inline void storePair(double* to, Pair x) { *to = x; }
+#else
+constexpr int W = 2;
+using Pair = double __attribute__((vector_size(16)));
+inline double nth(Pair x, int l) { return x[l]; }
+inline Pair loadPair(const double* from) { return _mm_loadu_pd(from); }
+inline void storePair(double* to, Pair x) { _mm_storeu_pd(to, x); }
+#endif
+
 /// A column of `lanes` values in registers.
 struct Short {
-    V part[lanes / L];
+    static constexpr int pairs = lanes / W;
+
+    Pair pair[pairs];
 };
 
 inline Short loadShort(const double* from) {
     Short x;
-    unrolled<lanes / L>([&](int v) { x.part[v] = load(from + v * L); });
+    unrolled<Short::pairs>([&](int v) { x.pair[v] = loadPair(from + v * W); });
     return x;
 }
 
-/// The values D places further on, after zeros.
+/// Pair v of the values D places further on, after zeros.
 template <int D>
-inline Short shifted(const Short& x) {
-    Short y;
-#if VESK_LANES == 1
-    unrolled<lanes>([&](int v) { y.part[v] = v >= D ? x.part[v - D] : 0.0; });
-#elif VESK_LANES == 4
-    y.part[0] = __builtin_shufflevector(V{}, x.part[0], 4 - D, 5 - D, 6 - D, 7 - D);
-    y.part[1] = __builtin_shufflevector(x.part[0], x.part[1], 4 - D, 5 - D, 6 - D, 7 - D);
-#else
-    y.part[0] = __builtin_shufflevector(V{}, x.part[0], 8 - D, 9 - D, 10 - D, 11 - D, 12 - D,
-                                        13 - D, 14 - D, 15 - D);
+inline Pair shifted(const Short& x, int v) {
+    const auto pair = [&x](int n) { return n < 0 ? Pair{} : x.pair[n]; };
+#if VESK_LANES > 1
+    if (D % W == 1) return __builtin_shufflevector(pair(v - D / W - 1), pair(v - D / W), 1, 2);
 #endif
-    return y;
+    return pair(v - D / W);
 }
 
-/// Adds the terms of diagonals D .. 0, in this order.
-template <int D>
-inline void addShortTerms(const Short& x, const Short* a, Short& sum) {
-    const Short from = shifted<D>(x);
-    unrolled<lanes / L>([&](int v) { sum.part[v] += from.part[v] * a[D].part[v]; });
-    if constexpr (D > 0) addShortTerms<D - 1>(x, a, sum);
+/// Pair v of the sums of the terms of diagonals Reach .. D, in this order, which begin at 0.0. Only
+/// the sign of a zero depends on that, and is lost where the column is divided later on.
+template <int D, int Reach, bool Divided>
+inline Pair sumOfTerms(const Short& x, const Short* a, int v) {
+    const Pair term = shifted<D>(x, v) * a[D].pair[v];
+    if constexpr (D < Reach) {
+        return sumOfTerms<D + 1, Reach, Divided>(x, a, v) + term;
+    } else {
+        return Divided ? term : Pair{} + term;
+    }
 }
 
-inline double orderedSum(const Short& x) {
+/// Divides the column by its sum, which it returns.
+inline double normaliseShort(Short& x) {
     double sum = 0.0;
-#if VESK_LANES == 1
-    unrolled<lanes>([&](int v) { sum += x.part[v]; });
-#else
-    unrolled<lanes>([&](int j) { sum += x.part[j / L][j % L]; });
-#endif
+    unrolled<lanes>([&](int j) { sum += nth(x.pair[j / W], j % W); });
+    unrolled<Short::pairs>([&](int v) {
+        const Pair quotient = x.pair[v] / (sum - Pair{});
+        x.pair[v] = x.pair[v] == Pair{} ? Pair{} : quotient;
+    });
     return sum;
 }
 
-template <int Reach>
+template <int Reach, bool Scaled>
 inline void forwardShortBy(const Band& band, const double* const* e, int steps, double* column,
                            double* scale) {
     Short a[Reach + 1];
     unrolled<Reach + 1>([&](int d) { a[d] = loadShort(band.arriving + (Reach - d) * lanes); });
     Short x = loadShort(column);
     for (int u = 0; u < steps; ++u) {
-        Short sum{};
-        addShortTerms<Reach>(x, a, sum);
-        unrolled<lanes / L>([&](int v) { x.part[v] = sum.part[v] * load(e[u] + v * L); });
-        if (scale == nullptr) continue;
-        scale[u] = orderedSum(x);
-        const V y = splat(scale[u]);
-        unrolled<lanes / L>([&](int v) { x.part[v] = guarded(x.part[v], y); });
+        Short next;
+        unrolled<Short::pairs>([&](int v) {
+            next.pair[v] = sumOfTerms<0, Reach, Scaled>(x, a, v) * loadPair(e[u] + v * W);
+        });
+        x = next;
+        if constexpr (Scaled) scale[u] = normaliseShort(x);
     }
-    unrolled<lanes / L>([&](int v) { store(column + v * L, x.part[v]); });
+    unrolled<Short::pairs>([&](int v) { storePair(column + v * W, x.pair[v]); });
+}
+
+template <int Reach>
+inline void forwardShortBy(const Band& band, const double* const* e, int steps, double* column,
+                           double* scale) {
+    if (scale == nullptr) return forwardShortBy<Reach, false>(band, e, steps, column, scale);
+    forwardShortBy<Reach, true>(band, e, steps, column, scale);
 }
 
 void forwardShort(const Band& band, const double* const* e, int steps, double* column,
