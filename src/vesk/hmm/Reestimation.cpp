@@ -61,11 +61,7 @@ void Reestimation::addPosteriors(const int* o, const Tile& tile) {
     kernels.transpose(tile.beta, tile.times, betaTile, P);
     kernels.posteriorSums(alphaTile, betaTile, N, sums);
     kernels.posteriors(tile.alpha, tile.beta, sums, tile.times, gamma, P);
-    for (int u = 0; u < tile.times; ++u) {
-        // A symbol outside the alphabet, which the caller has to keep away, equals no k.
-        if (o[u] < 0 || o[u] >= M) continue;
-        kernels.addColumns(gamma + std::ptrdiff_t{P} * u, 1, matched + std::ptrdiff_t{P} * o[u], P);
-    }
+    kernels.addToOwn(gamma, o, tile.times, matched, M, P);
     kernels.addToOthers(gamma, o, tile.times, unmatched, M, P);
     kernels.addColumns(gamma, tile.steps, departures, P);
 }

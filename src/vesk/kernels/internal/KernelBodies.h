@@ -30,6 +30,7 @@ const Set VESK_KERNELS = {
     .addJoint = addJoint,
     .addJointBand = addJointBand,
     .addColumns = addColumns,
+    .addToOwn = addToOwn,
     .addToOthers = addToOthers,
     .viterbi = viterbi,
 };

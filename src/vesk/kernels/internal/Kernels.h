@@ -111,7 +111,11 @@ struct Set {
     /// sum[i] += values[u * P + i] for u < times.
     void (*addColumns)(const double* values, int times, double* sum, int P);
 
-    /// sums[k * P + i] += values[u * P + i] for u < times and all k < M but o[u].
+    /// sums[k * P + i] += values[u * P + i] for u < times and k = o[u]; a symbol outside of
+    /// 0 .. M-1, which the caller has to keep away, equals no k.
+    void (*addToOwn)(const double* values, const int* o, int times, double* sums, int M, int P);
+
+    /// The same for all k < M but o[u].
     void (*addToOthers)(const double* values, const int* o, int times, double* sums, int M, int P);
 
     // Viterbi.

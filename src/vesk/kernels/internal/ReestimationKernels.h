@@ -139,6 +139,15 @@ void addColumns(const double* values, int times, double* sum, int P) {
     }
 }
 
+void addToOwn(const double* values, const int* o, int times, double* sums, int M, int P) {
+    for (int u = 0; u < times; ++u) {
+        if (o[u] < 0 || o[u] >= M) continue;
+        double* sum = sums + static_cast<std::ptrdiff_t>(P) * o[u];
+        const double* added = values + static_cast<std::ptrdiff_t>(P) * u;
+        for (int i = 0; i < P; i += L) store(sum + i, load(sum + i) + load(added + i));
+    }
+}
+
 /// `addToOthers` for S times and one vector of states.
 template <int S>
 inline void addToOthersAtOnce(const double* values, const int* o, double* sums, int M, int P) {
