@@ -26,7 +26,7 @@ const double* lastColumn(Passes& passes, const int* o, int T, const Columns& col
         return at(T - 1);
     }
     complete(ForwardPass(passes, o, 1, at, asItIs));
-    completeShort(passes, o, T, at(0), nullptr, [](int, int) {});
+    complete(ShortForwardPass(passes, o, T, at(0), 0, nullptr));
     return at(0);
 }
 

@@ -38,6 +38,23 @@ void completeAll(const std::vector<Track>& tracks, MakePass makePass) {
     completeTogether(together);
 }
 
+/// Forward passes over the tracks together into `columns`, which are tables or else have room for
+/// two columns each.
+void scaledForwardTogether(Passes& passes, const std::vector<Track>& tracks,
+                           const std::vector<Columns>& columns, bool tables) {
+    const bool inRegisters = passes.transitions.isShort();
+    completeAll(tracks, [&](std::size_t k) {
+        const auto at = [column = columns[k], tables](int t) { return column[tables ? t : t & 1]; };
+        return scaledForwardPass(passes, tracks[k].o, inRegisters ? 1 : tracks[k].T,
+                                 tracks[k].scale, at, asItIs);
+    });
+    if (!inRegisters) return;
+    completeAll(tracks, [&](std::size_t k) {
+        return ShortForwardPass(passes, tracks[k].o, tracks[k].T, columns[k][0],
+                                tables ? columns[k].pitch() : 0, tracks[k].scale);
+    });
+}
+
 }  // namespace
 
 MatrixT<double> scaledForward(const Parameters& parameters, const int* o, int T, double* scale) {
@@ -69,20 +86,18 @@ double scaledLikelihood(const Parameters& parameters, const int* o, int T, doubl
             return;
         }
         sum = logLikelihoodOf(scale, 1);
-        // A logarithm does not wait for the steps that follow.
-        completeShort(passes, o, T, columns[0], scale, [&](int t, int steps) {
-            for (int u = t; u < t + steps; ++u) sum += std::log(scale[u]);
-        });
+        ShortForwardPass pass(passes, o, T, columns[0], 0, scale);
+        for (int t = 1; !pass.done();) {
+            // A logarithm does not wait for the steps that follow.
+            for (const int end = t + pass.step(); t < end; ++t) sum += std::log(scale[t]);
+        }
     });
     return sum;
 }
 
 void scaledForward(Passes& passes, const std::vector<Track>& tracks,
                    const std::vector<Columns>& alpha) {
-    completeAll(tracks, [&](std::size_t k) {
-        return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale, all(alpha[k]),
-                                 asItIs);
-    });
+    scaledForwardTogether(passes, tracks, alpha, true);
 }
 
 void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
@@ -95,10 +110,7 @@ void scaledBackward(Passes& passes, const std::vector<Track>& tracks,
 
 void scaleFactors(Passes& passes, const std::vector<Track>& tracks,
                   const std::vector<Columns>& two) {
-    completeAll(tracks, [&](std::size_t k) {
-        return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale,
-                                 alternating(two[k]), asItIs);
-    });
+    scaledForwardTogether(passes, tracks, two, false);
 }
 
 double logLikelihoodOf(const double* scale, int T) {

@@ -18,15 +18,18 @@ inline int padded(int count) {
 class Columns {
 public:
     Columns(Scratch& scratch, std::size_t count, int N, int margin)
-        : pitch(padded(N) + padded(margin)) {
+        : apart(padded(N) + padded(margin)) {
         const auto before = static_cast<std::size_t>(padded(margin));
-        first = scratch.zeros(count * static_cast<std::size_t>(pitch) + before, 1) + before;
+        first = scratch.zeros(count * static_cast<std::size_t>(apart) + before, 1) + before;
     }
 
-    double* operator[](int index) const { return first + pitch * index; }
+    double* operator[](int index) const { return first + apart * index; }
+
+    /// From one column to the next.
+    std::ptrdiff_t pitch() const { return apart; }
 
 private:
-    std::ptrdiff_t pitch;  ///< from one column to the next
+    std::ptrdiff_t apart;
     double* first;
 };
 

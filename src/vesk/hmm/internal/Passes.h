@@ -123,22 +123,44 @@ void complete(Pass pass) {
     while (!pass.done()) pass.step();
 }
 
-/// A forward pass that keeps no table, in `isShort` steps: nothing leaves the registers. Begins
-/// with the first column in `column` and leaves the last one there. finish(t, steps) is called
-/// after that many steps from the columns before t; `scale` is as in Transitions::forwardShort.
-template <typename Finish>
-void completeShort(Passes& passes, const int* o, int T, double* column, double* scale,
-                   Finish finish) {
-    constexpr int mostSteps = 4;
-    const double* e[mostSteps];
-    for (int t = 1; t < T; t += mostSteps) {
+/// A forward pass in `isShort` steps, whose columns stay in registers from one step to the next,
+/// over T >= 1 times. A `ForwardPass` has made the first column, in `column`; column t goes to
+/// column + pitch * t, and its sum, by which it is divided, to scale[t] unless `scale` is null.
+class ShortForwardPass {
+public:
+    ShortForwardPass(Passes& passes, const int* o, int T, double* column, std::ptrdiff_t pitch,
+                     double* scale)
+        : passes(&passes), o(o), T(T), column(column), pitch(pitch), scale(scale) {}
+
+    bool done() const { return t >= T; }
+
+    /// Some steps, few, so that what waits for their results can begin while the next ones are
+    /// under way. Returns how many.
+    int step() {
+        constexpr int mostSteps = 4;
+        const double* e[mostSteps];
         const int steps = std::min(mostSteps, T - t);
-        for (int u = 0; u < steps; ++u) e[u] = passes.emissions[o[t + u]];
-        passes.transitions.forwardShort(e, steps, column, scale == nullptr ? nullptr : scale + t);
-        finish(t, steps);
+        for (int u = 0; u < steps; ++u) e[u] = passes->emissions[o[t + u]];
+        passes->transitions.forwardShort({e, column, pitch, scale == nullptr ? nullptr : scale + t},
+                                         steps);
+        column += pitch * steps;
+        t += steps;
+        if (t == T) passes->transitions.noteLast(column);
+        return steps;
     }
-    passes.transitions.noteLast(column);
-}
+
+private:
+    Passes* passes;
+    const int* o;
+    int T;
+    double* column;
+    std::ptrdiff_t pitch;
+    double* scale;
+    int t = 1;
+};
+
+/// How many passes are worth taking together.
+inline constexpr std::size_t passesTogether = 4;
 
 /// Takes passes to their ends in step. Each step waits for the one before it; the processor goes
 /// on with another pass meanwhile.
@@ -153,9 +175,6 @@ void completeTogether(std::vector<Pass>& passes) {
         }
     }
 }
-
-/// How many passes are worth taking together.
-inline constexpr std::size_t passesTogether = 4;
 
 /// Where a pass that keeps every column puts column t, and where one that keeps two does.
 inline auto all(const Columns& table) {

@@ -52,10 +52,9 @@ public:
         }
     }
 
-    /// `forward` for one step after the other, in place, where `isShort`. Divides each column by
-    /// its sum where `scale` is not null, which takes the sums.
-    void forwardShort(const double* const* e, int steps, double* column, double* scale) {
-        kernels.forwardShort(band, e, steps, column, scale);
+    /// `forward` for one step after the other, where `isShort`.
+    void forwardShort(const Vesk::Kernels::ShortPass& pass, int steps) {
+        kernels.forwardShort(band, pass, steps);
     }
 
     /// Tells the last column of a pass.

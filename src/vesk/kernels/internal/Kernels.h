@@ -25,6 +25,14 @@ struct Band {
     const double* arriving;   ///< (hi - lo + 1) x P
 };
 
+/// A pass that `Set::forwardShort` takes some steps further.
+struct ShortPass {
+    const double* const* e;  ///< e[u], the emissions of step u
+    double* column;          ///< the one before the steps; needs no zeros around it
+    std::ptrdiff_t pitch;    ///< to the column after a step from the one before; 0: in place
+    double* scale;           ///< takes the sum of the column after step u at scale[u]
+};
+
 /// The arithmetic of the algorithms on columns of P values (N padded to `lanes`), in one order of
 /// operations: all levels give the same bits. Every sum starts at 0.0 and runs over its terms in
 /// order; only sums that do not depend on one another are computed side by side. Results in the
@@ -59,11 +67,9 @@ struct Set {
     void (*forwardBand)(const double* from, const Band& band, const double* e, double* to, int P);
     void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P);
 
-    /// `forwardBand` for steps of a left-right model of P = `lanes`, lo = 0 and hi <= `shortReach`:
-    /// column becomes the one after steps with the emissions e[0], e[1] ..., each divided by its
-    /// sum where `scale` is not null, which takes the sums (and keeps 0.0 at 0.0).
-    void (*forwardShort)(const Band& band, const double* const* e, int steps, double* column,
-                         double* scale);
+    /// Steps of a pass over a left-right model of P = `lanes`, lo = 0 and hi <= `shortReach`:
+    /// `forwardBand`, and `normalise` where `scale` is not null.
+    void (*forwardShort)(const Band& band, const ShortPass& pass, int steps);
 
     /// `forward` where the terms of state i are the same for all j but i: to[j] = (products[0] +
     /// .. + self[j] + .. + products[N-1]) * e[j], with self[j] in the place of products[j].

@@ -52,8 +52,8 @@ inline Pair shifted(const Short& x, int v) {
 /// Pair v of the sums of the terms of diagonals Reach .. D, in this order, which begin at 0.0. Only
 /// the sign of a zero depends on that, and is lost where the column is divided later on.
 template <int D, int Reach, bool Divided>
-inline Pair sumOfTerms(const Short& x, const Short* a, int v) {
-    const Pair term = shifted<D>(x, v) * a[D].pair[v];
+inline Pair sumOfTerms(const Short& x, const double* a, int v) {
+    const Pair term = shifted<D>(x, v) * loadPair(a + (Reach - D) * lanes + v * W);
     if constexpr (D < Reach) {
         return sumOfTerms<D + 1, Reach, Divided>(x, a, v) + term;
     } else {
@@ -73,37 +73,35 @@ inline double normaliseShort(Short& x) {
 }
 
 template <int Reach, bool Scaled>
-inline void forwardShortBy(const Band& band, const double* const* e, int steps, double* column,
-                           double* scale) {
-    Short a[Reach + 1];
-    unrolled<Reach + 1>([&](int d) { a[d] = loadShort(band.arriving + (Reach - d) * lanes); });
+inline void forwardShortBy(const Band& band, const ShortPass& pass, int steps) {
+    const double* a = band.arriving;
+    double* column = pass.column;
     Short x = loadShort(column);
     for (int u = 0; u < steps; ++u) {
         Short next;
         unrolled<Short::pairs>([&](int v) {
-            next.pair[v] = sumOfTerms<0, Reach, Scaled>(x, a, v) * loadPair(e[u] + v * W);
+            next.pair[v] = sumOfTerms<0, Reach, Scaled>(x, a, v) * loadPair(pass.e[u] + v * W);
         });
         x = next;
-        if constexpr (Scaled) scale[u] = normaliseShort(x);
+        if constexpr (Scaled) pass.scale[u] = normaliseShort(x);
+        column += pass.pitch;
+        unrolled<Short::pairs>([&](int v) { storePair(column + v * W, x.pair[v]); });
     }
-    unrolled<Short::pairs>([&](int v) { storePair(column + v * W, x.pair[v]); });
 }
 
 template <int Reach>
-inline void forwardShortBy(const Band& band, const double* const* e, int steps, double* column,
-                           double* scale) {
-    if (scale == nullptr) return forwardShortBy<Reach, false>(band, e, steps, column, scale);
-    forwardShortBy<Reach, true>(band, e, steps, column, scale);
+inline void forwardShortBy(const Band& band, const ShortPass& pass, int steps) {
+    if (pass.scale == nullptr) return forwardShortBy<Reach, false>(band, pass, steps);
+    forwardShortBy<Reach, true>(band, pass, steps);
 }
 
-void forwardShort(const Band& band, const double* const* e, int steps, double* column,
-                  double* scale) {
+void forwardShort(const Band& band, const ShortPass& pass, int steps) {
     static_assert(shortReach == 3);
     switch (band.hi) {
-        case 0: return forwardShortBy<0>(band, e, steps, column, scale);
-        case 1: return forwardShortBy<1>(band, e, steps, column, scale);
-        case 2: return forwardShortBy<2>(band, e, steps, column, scale);
-        default: return forwardShortBy<3>(band, e, steps, column, scale);
+        case 0: return forwardShortBy<0>(band, pass, steps);
+        case 1: return forwardShortBy<1>(band, pass, steps);
+        case 2: return forwardShortBy<2>(band, pass, steps);
+        default: return forwardShortBy<3>(band, pass, steps);
     }
 }
 
