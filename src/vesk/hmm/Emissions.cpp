@@ -10,8 +10,13 @@ Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double>
     : symbols(symbols),
       columns(scratch, static_cast<std::size_t>(symbols.count()), b.rows, margin),
       N(b.rows) {
+    const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
+    if (symbols.inOrder()) {
+        kernels.transposeTable(b.data, b.stride, N, symbols.count(), columns[0], columns.pitch());
+        return;
+    }
     for (int k = 0; k < symbols.count(); ++k) {
-        Vesk::Kernels::kernels().gather(b.data + symbols.at(k), b.stride, N, columns[k]);
+        kernels.gather(b.data + symbols.at(k), b.stride, N, columns[k]);
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 
 namespace Vesk::ML::internal {
 namespace {
@@ -24,8 +25,14 @@ Symbols::Symbols(Scratch& scratch, const int* o, int T)
 }
 
 Symbols::Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length)
-    : alphabet(alphabet),
-      symbols(scratch.filled(static_cast<std::size_t>(std::min(alphabet, length)), 1, 0)) {
+    : alphabet(alphabet) {
+    if (alphabet <= length) {
+        used = static_cast<int>(alphabet);
+        numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, 0);
+        std::iota(numbers, numbers + alphabet, 0);
+        return;
+    }
+    symbols = scratch.filled(static_cast<std::size_t>(length), 1, 0);
     if (alphabet > mostNumbersEach * (length + 8)) return;
     numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, -1);
 }

@@ -80,9 +80,7 @@ Transitions::Rows Transitions::rows() {
 
 void Transitions::layOutColumns() {
     columns = scratch.zeros(static_cast<std::size_t>(N), P);
-    for (int j = 0; j < N; ++j) {
-        kernels.gather(a.data + j, a.stride, N, columns + std::ptrdiff_t{P} * j);
-    }
+    kernels.transposeTable(a.data, a.stride, N, N, columns, P);
 }
 
 void Transitions::forwardAllTerms(const double* from, const double* e, double* to) {

@@ -8,7 +8,8 @@
 
 namespace Vesk::ML::internal {
 
-/// The symbols that occur in some sequences, numbered in the order in which they first do.
+/// The symbols that occur in some sequences, numbered in the order in which they first do; or all
+/// of an alphabet that is no longer than the sequences, each its own number.
 class Symbols {
 public:
     /// Of o[0..T-1], T >= 1.
@@ -19,6 +20,9 @@ public:
     void add(const int* o, int T);
 
     int count() const { return used; }
+    bool inOrder() const { return symbols == nullptr; }
+
+    /// The symbol of a number, unless they are in order.
     int at(int number) const { return symbols[number]; }
 
     /// The number of a symbol that occurs.
@@ -30,7 +34,7 @@ private:
     bool isNew(int symbol);
 
     std::int64_t alphabet;
-    int* symbols;                                ///< by number
+    int* symbols = nullptr;                      ///< by number; null: in order
     int* numbers = nullptr;                      ///< by symbol; -1: none
     std::unordered_map<int, int> sparseNumbers;  ///< instead, where few of many symbols occur
     int used = 0;

@@ -14,6 +14,7 @@ const Set VESK_KERNELS = {
     .diagonals = diagonals,
     .rowsAreEven = rowsAreEven,
     .gather = gather,
+    .transposeTable = transposeTable,
     .forward = forward,
     .backward = backward,
     .forwardBand = forwardBand,

@@ -52,6 +52,10 @@ struct Set {
     /// to[i] = from[i * stride].
     void (*gather)(const double* from, std::ptrdiff_t stride, int count, double* to);
 
+    /// to[k * pitch + i] = from[i * stride + k] for i < rows and k < columns.
+    void (*transposeTable)(const double* from, std::ptrdiff_t stride, int rows, int columns,
+                           double* to, std::ptrdiff_t pitch);
+
     // One step of a pass. A column that `...Band` reads is 0 outside its P values, for as far as
     // the band reaches.
 

@@ -5,6 +5,7 @@
 #include <vesk/kernels/internal/Vector.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace Vesk::Kernels {
 namespace {
@@ -32,21 +33,30 @@ inline bool allEqual(const double* row, int begin, int end, int N, double value)
     return noneSet(different);
 }
 
+/// Bit j of the result: whether row[j] is not zero; for `count` values, 64 at the most.
+inline std::uint64_t nonzero(const double* row, int count) {
+    const auto bits = [row](int j) { return mask(load(row + j) != V{}) << j; };
+    std::uint64_t set = 0;
+    int j = 0;
+    for (; j + L <= count; j += L) set |= bits(j);
+    if (j < count && count >= L) return set | bits(count - L);
+    for (; j < count; ++j) set |= std::uint64_t{row[j] != 0.0} << j;
+    return set;
+}
+
 void diagonals(const double* a, std::ptrdiff_t stride, int N, int* lo, int* hi) {
+    constexpr int most = 64;
     for (int i = 0; i < N; ++i) {
-        // Only what lies outside of the diagonals found so far has to be looked at.
-        const double* row = a + stride * i;
-        const int left = i + *lo < N ? i + *lo : N;
-        if (left > 0 && !allEqual(row, 0, left, N, 0.0)) {
-            int first = 0;
-            while (row[first] == 0.0) ++first;
-            *lo = first - i;
-        }
-        const int right = i + *hi + 1 > 0 ? i + *hi + 1 : 0;
-        if (right < N && !allEqual(row, right, N, N, 0.0)) {
-            int last = N - 1;
-            while (row[last] == 0.0) --last;
-            *hi = last - i;
+        for (int j = 0; j < N; j += most) {
+            const int count = N - j < most ? N - j : most;
+            // Only what lies outside of the diagonals found so far has to be looked at.
+            if (j - i >= *lo && j + count - 1 - i <= *hi) continue;
+            const std::uint64_t set = nonzero(a + stride * i + j, count);
+            if (set == 0) continue;
+            const int first = j + __builtin_ctzll(set) - i;
+            const int last = j + most - 1 - __builtin_clzll(set) - i;
+            if (first < *lo) *lo = first;
+            if (last > *hi) *hi = last;
         }
     }
 }
@@ -72,6 +82,25 @@ void gather(const double* from, std::ptrdiff_t stride, int count, double* to) {
 #endif
     }
     for (; i < count; ++i, from += stride) to[i] = *from;
+}
+
+void transposeTable(const double* from, std::ptrdiff_t stride, int rows, int columns, double* to,
+                    std::ptrdiff_t pitch) {
+    if (rows < L || columns < L) {
+        for (int k = 0; k < columns; ++k) gather(from + k, stride, rows, to + pitch * k);
+        return;
+    }
+    for (int row = 0; row < rows; row += L) {
+        // The last blocks may repeat some of the ones before.
+        const int i = row + L <= rows ? row : rows - L;
+        for (int column = 0; column < columns; column += L) {
+            const int k = column + L <= columns ? column : columns - L;
+            V block[L];
+            unrolled<L>([&](int v) { block[v] = load(from + stride * (i + v) + k); });
+            transposeBlock(block);
+            unrolled<L>([&](int v) { store(to + pitch * (k + v) + i, block[v]); });
+        }
+    }
 }
 
 }  // namespace

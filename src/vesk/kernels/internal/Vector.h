@@ -27,6 +27,7 @@ inline V splat(double x) { return x; }
 inline Index splatIndex(int x) { return x; }
 inline Index positions() { return 0; }
 inline bool noneSet(Index mask) { return mask == 0; }
+inline std::uint64_t mask(Index set) { return set == 0 ? 0 : 1; }
 #else
 using V = double __attribute__((vector_size(8 * VESK_LANES)));
 using Index = std::int64_t __attribute__((vector_size(8 * VESK_LANES)));
@@ -54,10 +55,16 @@ inline bool noneSet(Index mask) {
     const auto bits = reinterpret_cast<__m256i>(mask);
     return _mm256_testz_si256(bits, bits) != 0;
 }
+inline std::uint64_t mask(Index set) {
+    return static_cast<std::uint64_t>(_mm256_movemask_pd(reinterpret_cast<__m256d>(set)));
+}
 #else
 inline bool noneSet(Index mask) {
     const auto bits = reinterpret_cast<__m512i>(mask);
     return _mm512_test_epi64_mask(bits, bits) == 0;
+}
+inline std::uint64_t mask(Index set) {
+    return _mm512_movepi64_mask(reinterpret_cast<__m512i>(set));
 }
 #endif
 #endif
