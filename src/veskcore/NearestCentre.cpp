@@ -12,8 +12,15 @@ namespace {
 /// Gaps from this many degrees on outlast all rounding: a distance is exact to 1e-13.
 constexpr double leastGap = 1e-9;
 
-/// Cells a centre: most cells hold one entry or none.
-constexpr std::size_t cellsEach = 4;
+/// The answer changes within one cell in so many.
+constexpr std::size_t cellsEach = 64;
+constexpr std::size_t mostCells = 65536;
+
+/// Keeps angles below 360 out of a cell after the last one, where rounding would put them.
+constexpr double lessThanOne = 1.0 - 1e-15;
+
+/// Further from the middle between two centres than this, rounding does not decide.
+constexpr double margin = leastGap / 8;
 
 }  // namespace
 
@@ -24,7 +31,7 @@ double reduced(double degrees) {
     return angle == 360.0 ? 0.0 : angle;  // -1e-20 + 360 rounds to 360
 }
 
-NearestCentre::NearestCentre(const std::vector<double>& centres) {
+NearestCentre::NearestCentre(const std::vector<double>& centres) : answers(1, unknown) {
     std::vector<Entry> sorted;
     sorted.reserve(centres.size());
     for (std::size_t i = 0; i < centres.size(); ++i) {
@@ -43,39 +50,69 @@ NearestCentre::NearestCentre(const std::vector<double>& centres) {
 
     const std::size_t k = circle.size() - 2;
     spread = true;
-    angles.reserve(k + 1);
+    angles.reserve(k);
     for (std::size_t i = 1; i <= k; ++i) {
         angles.push_back(circle[i].angle);
         spread = spread &&
                  (k == 1 || circularDistance(circle[i].angle, circle[i + 1].angle) >= leastGap);
     }
-    angles.push_back(std::numeric_limits<double>::infinity());
+    if (spread) fillCells();
+}
 
-    const std::size_t count = cellsEach * k;
-    cellsPerDegree = static_cast<double>(count) / 360.0;
-    cells.assign(count + 2, k);
-    std::size_t lower = 0;
-    for (std::size_t cell = 0; cell <= count; ++cell) {
-        const std::size_t before = lower;
-        while (lower < k && cellOf(angles[lower]) < static_cast<std::ptrdiff_t>(cell)) ++lower;
-        cells[cell] = lower;
-        mostInCell = std::max(mostInCell, lower - before);
+/// Gives each cell the answer of its angles, but those that rounding decides in.
+void NearestCentre::fillCells() {
+    const std::size_t k = angles.size();
+    const std::size_t count = std::min(cellsEach * k, mostCells);
+    cellsPerDegree = static_cast<double>(count) / 360.0 * lessThanOne;
+    answers.assign(count, circle[1].index);
+    if (k == 1) return;
+
+    // The answer changes in the middle between two centres.
+    std::vector<Entry> changes;
+    changes.reserve(k);
+    for (std::size_t i = 0; i < k; ++i) {
+        const double next = i + 1 < k ? angles[i + 1] : angles[0] + 360.0;
+        changes.push_back({reduced(angles[i] + (next - angles[i]) / 2), circle[i + 2].index});
     }
-    mostInCell = std::max(mostInCell, k - lower);
+    // The last one may lie before the first one.
+    if (changes.back().angle < changes[0].angle) {
+        std::rotate(changes.begin(), changes.end() - 1, changes.end());
+    }
+    auto from = answers.begin();
+    int index = changes.back().index;
+    for (const Entry& change : changes) {
+        const auto to = answers.begin() + static_cast<std::ptrdiff_t>(cellOf(change.angle));
+        std::fill(from, to, index);
+        from = to;
+        index = change.index;
+    }
+    std::fill(from, answers.end(), index);
+    for (const Entry& change : changes) {
+        answers[cellOf(reduced(change.angle - margin))] = unknown;
+        answers[cellOf(reduced(change.angle + margin))] = unknown;
+    }
 }
 
-std::size_t NearestCentre::belowInCell(const std::size_t* cell, double angle) const {
-    const auto at = [this](std::size_t position) {
-        return angles.begin() + static_cast<std::ptrdiff_t>(position);
-    };
-    const auto found = std::lower_bound(at(cell[0]), at(cell[1]), angle);
-    return static_cast<std::size_t>(found - angles.begin());
-}
-
-int NearestCentre::ofAny(double angle) const {
+int NearestCentre::bySearch(double angle) const {
     if (!std::isfinite(angle) || circle.empty()) return 0;
     const double target = reduced(angle);
     return spread ? nearerNeighbour(target) : amongEquals(target);
+}
+
+/// How many centres are below a reduced angle.
+std::size_t NearestCentre::below(double angle) const {
+    const auto found = std::lower_bound(angles.begin(), angles.end(), angle);
+    return static_cast<std::size_t>(found - angles.begin());
+}
+
+/// Of a reduced angle and spread centres, the nearest one is a neighbour of the angle: each centre
+/// beyond a neighbour is farther from the angle by the gap between them, on the shorter way.
+int NearestCentre::nearerNeighbour(double angle) const {
+    const Entry* neighbours = &circle[below(angle)];
+    const double down = circularDistance(angle, neighbours[0].angle);
+    const double up = circularDistance(angle, neighbours[1].angle);
+    if (up == down) return std::min(neighbours[0].index, neighbours[1].index);
+    return neighbours[up < down ? 1 : 0].index;
 }
 
 std::vector<Run> NearestCentre::runs(const std::vector<double>& ascending) const {

@@ -2,67 +2,86 @@
 
 #include <vesk/quantizer/ProximityFilter.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <stdexcept>
 
 namespace Vesk::ML {
 namespace internal {
 namespace {
 
+/// A position's coordinates, borrowed.
+struct Point {
+    const double* x;
+    std::size_t count;
+};
+
+Point pointAt(const Position& position) { return {position.data(), position.size()}; }
+
 // Most positions have two coordinates and are spared the loops.
 
-bool areEqual(const Position& x, const Position& y) {
-    if (x.size() == 2 && y.size() == 2) return x[0] == y[0] && x[1] == y[1];
-    return x == y;
+bool areEqual(Point p, Point q) {
+    if (p.count == 2 && q.count == 2) return p.x[0] == q.x[0] && p.x[1] == q.x[1];
+    return std::equal(p.x, p.x + p.count, q.x, q.x + q.count);
 }
 
-double squaredDistance(const Position& position, const Position& last) {
+double squaredDistanceInSpace(Point p, Point last) {
     double sum = 0.0;
-    for (std::size_t k = 0; k < position.size(); ++k) {
-        if (k >= last.size()) throw std::out_of_range("vector::_M_range_check");
-        const double difference = position[k] - last[k];
+    for (std::size_t k = 0; k < p.count; ++k) {
+        if (k >= last.count) throw std::out_of_range("vector::_M_range_check");
+        const double difference = p.x[k] - last.x[k];
         sum += difference * difference;
     }
     return sum;
 }
 
-/// Euclidean distance over the coordinates of `position`.
-inline double distance(const Position& position, const Position& last) {
-    if (position.size() != 2 || last.size() < 2) return std::sqrt(squaredDistance(position, last));
-    const double x = position[0] - last[0];
-    const double y = position[1] - last[1];
-    return std::sqrt(x * x + y * y);
+/// Of the Euclidean distance over the coordinates of p.
+inline double squaredDistance(Point p, Point last) {
+    if (p.count != 2 || last.count < 2) return squaredDistanceInSpace(p, last);
+    const double dx = p.x[0] - last.x[0];
+    const double dy = p.x[1] - last.x[1];
+    return dx * dx + dy * dy;
 }
 
-/// Whether a position is far enough from the last one kept; not where the distance is NaN.
-inline bool farEnough(const Position& position, const Position& last, double threshold) {
-    return distance(position, last) >= threshold;
+/// The least value whose square root, as computed, is no less than `root`; NaN for NaN.
+double leastSquareOf(double root) {
+    if (!(root > 0.0)) return root;
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    double square = root * root;
+    while (std::sqrt(square) < root) square = std::nextafter(square, infinity);
+    for (double less = square; std::sqrt(less) >= root; less = std::nextafter(less, 0.0))
+        square = less;
+    return square;
 }
 
-/// Keeps positions that are far enough from the last one kept, the first one in any case.
+/// Which positions after the first one are far enough from the last one kept; none where the
+/// distance is NaN.
 class ProximityRule {
 public:
-    explicit ProximityRule(double threshold) : threshold(threshold) {}
+    ProximityRule(double threshold, Point first)
+        : leastSquare(leastSquareOf(threshold)), last(first) {}
 
-    bool keeps(const Position& position) {
-        if (last != nullptr && !farEnough(position, *last, threshold)) return false;
-        last = &position;
+    bool keeps(Point point) {
+        if (!(squaredDistance(point, last) >= leastSquare)) return false;
+        last = point;
         return true;
     }
 
 private:
-    double threshold;
-    const Position* last = nullptr;
+    double leastSquare;  ///< of a distance that is far enough
+    Point last;
 };
 
 /// Gives `keep` each position that stays, as soon as that is known.
 template <typename Keep>
 void filterByProximity(const Positions& positions, double threshold, Keep keep) {
     if (positions.size() < 2) return;
-    ProximityRule rule(threshold);
-    for (const Position* position : positions) {
-        if (rule.keeps(*position)) keep(position);
+    keep(positions[0]);
+    ProximityRule rule(threshold, pointAt(*positions[0]));
+    for (std::size_t i = 1; i < positions.size(); ++i) {
+        if (rule.keeps(pointAt(*positions[i]))) keep(positions[i]);
     }
 }
 
@@ -81,7 +100,7 @@ Positions eqFiltered(const Trace& trace) {
     kept.reserve(trace.size());
     kept.push_back(&trace[0]);
     for (std::size_t i = 1; i < trace.size(); ++i) {
-        if (!areEqual(trace[i], trace[i - 1])) kept.push_back(&trace[i]);
+        if (!areEqual(pointAt(trace[i]), pointAt(trace[i - 1]))) kept.push_back(&trace[i]);
     }
     return kept;
 }
@@ -98,14 +117,17 @@ Positions filtered(const Trace& trace, double threshold) {
     Positions kept;
     if (trace.size() < 2) return kept;
     kept.reserve(trace.size());
-    ProximityRule rule(threshold);
+    kept.push_back(&trace[0]);
+    Point previous = pointAt(trace[0]);
+    ProximityRule rule(threshold, previous);
     bool severalDiffer = false;
-    const Position* previous = nullptr;
-    for (const Position& position : trace) {
-        const bool repeated = previous != nullptr && areEqual(position, *previous);
-        severalDiffer = severalDiffer || (previous != nullptr && !repeated);
-        previous = &position;
-        if (!repeated && rule.keeps(position)) kept.push_back(&position);
+    for (auto position = trace.begin() + 1; position != trace.end(); ++position) {
+        const Point point = pointAt(*position);
+        const bool repeated = areEqual(point, previous);
+        previous = point;
+        if (repeated) continue;
+        severalDiffer = true;
+        if (rule.keeps(point)) kept.push_back(&*position);
     }
     // Of one position the proximity filter leaves none.
     if (!severalDiffer) kept.clear();

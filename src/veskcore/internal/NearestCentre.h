@@ -26,8 +26,9 @@ struct Run {
 };
 
 /// Finds the centre nearest to an angle with the answer of a direct comparison of all distances as
-/// computed: the lowest index among the smallest. O(1) where the centres are spread evenly, else
-/// O(log k + e), e the number of centres that rounding makes equally far.
+/// computed: the lowest index among the smallest. Most angles lie in a cell of the circle whose
+/// angles all have the same answer; the others take O(log k), where centres are so close that
+/// rounding makes e of them equally far O(log k + e).
 class NearestCentre {
 public:
     /// Takes a sorted view of the centres; at least one. O(k log k).
@@ -35,8 +36,11 @@ public:
 
     /// The index of the centre nearest to `angle`; 0 where the angle is not finite.
     int operator()(double angle) const {
-        const bool ordinary = angle >= 0.0 && angle < 360.0 && spread;
-        return ordinary ? nearerNeighbour(angle) : ofAny(angle);
+        if (angle >= 0.0 && angle < 360.0) {
+            const int index = answers[cellOf(angle)];
+            if (index != unknown) return index;
+        }
+        return bySearch(angle);
     }
 
     /// The same for many reduced angles in ascending order, as runs of one answer in their order.
@@ -49,46 +53,21 @@ private:
         int index;     ///< the lowest among equal centres
     };
 
-    /// Cells with more entries than this are searched by halves.
-    static constexpr std::size_t fewInCell = 4;
+    static constexpr int unknown = -1;
 
-    std::ptrdiff_t cellOf(double angle) const {
-        return static_cast<std::ptrdiff_t>(angle * cellsPerDegree);
+    void fillCells();
+    std::size_t cellOf(double angle) const {
+        return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(angle * cellsPerDegree));
     }
 
-    /// How many entries are below a reduced angle.
-    std::size_t below(double angle) const {
-        const std::size_t* cell = cells.data() + cellOf(angle);
-        if (mostInCell > fewInCell) return belowInCell(cell, angle);
-        // No branch depends on the angle.
-        std::size_t count = cell[0];
-        for (std::size_t n = 0; n < mostInCell; ++n) count += angles[count] < angle ? 1 : 0;
-        return count;
-    }
-    std::size_t belowInCell(const std::size_t* cell, double angle) const;
-
-    /// Of a reduced angle and spread centres, the nearest one is a neighbour of the angle: each
-    /// centre beyond a neighbour is farther from the angle by the gap between them, on the shorter
-    /// way.
-    int nearerNeighbour(double angle) const {
-        const Entry* neighbours = &circle[below(angle)];
-        const double down = circularDistance(angle, neighbours[0].angle);
-        const double up = circularDistance(angle, neighbours[1].angle);
-        if (up == down) return std::min(neighbours[0].index, neighbours[1].index);
-        return neighbours[up < down ? 1 : 0].index;
-    }
-
-    int ofAny(double angle) const;
-
-    /// The answer for a reduced angle where rounding can make more than its two neighbours equally
-    /// far.
+    int bySearch(double angle) const;
+    std::size_t below(double angle) const;
+    int nearerNeighbour(double angle) const;
     int amongEquals(double angle) const;
 
-    // The search runs over the angles alone, which lie closer together.
-    std::vector<double> angles;      ///< finite centres in order, each angle once; then infinity
-    std::vector<Entry> circle;       ///< theirs, after the last of them and before the first one
-    std::vector<std::size_t> cells;  ///< how many entries lie in lower cells of the circle
-    std::size_t mostInCell = 0;      ///< entries of the fullest cell
+    std::vector<double> angles;  ///< finite centres in order, each angle once
+    std::vector<Entry> circle;   ///< theirs, after the last of them and before the first one
+    std::vector<int> answers;    ///< by cell of the circle
     double cellsPerDegree = 0.0;
     bool spread = false;  ///< there are centres, too far apart for rounding to make them equal
 };
