@@ -1,6 +1,7 @@
 #include <vesk/base/internal/InputFile.h>
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <limits>
 #include <locale>
@@ -15,6 +16,9 @@ constexpr std::uint64_t leastTableLimit = std::uint64_t{1} << 20;
 constexpr std::uint64_t leastTotalLimit = std::uint64_t{1} << 24;
 constexpr std::uint64_t unsizedByteLimit = std::uint64_t{1} << 28;
 constexpr std::uint64_t largestPosition = std::numeric_limits<std::int32_t>::max();
+
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::optional<std::uint64_t> regularFileSize(const char* path) {
     std::error_code error;
@@ -37,6 +41,25 @@ InputFile::Buffer::int_type InputFile::Buffer::underflow() {
     const auto available = static_cast<std::uint64_t>(egptr() - gptr());
     bytesLeft -= std::min(bytesLeft, available);
     return next;
+}
+
+bool InputFile::Buffer::takeNumber([[maybe_unused]] double& value) {
+#ifdef __cpp_lib_to_chars
+    const char* at = gptr();
+    const char* const end = egptr();
+    while (at != end && isSpace(*at)) ++at;
+    // Unlike the stream, from_chars reads "inf" and "nan".
+    const char* const digits = at != end && *at == '-' ? at + 1 : at;
+    if (digits == end || !isDigit(*digits)) return false;
+    double number = 0.0;
+    const auto [behind, error] = std::from_chars(at, end, number);
+    if (error != std::errc() || behind == end || !isSpace(*behind)) return false;
+    gbump(static_cast<int>(behind - gptr()));
+    value = number;
+    return true;
+#else
+    return false;
+#endif
 }
 
 InputFile::InputFile(const char* path)

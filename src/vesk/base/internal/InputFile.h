@@ -27,6 +27,10 @@ public:
     bool read(Number& value) {
         return static_cast<bool>(in >> value);
     }
+    bool read(double& value) {
+        if (in.good() && buffer.takeNumber(value)) return true;
+        return static_cast<bool>(in >> value);
+    }
 
     /// Reads `count` values; stops at the first that fails.
     void readValues(double* values, std::uint64_t count);
@@ -49,6 +53,11 @@ public:
 private:
     class Buffer : public std::filebuf {
     public:
+        /// A number as it is usually written, with white space behind it; what `istream >>` would
+        /// make of it, without the stream's detours. Takes nothing where there is anything else,
+        /// or where the text goes on beyond what has been read.
+        bool takeNumber(double& value);
+
         std::uint64_t bytesLeft = 0;
         bool unreadable = false;
 
