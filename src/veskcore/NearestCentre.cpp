@@ -131,9 +131,10 @@ std::vector<Run> NearestCentre::runs(const std::vector<double>& ascending) const
     }
     // Between two centres the answer changes once, from the lower one to the upper one.
     auto from = ascending.begin();
-    for (std::size_t i = 0; i + 1 < circle.size(); ++i) {
+    const auto end = ascending.end();
+    for (std::size_t i = 0; i <= angles.size(); ++i) {
         const int lower = circle[i].index;
-        const auto to = std::lower_bound(from, ascending.end(), angles[i]);
+        const auto to = i < angles.size() ? std::lower_bound(from, end, angles[i]) : end;
         const auto change =
             std::partition_point(from, to, [&](double angle) { return (*this)(angle) == lower; });
         add(static_cast<std::size_t>(change - ascending.begin()), lower);
