@@ -19,22 +19,31 @@ constexpr double radiansPerDegree = 0.017453292519943295;
 /// A mean resultant length below this is rounding error: the angles cancel out.
 constexpr double leastResultant = 1e-12;
 
-/// The sum of the unit vectors of a cluster's angles.
+/// The sum of some unit vectors.
 struct Resultant {
     double x = 0.0;
     double y = 0.0;
+
+    Resultant& operator+=(const Resultant& other) {
+        x += other.x;
+        y += other.y;
+        return *this;
+    }
+    double length() const { return std::hypot(x, y); }
+    double direction() const { return internal::reduced(std::atan2(y, x) / radiansPerDegree); }
+};
+
+/// The resultant of a cluster's angles and how many they are.
+struct Cluster {
+    Resultant sum;
     double count = 0.0;
 
-    double length() const { return std::hypot(x, y); }
-    bool hasDirection() const { return count > 0.0 && length() >= leastResultant * count; }
-    double direction() const { return internal::reduced(std::atan2(y, x) / radiansPerDegree); }
+    bool hasDirection() const { return count > 0.0 && sum.length() >= leastResultant * count; }
 };
 
 /// The finite angles in ascending order, with their unit vectors, which every iteration needs.
 struct Angles {
     std::vector<double> degrees;
-    std::vector<double> x;
-    std::vector<double> y;
 
     explicit Angles(const std::vector<std::vector<double>>& data) {
         for (const std::vector<double>& row : data) {
@@ -43,39 +52,52 @@ struct Angles {
             }
         }
         std::sort(degrees.begin(), degrees.end());
-        x.reserve(degrees.size());
-        y.reserve(degrees.size());
+        unit.reserve(degrees.size());
         for (const double angle : degrees) {
             const double radians = angle * radiansPerDegree;
-            x.push_back(std::cos(radians));
-            y.push_back(std::sin(radians));
+            unit.push_back({std::cos(radians), std::sin(radians)});
+        }
+        for (std::size_t i = block; i <= unit.size(); i += block) {
+            blocks.push_back(sumOf(i - block, i));
         }
     }
+
+    /// Of the angles from `begin` to before `end`. Whole blocks are added as such: the rounding
+    /// error of a sum grows with the square root of its length, not with its length.
+    Resultant resultant(std::size_t begin, std::size_t end) const {
+        const std::size_t firstBlock = (begin + block - 1) / block;
+        const std::size_t endBlock = end / block;
+        if (firstBlock >= endBlock) return sumOf(begin, end);
+        Resultant sum = sumOf(begin, firstBlock * block);
+        for (std::size_t b = firstBlock; b < endBlock; ++b) sum += blocks[b];
+        return sum += sumOf(endBlock * block, end);
+    }
+
+private:
+    static constexpr std::size_t block = 1024;
+
+    Resultant sumOf(std::size_t begin, std::size_t end) const {
+        Resultant sum;
+        for (std::size_t i = begin; i < end; ++i) sum += unit[i];
+        return sum;
+    }
+
+    std::vector<Resultant> unit;    ///< of each angle
+    std::vector<Resultant> blocks;  ///< sums of `block` of them
 };
 
-/// Sums in the order of the angles, block by block: the rounding error of a sum grows with the
-/// square root of its length, not with its length.
-std::vector<Resultant> resultants(const Angles& angles, const std::vector<internal::Run>& clusters,
-                                  std::size_t k) {
-    constexpr std::size_t block = 1024;
-    std::vector<Resultant> sums(k);
-    std::size_t i = 0;
-    for (const internal::Run& run : clusters) {
-        Resultant& sum = sums[static_cast<std::size_t>(run.index)];
-        sum.count += static_cast<double>(run.end - i);
-        while (i < run.end) {
-            const std::size_t end = std::min(i + block, run.end);
-            double x = 0.0;
-            double y = 0.0;
-            for (; i < end; ++i) {
-                x += angles.x[i];
-                y += angles.y[i];
-            }
-            sum.x += x;
-            sum.y += y;
-        }
+/// What belongs to each of k centres.
+std::vector<Cluster> clustersOf(const Angles& angles, const std::vector<internal::Run>& runs,
+                                std::size_t k) {
+    std::vector<Cluster> clusters(k);
+    std::size_t begin = 0;
+    for (const internal::Run& run : runs) {
+        Cluster& cluster = clusters[static_cast<std::size_t>(run.index)];
+        cluster.sum += angles.resultant(begin, run.end);
+        cluster.count += static_cast<double>(run.end - begin);
+        begin = run.end;
     }
-    return sums;
+    return clusters;
 }
 
 /// How far a centre moved; a centre that was not finite moved without measure.
@@ -93,21 +115,21 @@ KMeansMotionVec::KMeansMotionVec(std::vector<double> centres,
 void KMeansMotionVec::learn(int maxIterations, double threshold) {
     if (centres.empty()) return;
     const Angles angles(*data);
-    std::vector<internal::Run> clusters;
+    std::vector<internal::Run> runs;
     // The sum of resultant lengths is the sum of cos(angle - mean): every change of assignment
     // raises it, and stopping where rounding keeps it from rising makes the loop finite.
     double fit = -1.0;
     for (int iteration = 0; maxIterations < 0 || iteration < maxIterations; ++iteration) {
         std::vector<internal::Run> nearest = internal::NearestCentre(centres).runs(angles.degrees);
-        if (nearest == clusters) return;
-        clusters = std::move(nearest);
-        const std::vector<Resultant> sums = resultants(angles, clusters, centres.size());
+        if (nearest == runs) return;
+        runs = std::move(nearest);
+        const std::vector<Cluster> clusters = clustersOf(angles, runs, centres.size());
         double newFit = 0.0;
         double largest = 0.0;
-        for (std::size_t k = 0; k < sums.size(); ++k) {
-            if (!sums[k].hasDirection()) continue;
-            newFit += sums[k].length();
-            const double mean = sums[k].direction();
+        for (std::size_t k = 0; k < clusters.size(); ++k) {
+            if (!clusters[k].hasDirection()) continue;
+            newFit += clusters[k].sum.length();
+            const double mean = clusters[k].sum.direction();
             largest = std::max(largest, movement(centres[k], mean));
             centres[k] = mean;
         }
