@@ -38,7 +38,71 @@ void backward(const double* next, const double* aByColumn, std::ptrdiff_t stride
     });
 }
 
+/// The L values that begin `at` values into the first of two vectors.
+template <int at>
+inline V between([[maybe_unused]] V first, [[maybe_unused]] V second) {
+    if constexpr (at == 0) return first;
+    if constexpr (at == L) return second;
+#if VESK_LANES == 4
+    return __builtin_shufflevector(first, second, at, at + 1, at + 2, at + 3);
+#elif VESK_LANES == 8
+    return __builtin_shufflevector(first, second, at, at + 1, at + 2, at + 3, at + 4, at + 5,
+                                   at + 6, at + 7);
+#endif
+}
+
+/// `forwardBand` of a left-right model with lo = 0 and hi = Reach <= L. A column that has just been
+/// stored is soonest read as it was stored: it is put together in registers for each diagonal.
+template <int Reach>
+inline void forwardReach(const double* from, const double* a, const double* e, double* to, int P) {
+    V before{};
+    for (int j = 0; j < P; j += L) {
+        const V here = load(from + j);
+        V sum{};
+        steps<Reach + 1>(
+            [&](auto q) { sum += between<L - Reach + q>(before, here) * load(a + q * P + j); });
+        store(to + j, sum * load(e + j));
+        before = here;
+    }
+}
+
+/// `backwardBand` in the same way.
+template <int Reach>
+inline void backwardReach(const double* next, const double* a, const double* e, double* to, int P) {
+    V here = load(next);
+    for (int i = 0; i < P; i += L) {
+        const V after = i + L < P ? load(next + i + L) : V{};
+        V sum{};
+        steps<Reach + 1>([&](auto d) {
+            sum += between<d>(here, after) * load(a + d * P + i) * load(e + i + d);
+        });
+        store(to + i, sum);
+        here = after;
+    }
+}
+
+/// Calls run(r) with band.hi as a constant r where lo = 0 and hi <= `shortReach`; else returns
+/// false.
+template <typename Run>
+inline bool withReach(const Band& band, Run run) {
+    static_assert(shortReach == 3);
+    if (band.lo != 0) return false;
+    switch (band.hi) {
+        case 0: return run(Constant<0>()), true;
+        case 1: return run(Constant<1>()), true;
+        case 2: return run(Constant<2>()), true;
+        case 3: return run(Constant<3>()), true;
+        default: return false;
+    }
+}
+
 void forwardBand(const double* from, const Band& band, const double* e, double* to, int P) {
+#if VESK_LANES > 1
+    if (withReach(band,
+                  [=, a = band.arriving](auto reach) { forwardReach<reach>(from, a, e, to, P); })) {
+        return;
+    }
+#endif
     const int width = band.hi - band.lo + 1;
     const double* first = from - band.hi;
     const double* a = band.arriving;
@@ -55,6 +119,13 @@ void forwardBand(const double* from, const Band& band, const double* e, double* 
 }
 
 void backwardBand(const double* next, const Band& band, const double* e, double* to, int P) {
+#if VESK_LANES > 1
+    if (withReach(band, [=, a = band.departing](auto reach) {
+            backwardReach<reach>(next, a, e, to, P);
+        })) {
+        return;
+    }
+#endif
     const int width = band.hi - band.lo + 1;
     const double* a = band.departing;
     const int lo = band.lo;

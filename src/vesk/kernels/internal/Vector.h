@@ -98,6 +98,20 @@ inline void unrolled(Part part) {
     for (int v = 0; v < B; ++v) part(v);
 }
 
+template <int n>
+struct Constant {
+    constexpr operator int() const { return n; }
+};
+
+/// Calls part(Constant<q>()) for q = 0 .. count-1.
+template <int count, typename Part>
+inline void steps(Part part) {
+    if constexpr (count > 0) {
+        steps<count - 1>(part);
+        part(Constant<count - 1>());
+    }
+}
+
 /// Transposes L vectors: the perfect shuffle of their values, as often as halves make one.
 inline void transposeBlock([[maybe_unused]] V (&rows)[L]) {
 #if VESK_LANES > 1
