@@ -31,6 +31,7 @@ struct Command {
 };
 
 // Each adds its subcommand to the program.
+Command addEvaluate(CLI::App& program);
 Command addGenerate(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);

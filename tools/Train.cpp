@@ -1,10 +1,10 @@
-#include "Checks.h"
 #include "Command.h"
 #include "OutputFile.h"
 #include "ProgressBar.h"
 #include "StandardStreams.h"
 #include "Text.h"
 #include "TraceInput.h"
+#include "TrainingInput.h"
 
 #include <veskkit/Error.h>
 #include <veskkit/recognition/ModelCheck.h>
@@ -27,8 +27,7 @@ struct Options {
     TraceInput input;
     std::string output;
     std::string name;
-    bool uncalibrated = false;
-    Kit::TrainingOptions training;
+    TrainingInput training;
 };
 
 /// The model's name: the one given, or else the file's name without its extension.
@@ -43,15 +42,9 @@ std::string modelName(const Options& options) {
 }
 
 Kit::GestureTrainer makeTrainer(const Options& options) {
-    Kit::TrainingOptions training = options.training;
+    Kit::TrainingOptions training = options.training.optionsFor(options.input.preparation());
     training.name = modelName(options);
-    training.preparation = options.input.preparation();
-    training.calibrate = !options.uncalibrated;
-    try {
-        return Kit::GestureTrainer(training);
-    } catch (const Kit::InputError& problem) {
-        throw UsageError(problem.what());
-    }
+    return Kit::GestureTrainer(training);
 }
 
 std::string reportText(const Kit::TrainingReport& report, std::size_t users,
@@ -107,38 +100,6 @@ void train(Options& options) {
     }
 }
 
-void addTrainingOptions(CLI::App& line, Kit::TrainingOptions& training) {
-    line.add_option("--symbols", training.symbols, "Directions that are told apart")
-        ->capture_default_str()
-        ->transform(numberIn(2, 360))
-        ->type_name("N");
-    line.add_option("--states", training.states, "States of a gesture's model")
-        ->capture_default_str()
-        ->transform(numberIn(2, 200))
-        ->type_name("N");
-    line.add_option("--delta", training.delta, "Largest jump between states")
-        ->capture_default_str()
-        ->transform(numberIn(1, 199))
-        ->type_name("N");
-    line.add_option("--sub-models", training.subModels,
-                    "Most models a gesture, one a way of drawing it [1 below 20 traces, else 4]")
-        ->transform(numberIn(1, 16))
-        ->type_name("N");
-    line.add_option("--iterations", training.iterations, "Most training iterations")
-        ->capture_default_str()
-        ->transform(numberIn(0, 1000))
-        ->type_name("N");
-    line.add_option("--smoothing", training.smoothing,
-                    "Width in degrees that directions are smoothed over [22; 28 for few traces]")
-        ->transform(numberIn(0.0, 180.0))
-        ->type_name("DEGREES");
-    line.add_option("--ratio", training.acceptanceRatio,
-                    "How much likelier than the threshold model a gesture has to be "
-                    "[calibrated where three or more users drew]")
-        ->transform(numberIn(1e-6, 1e5))
-        ->type_name("R");
-}
-
 }  // namespace
 
 Command addTrain(CLI::App& program) {
@@ -150,15 +111,7 @@ Command addTrain(CLI::App& program) {
         ->type_name("MODEL");
     line->add_option("--name", options->name, "The model's name, one word [from the file's name]")
         ->type_name("NAME");
-    line->add_flag("--skip-bad", options->training.skipBad,
-                   "Leave out traces that have no direction instead of refusing them");
-    addTrainingOptions(*line, options->training);
-    line->add_option("--threads", options->training.threads,
-                     "Threads that gestures are trained on [one for each processor]")
-        ->transform(numberIn(1U, 1024U))
-        ->type_name("N");
-    line->add_flag("--no-calibration", options->uncalibrated,
-                   "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
+    options->training.addTo(*line);
     return {line, [options] { train(*options); }};
 }
 

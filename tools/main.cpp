@@ -55,7 +55,7 @@ int run(int argc, char* argv[]) {
         "Exit status: 0 done, 1 output could not be written, 2 usage, 3 input refused, "
         "130 interrupted.");
     const std::vector<Command> commands{addTrain(program), addRecognize(program),
-                                        addGenerate(program)};
+                                        addEvaluate(program), addGenerate(program)};
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {

@@ -3,7 +3,9 @@
 #include <veskkit/internal/Text.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
+#include <numeric>
 #include <random>
 #include <utility>
 
@@ -14,12 +16,14 @@ using internal::quoted;
 
 namespace {
 
-/// Per value of a trace's label or user, which must not be empty, the places of its traces.
-std::map<std::string, std::vector<std::size_t>> groupBy(const std::vector<Trace>& traces,
-                                                        std::string Trace::*field,
-                                                        const char* name) {
-    std::map<std::string, std::vector<std::size_t>> groups;
-    for (std::size_t i = 0; i < traces.size(); ++i) {
+using Places = std::vector<std::size_t>;
+
+/// Per value of a trace's label or user, which must not be empty, the places of its traces among
+/// those given.
+std::map<std::string, Places> groupBy(const std::vector<Trace>& traces, const Places& among,
+                                      std::string Trace::*field, const char* name) {
+    std::map<std::string, Places> groups;
+    for (const std::size_t i : among) {
         const std::string& value = traces[i].*field;
         if (value.empty()) {
             throw InputError(
@@ -28,6 +32,12 @@ std::map<std::string, std::vector<std::size_t>> groupBy(const std::vector<Trace>
         groups[value].push_back(i);
     }
     return groups;
+}
+
+Places allOf(const std::vector<Trace>& traces) {
+    Places all(traces.size());
+    std::iota(all.begin(), all.end(), std::size_t{0});
+    return all;
 }
 
 /// Folds from the fold that tests each trace.
@@ -57,10 +67,28 @@ void shuffle(std::vector<std::size_t>& items, std::mt19937_64& random) {
         std::swap(items[i - 1], items[drawBelow(random, i)]);
 }
 
+/// Draws `examples` of each gesture's places; the others follow in `rest`. Both ascending.
+Places drawExamples(const std::vector<Trace>& traces, const Places& among, std::size_t examples,
+                    std::mt19937_64& random, Places& rest) {
+    if (examples == 0) throw InputError("found 0 examples a gesture, expected at least 1");
+    Places drawn;
+    auto gestures = groupBy(traces, among, &Trace::gesture, "label");
+    for (auto& [gesture, places] : gestures) {
+        shuffle(places, random);
+        const auto end =
+            places.begin() + static_cast<std::ptrdiff_t>(std::min(examples, places.size()));
+        drawn.insert(drawn.end(), places.begin(), end);
+        rest.insert(rest.end(), end, places.end());
+    }
+    std::sort(drawn.begin(), drawn.end());
+    std::sort(rest.begin(), rest.end());
+    return drawn;
+}
+
 }  // namespace
 
 std::vector<Fold> leaveUsersOut(const std::vector<Trace>& traces, std::size_t parts) {
-    const auto users = groupBy(traces, &Trace::user, "user");
+    const auto users = groupBy(traces, allOf(traces), &Trace::user, "user");
     if (users.size() < 2 || parts < 2) {
         throw InputError(joined("found ", users.size(), users.size() == 1 ? " user" : " users",
                                 " in ", parts, parts == 1 ? " part" : " parts",
@@ -85,7 +113,7 @@ std::vector<Fold> leaveOneUserOut(const std::vector<Trace>& traces) {
 std::vector<Fold> stratifiedFolds(const std::vector<Trace>& traces, std::size_t parts,
                                   std::uint64_t seed) {
     if (parts < 2) throw InputError(joined("found ", parts, " folds, expected at least 2"));
-    auto gestures = groupBy(traces, &Trace::gesture, "label");
+    auto gestures = groupBy(traces, allOf(traces), &Trace::gesture, "label");
     std::mt19937_64 random(seed);
     std::vector<std::size_t> foldOfTrace(traces.size());
     std::size_t fold = 0;
@@ -102,6 +130,33 @@ std::vector<Fold> stratifiedFolds(const std::vector<Trace>& traces, std::size_t 
     std::vector<std::string> names;
     for (std::size_t f = 1; f <= parts; ++f) names.push_back(joined("fold ", f, " of ", parts));
     return foldsOf(foldOfTrace, std::move(names));
+}
+
+std::vector<Fold> ownExamples(const std::vector<Trace>& traces, std::size_t examples,
+                              std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    std::vector<Fold> folds;
+    for (const auto& [user, places] : groupBy(traces, allOf(traces), &Trace::user, "user")) {
+        Fold fold{joined(user, " alone"), {}, {}};
+        fold.training = drawExamples(traces, places, examples, random, fold.test);
+        if (!fold.test.empty()) folds.push_back(std::move(fold));
+    }
+    if (folds.empty()) {
+        throw InputError(joined("found no user with more than ", examples,
+                                examples == 1 ? " trace" : " traces",
+                                " of a gesture, expected one to be tested"));
+    }
+    return folds;
+}
+
+std::vector<Fold> withFewExamples(std::vector<Fold> folds, const std::vector<Trace>& traces,
+                                  std::size_t examples, std::uint64_t seed) {
+    std::mt19937_64 random(seed);
+    for (Fold& fold : folds) {
+        Places unused;
+        fold.training = drawExamples(traces, fold.training, examples, random, unused);
+    }
+    return folds;
 }
 
 }  // namespace Vesk::Kit

@@ -32,6 +32,18 @@ std::vector<Fold> leaveUsersOut(const std::vector<Trace>& traces, std::size_t pa
 std::vector<Fold> stratifiedFolds(const std::vector<Trace>& traces, std::size_t parts,
                                   std::uint64_t seed);
 
+/// One fold a user, in the order of the users' names, that trains on `examples` of the user's own
+/// traces of each gesture, drawn at random, and tests the user's others. Users of whom nothing is
+/// left to test have no fold. InputError for a trace without a label or a user, named, for no
+/// examples, and where no fold is left.
+std::vector<Fold> ownExamples(const std::vector<Trace>& traces, std::size_t examples,
+                              std::uint64_t seed);
+
+/// The folds with `examples` training traces a gesture (all, of a gesture that has fewer), drawn
+/// at random. InputError for a trace without a label, named, and for no examples.
+std::vector<Fold> withFewExamples(std::vector<Fold> folds, const std::vector<Trace>& traces,
+                                  std::size_t examples, std::uint64_t seed);
+
 }  // namespace Vesk::Kit
 
 #endif

@@ -50,11 +50,12 @@ TemplateMatcher::TemplateMatcher(const std::vector<const Trace*>& traces, double
     limit = distances[distances.size() - 1 - std::min(rejected, distances.size() - 1)];
 }
 
-TemplateMatcher::Match TemplateMatcher::nearest(const Trace& trace) const {
+TemplateMatcher::Match TemplateMatcher::nearest(const Trace& trace, const std::string& but) const {
     if (!hasDirection(trace)) return {{}, infinity};
     const std::vector<double> shape = shapeOf(trace.points);
     Match match{{}, infinity};
     for (const Template& candidate : templates) {
+        if (names[candidate.gesture] == but) continue;
         const double distance = squaredDistance(shape, candidate.shape);
         if (distance >= match.distance) continue;
         match = {names[candidate.gesture], distance};

@@ -27,8 +27,9 @@ public:
     explicit TemplateMatcher(const std::vector<const Trace*>& traces,
                              double falseRejection = 0.035);
 
-    /// The nearest training trace; no gesture where the trace has no direction. O(traces).
-    Match nearest(const Trace& trace) const;
+    /// The nearest training trace, of all gestures but one; no gesture where the trace has no
+    /// direction or no other gesture is known. O(traces).
+    Match nearest(const Trace& trace, const std::string& but = {}) const;
 
     double threshold() const { return limit; }
     bool accepts(const Match& match) const {

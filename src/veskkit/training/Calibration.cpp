@@ -115,10 +115,12 @@ double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector
     const std::size_t stride = testTraces(runs) / enoughTraces + 1;
     LogRatios ratios;
     for (const CalibrationRun& run : runs) {
-        std::vector<GestureReport> unused;
-        RecognitionModel model =
-            trainRecognitionModel(run.training, codebook, 1.0, quick, unused, trained);
-        addLogRatios(std::move(model), run.test, stride, ratios);
+        const std::vector<GestureModels> gestures =
+            trainGestures(run.training, codebook, quick, trained);
+        std::vector<const GestureModels*> all;
+        for (const GestureModels& gesture : gestures) all.push_back(&gesture);
+        addLogRatios(composeRecognitionModel(all, codebook, 1.0, options.name), run.test, stride,
+                     ratios);
     }
     if (ratios.empty()) return 0.0;
     std::vector<double> all;

@@ -30,8 +30,6 @@ constexpr int subModelsByDefault = 4;
 constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
-constexpr double ratioOfSingleModels = 1e3;
-constexpr double ratioOfSubModels = 1e4;
 
 /// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
 constexpr double largestOddsOfThreshold = 1e5;
@@ -115,13 +113,6 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
     return models;
 }
 
-/// The models of one gesture.
-struct GestureModels {
-    std::vector<LeftRightHMM> fine;
-    LeftRightHMM coarse;  ///< its part of the threshold model
-    GestureReport report;
-};
-
 GestureModels trainGesture(const GestureSamples& gesture, const std::vector<double>& codebook,
                            const TrainingOptions& options) {
     const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
@@ -130,30 +121,6 @@ GestureModels trainGesture(const GestureSamples& gesture, const std::vector<doub
     TrainedModel coarse =
         trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options);
     return {std::move(fine), std::move(coarse.model), std::move(report)};
-}
-
-/// The models of all gestures, in their order; `trained` is called after each, by one thread at a
-/// time.
-std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,
-                                         const std::vector<double>& codebook,
-                                         const TrainingOptions& options,
-                                         const std::function<void()>& trained) {
-    std::vector<std::optional<GestureModels>> places(gestures.size());
-    std::mutex telling;
-    bool stopped = false;
-    parallelFor(gestures.size(), options.threads, [&](std::size_t i) {
-        places[i] = trainGesture(gestures[i], codebook, options);
-        const std::lock_guard<std::mutex> lock(telling);
-        // Whoever threw is not told of what was under way.
-        if (stopped) return;
-        stopped = true;
-        trained();
-        stopped = false;
-    });
-    std::vector<GestureModels> models;
-    models.reserve(places.size());
-    for (std::optional<GestureModels>& place : places) models.push_back(std::move(*place));
-    return models;
 }
 
 /// The staging fields of the model that the coarse models make together.
@@ -211,28 +178,43 @@ TrainedModel trainModel(const Sequences& sequences, const std::vector<double>& c
     return result;
 }
 
-RecognitionModel trainRecognitionModel(const std::vector<GestureSamples>& gestures,
-                                       const std::vector<double>& codebook, double largestRatio,
-                                       const TrainingOptions& options,
-                                       std::vector<GestureReport>& reports,
-                                       const std::function<void()>& trained) {
-    const std::vector<GestureModels> parts = trainGestures(gestures, codebook, options, trained);
+std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,
+                                         const std::vector<double>& codebook,
+                                         const TrainingOptions& options,
+                                         const std::function<void()>& trained) {
+    std::vector<std::optional<GestureModels>> places(gestures.size());
+    std::mutex telling;
+    bool stopped = false;
+    parallelFor(gestures.size(), options.threads, [&](std::size_t i) {
+        places[i] = trainGesture(gestures[i], codebook, options);
+        const std::lock_guard<std::mutex> lock(telling);
+        // Whoever threw is not told of what was under way.
+        if (stopped) return;
+        stopped = true;
+        trained();
+        stopped = false;
+    });
+    std::vector<GestureModels> models;
+    models.reserve(places.size());
+    for (std::optional<GestureModels>& place : places) models.push_back(std::move(*place));
+    return models;
+}
+
+RecognitionModel composeRecognitionModel(const std::vector<const GestureModels*>& gestures,
+                                         const std::vector<double>& codebook, double ratio,
+                                         const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
-    for (const GestureModels& part : parts) {
-        for (const LeftRightHMM& model : part.fine) result.add(model);
-        coarse.push_back(part.coarse);
-        reports.push_back(part.report);
+    for (const GestureModels* gesture : gestures) {
+        for (const LeftRightHMM& model : gesture->fine) result.add(model);
+        coarse.push_back(gesture->coarse);
     }
     RecognitionModelHMM settings = composeThreshold(coarse);
-    settings.name = options.name;
+    settings.name = name;
     settings.codebook = codebook;
     settings.proxFilterThreshold = 0.0f;
     settings.rotationAllowed = false;
-    const std::size_t K = result.gestures().size();
-    const double ratio = options.acceptanceRatio.value_or(K == gestures.size() ? ratioOfSingleModels
-                                                                               : ratioOfSubModels);
-    settings.modelTransitionProb = transitionProbability(std::min(ratio, largestRatio), K);
+    settings.modelTransitionProb = transitionProbability(ratio, result.gestures().size());
     result.build(settings);
     return asStored(result);
 }

@@ -115,5 +115,82 @@ TEST(FoldsTest, EveryGestureNeedsATraceForEachFold) {
               "trace: found no label, expected one of every trace");
 }
 
+/// `count` traces of each of two gestures by each of two users.
+std::vector<Trace> equallyMany(int count) {
+    std::vector<Trace> traces;
+    for (int i = 0; i < count; ++i) {
+        for (const char* user : {"u", "v"}) {
+            for (const char* gesture : {"a", "b"}) traces.push_back(traceOf(gesture, user));
+        }
+    }
+    return traces;
+}
+
+/// How many of the places are of each gesture.
+std::map<std::string, int> gesturesAt(const std::vector<Trace>& traces,
+                                      const std::vector<std::size_t>& places) {
+    std::map<std::string, int> counts;
+    for (const std::size_t i : places) ++counts[traces[i].gesture];
+    return counts;
+}
+
+TEST(FoldsTest, OwnExamplesComeFromTheUserWhoIsTested) {
+    const std::vector<Trace> traces = equallyMany(5);
+    const std::vector<Fold> folds = ownExamples(traces, 2, 1);
+    ASSERT_EQ(folds.size(), 2u);
+    EXPECT_EQ(folds[0].name, "u alone");
+    EXPECT_EQ(folds[1].name, "v alone");
+    const std::map<std::string, int> two{{"a", 2}, {"b", 2}};
+    const std::map<std::string, int> three{{"a", 3}, {"b", 3}};
+    for (const Fold& fold : folds) {
+        EXPECT_EQ(gesturesAt(traces, fold.training), two);
+        EXPECT_EQ(gesturesAt(traces, fold.test), three);
+        std::set<std::size_t> all(fold.training.begin(), fold.training.end());
+        all.insert(fold.test.begin(), fold.test.end());
+        EXPECT_EQ(all.size(), 10u);
+        const std::string user = fold.name.substr(0, 1);
+        for (const std::size_t i : all) EXPECT_EQ(traces[i].user, user);
+        EXPECT_TRUE(std::is_sorted(fold.training.begin(), fold.training.end()));
+        EXPECT_TRUE(std::is_sorted(fold.test.begin(), fold.test.end()));
+    }
+    EXPECT_EQ(ownExamples(traces, 2, 1)[1].training, folds[1].training);
+    EXPECT_NE(ownExamples(traces, 2, 2)[1].training, folds[1].training);
+}
+
+TEST(FoldsTest, UsersWithoutATraceToTestHaveNoFold) {
+    std::vector<Trace> traces = equallyMany(2);
+    traces.push_back(traceOf("a", "v"));
+    const std::vector<Fold> folds = ownExamples(traces, 2, 1);
+    ASSERT_EQ(folds.size(), 1u);
+    EXPECT_EQ(folds[0].name, "v alone");
+    EXPECT_EQ(folds[0].test.size(), 1u);
+    EXPECT_EQ(textOf<InputError>([&] { ownExamples(traces, 3, 1); }),
+              "found no user with more than 3 traces of a gesture, expected one to be tested");
+}
+
+TEST(FoldsTest, FewExamplesAreDrawnFromEachFoldsTraining) {
+    const std::vector<Trace> traces = equallyMany(6);
+    const std::vector<Fold> whole = leaveOneUserOut(traces);
+    const std::vector<Fold> few = withFewExamples(whole, traces, 4, 3);
+    ASSERT_EQ(few.size(), 2u);
+    const std::map<std::string, int> four{{"a", 4}, {"b", 4}};
+    for (std::size_t f = 0; f < 2; ++f) {
+        EXPECT_EQ(few[f].name, whole[f].name);
+        EXPECT_EQ(few[f].test, whole[f].test);
+        EXPECT_EQ(gesturesAt(traces, few[f].training), four);
+        EXPECT_TRUE(std::includes(whole[f].training.begin(), whole[f].training.end(),
+                                  few[f].training.begin(), few[f].training.end()));
+    }
+    EXPECT_EQ(withFewExamples(whole, traces, 100, 3)[0].training, whole[0].training);
+}
+
+TEST(FoldsTest, ExamplesAreAtLeastOne) {
+    const std::vector<Trace> traces = equallyMany(2);
+    const char* const text = "found 0 examples a gesture, expected at least 1";
+    EXPECT_EQ(textOf<InputError>([&] { ownExamples(traces, 0, 1); }), text);
+    EXPECT_EQ(textOf<InputError>([&] { withFewExamples(leaveOneUserOut(traces), traces, 0, 1); }),
+              text);
+}
+
 }  // namespace
 }  // namespace Vesk::Kit

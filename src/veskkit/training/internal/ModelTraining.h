@@ -46,14 +46,24 @@ TrainedModel trainModel(const std::vector<std::vector<int>>& sequences,
                         const std::vector<double>& codebook, const ModelSettings& settings,
                         const TrainingOptions& options);
 
-/// A recognition model of all gestures, as stored; appends to `reports`. Its acceptance ratio is
-/// that of the options, where they set none 1e3, or 1e4 where a gesture has several models; in any
-/// case at most `largestRatio`. `trained` is called after every gesture, by one thread at a time.
-RecognitionModel trainRecognitionModel(const std::vector<GestureSamples>& gestures,
-                                       const std::vector<double>& codebook, double largestRatio,
-                                       const TrainingOptions& options,
-                                       std::vector<GestureReport>& reports,
-                                       const std::function<void()>& trained);
+/// The models of one gesture.
+struct GestureModels {
+    std::vector<Vesk::ML::LeftRightHMM> fine;  ///< one a way of drawing it
+    Vesk::ML::LeftRightHMM coarse;             ///< its part of the threshold model
+    GestureReport report;
+};
+
+/// The models of all gestures, in their order; `trained` is called after each, by one thread at a
+/// time.
+std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,
+                                         const std::vector<double>& codebook,
+                                         const TrainingOptions& options,
+                                         const std::function<void()>& trained);
+
+/// The recognition model that gestures make together, as it reads back from its file.
+RecognitionModel composeRecognitionModel(const std::vector<const GestureModels*>& gestures,
+                                         const std::vector<double>& codebook, double ratio,
+                                         const std::string& name);
 
 /// The transition probability p at which a gesture has to be `ratio` times as likely as the
 /// threshold model: with K gesture models its weight is (1 - p) / K, so p = R / (R + K).

@@ -1,0 +1,96 @@
+#ifndef VESK_VESKKIT_EVALUATION_EVALUATION_H
+#define VESK_VESKKIT_EVALUATION_EVALUATION_H
+
+#include <veskkit/evaluation/Folds.h>
+#include <veskkit/evaluation/Share.h>
+#include <veskkit/recognition/GestureRecognizer.h>
+#include <veskkit/traces/Trace.h>
+#include <veskkit/training/TrainingOptions.h>
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit {
+
+/// What one method made of a test trace. Names are those in a model, blanks as underscores.
+struct Verdict {
+    std::string gesture;    ///< the answer; empty where rejected
+    std::string likeliest;  ///< the best gesture, accepted or not; empty where there is none
+
+    /// The answer where the trace's own gesture was never trained: empty is right. Nothing where
+    /// that was not asked, or no gesture would have been left.
+    std::optional<std::string> asUnknown;
+};
+
+/// What became of one test trace.
+struct Outcome {
+    std::size_t trace;     ///< its place in the list of traces
+    std::size_t fold;      ///< the one that tested it
+    std::string expected;  ///< its own gesture
+    Verdict models;        ///< of the hidden Markov models
+    Verdict templates;     ///< of the TemplateMatcher, the yardstick
+    Rejection rejection;   ///< why the models rejected it
+    double margin;         ///< as in Result
+};
+
+/// What an evaluation consists of besides the folds.
+struct EvaluationOptions {
+    TrainingOptions training;
+
+    /// Whether each gesture is also taken for unknown in turn (`Verdict::asUnknown`). What was
+    /// trained for the fold is put together without it, with the same acceptance ratio.
+    bool unknownGestures = true;
+};
+
+/// How far an evaluation is: some share of fold `fold` of `folds`, from 0 to 1.
+struct EvaluationProgress {
+    std::size_t fold;
+    std::size_t folds;
+    double share;
+};
+
+/// As TrainingObserver.
+using EvaluationObserver = std::function<void(const EvaluationProgress&)>;
+
+/// Trains on each fold's training traces and recognises its test traces, with hidden Markov models
+/// and with the template matcher: nothing of a test trace gets into what recognises it. Outcomes
+/// are in the order of the folds and of their test traces; the same at any number of threads.
+/// InputError as GestureTrainer, and for a test trace without a label.
+std::vector<Outcome> evaluate(const std::vector<Trace>& traces, const std::vector<Fold>& folds,
+                              const EvaluationOptions& options = {},
+                              const EvaluationObserver& observer = {});
+
+/// How often a method was right. The first four shares are of all traces.
+struct Rates {
+    Share argMax;           ///< the likeliest gesture is the right one, accepted or not
+    Share correct;          ///< recognised as what they are
+    Share wrong;            ///< recognised as something else
+    Share rejected;         ///< not recognised
+    Share unknownAccepted;  ///< of the traces taken for unknown, recognised as anything
+};
+
+/// Of one method: &Outcome::models or &Outcome::templates.
+Rates ratesOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
+
+/// How often each gesture got each answer.
+struct Confusion {
+    std::vector<std::string> gestures;  ///< in the order of their names
+
+    /// [expected][answer] by their places in `gestures`; the last column counts rejections.
+    std::vector<std::vector<std::size_t>> counts;
+
+    /// Of the traces of a gesture, those recognised as it.
+    Share recall(std::size_t gesture) const;
+
+    /// Of the traces recognised as a gesture, those that are.
+    Share precision(std::size_t gesture) const;
+};
+
+Confusion confusionOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
+
+}  // namespace Vesk::Kit
+
+#endif

@@ -1,0 +1,191 @@
+#include <veskkit/training/internal/TrainedSet.h>
+
+#include <veskkit/Error.h>
+#include <veskkit/internal/Text.h>
+#include <veskkit/recognition/ModelCheck.h>
+#include <veskkit/training/internal/Calibration.h>
+
+#include <vesk/quantizer/VectorQuantizer2D.h>
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace Vesk::Kit::internal {
+
+using Vesk::ML::VectorQuantizer2D;
+
+namespace {
+
+constexpr std::size_t worthAWarning = 3;
+constexpr double ratioOfSingleModels = 1e3;
+constexpr double ratioOfSubModels = 1e4;
+
+/// The evenly spaced directions as a model file holds them.
+std::vector<double> storedCodebook(int symbols) {
+    VectorQuantizer2D quantizer;
+    quantizer.initializeCodebook(symbols);
+    std::vector<double> codebook;
+    for (const double angle : quantizer.codebook) codebook.push_back(storedValue(angle));
+    return codebook;
+}
+
+/// Sorts traces by gesture and takes their symbols.
+class Preparer {
+public:
+    Preparer(const TrainingOptions& options, const std::vector<double>& codebook,
+             TrainingReport& out)
+        : settings(options), resampler(options.preparation), report(out) {
+        quantizer.setCodebook(codebook);
+    }
+
+    void take(const Trace& trace) {
+        if (trace.gesture.empty()) {
+            throw InputError(placeOf(trace) + ": found no label, expected the gesture's name");
+        }
+        GestureSamples& gesture = gestureOf(trace);
+        std::vector<int> symbols = quantizer.quantize(resampler.resample(trace), 0.0f, false);
+        if (symbols.size() >= 2) {
+            gesture.samples.push_back({&trace, std::move(symbols)});
+            ++report.traces;
+            return;
+        }
+        const std::string problem =
+            joined(placeOf(trace), ": found a trace of gesture ", quoted(trace.gesture), " with ",
+                   symbols.size(), " directions, expected at least 2");
+        if (!settings.skipBad) throw InputError(problem);
+        report.skipped.push_back(problem);
+    }
+
+    /// The gestures in the order of their names.
+    std::vector<GestureSamples> gestures() {
+        std::vector<GestureSamples> result;
+        for (auto& [name, gesture] : byName) {
+            if (gesture.samples.empty()) {
+                throw InputError(joined("found no usable trace of gesture ", quoted(gesture.label),
+                                        ", expected at least 1"));
+            }
+            result.push_back(std::move(gesture));
+        }
+        return result;
+    }
+
+private:
+    GestureSamples& gestureOf(const Trace& trace) {
+        const std::string name = storedName(trace.gesture);
+        if (!isStorableName(name)) {
+            throw InputError(joined(placeOf(trace), ": found the label ", quoted(trace.gesture),
+                                    ", expected one without control characters"));
+        }
+        const auto [place, isNew] =
+            byName.try_emplace(name, GestureSamples{name, trace.gesture, {}});
+        if (place->second.label != trace.gesture) {
+            throw InputError(joined(placeOf(trace), ": found the label ", quoted(trace.gesture),
+                                    " beside ", quoted(place->second.label),
+                                    ", expected labels that differ in more than blanks (both are "
+                                    "stored as ",
+                                    quoted(name), ')'));
+        }
+        if (isNew && name != trace.gesture) {
+            report.warnings.push_back(joined("gesture ", quoted(trace.gesture), " is stored as ",
+                                             quoted(name), ": names in a model have no blanks"));
+        }
+        return place->second;
+    }
+
+    const TrainingOptions& settings;
+    Resampler resampler;
+    VectorQuantizer2D quantizer;
+    TrainingReport& report;
+    std::map<std::string, GestureSamples> byName;
+};
+
+void warnOfFewTraces(const std::vector<GestureSamples>& gestures, TrainingReport& report) {
+    for (const GestureSamples& gesture : gestures) {
+        const std::size_t count = gesture.samples.size();
+        if (count >= worthAWarning) continue;
+        report.warnings.push_back(joined("gesture ", quoted(gesture.label), " has ", count,
+                                         count == 1 ? " trace" : " traces",
+                                         ": 3 or more make a model that recognises others"));
+    }
+    if (gestures.size() == 1) {
+        report.warnings.emplace_back(
+            "one gesture only: it is told from other movements by its threshold alone");
+    }
+}
+
+/// A model is only recognised in its last state: sequences too short to get there never are.
+void warnOfShortSequences(const std::vector<GestureSamples>& gestures,
+                          const TrainingOptions& options, TrainingReport& report) {
+    const int jumps = (options.states - 1 + options.delta - 1) / options.delta;
+    const auto needed = static_cast<std::size_t>(jumps) + 1;
+    for (const GestureSamples& gesture : gestures) {
+        const auto count =
+            std::count_if(gesture.samples.begin(), gesture.samples.end(),
+                          [&](const Sample& sample) { return sample.symbols.size() < needed; });
+        if (count == 0) continue;
+        report.warnings.push_back(joined("gesture ", quoted(gesture.label), " has ", count,
+                                         count == 1 ? " trace" : " traces", " with fewer than ",
+                                         needed, " directions: too short to reach the last of ",
+                                         options.states, " states"));
+    }
+}
+
+/// R where the options set none and nothing was calibrated.
+double ordinaryRatio(const std::vector<GestureModels>& gestures) {
+    const bool single = std::all_of(gestures.begin(), gestures.end(),
+                                    [](const GestureModels& it) { return it.fine.size() == 1; });
+    return single ? ratioOfSingleModels : ratioOfSubModels;
+}
+
+}  // namespace
+
+RecognitionModel TrainedSet::compose() const { return composeWithout({}); }
+
+RecognitionModel TrainedSet::composeWithout(const std::string& gesture) const {
+    std::vector<const GestureModels*> parts;
+    for (const GestureModels& part : gestures) {
+        if (part.report.gesture != gesture) parts.push_back(&part);
+    }
+    return composeRecognitionModel(parts, codebook, ratio, name);
+}
+
+TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
+                    const TrainingObserver& observer) {
+    if (traces.empty()) throw InputError("found no traces, expected at least 1");
+    TrainedSet set;
+    set.name = options.name;
+    set.codebook = storedCodebook(options.symbols);
+    TrainingReport& report = set.report;
+    Preparer preparer(options, set.codebook, report);
+    for (const Trace* trace : traces) preparer.take(*trace);
+    const std::vector<GestureSamples> gestures = preparer.gestures();
+    warnOfFewTraces(gestures, report);
+    warnOfShortSequences(gestures, options, report);
+
+    const bool calibrated = !options.acceptanceRatio && options.calibrate;
+    std::vector<CalibrationRun> runs;
+    if (calibrated) runs = runsByUser(gestures);
+    const bool byUser = !runs.empty();
+    if (calibrated && !byUser) runs = runsBySample(gestures);
+    report.calibrationRuns = runs.size();
+    TrainingProgress progress{0, gestures.size()};
+    for (const CalibrationRun& run : runs) progress.total += run.training.size();
+    const auto trained = [&] {
+        ++progress.done;
+        if (observer) observer(progress);
+    };
+
+    const double found = calibrateRatio(runs, set.codebook, options, trained);
+    set.gestures = trainGestures(gestures, set.codebook, options, trained);
+    for (const GestureModels& gesture : set.gestures) report.gestures.push_back(gesture.report);
+    set.ratio = options.acceptanceRatio.value_or(ordinaryRatio(set.gestures));
+    if (found > 0.0) {
+        const double ratio = std::clamp(found, leastRatio, largestRatio);
+        // Of other people's traces nothing is known without users: what is customary stays.
+        set.ratio = byUser ? ratio : std::min(set.ratio, ratio);
+    }
+    return set;
+}
+
+}  // namespace Vesk::Kit::internal

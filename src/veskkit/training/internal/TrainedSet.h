@@ -1,0 +1,38 @@
+#ifndef VESK_VESKKIT_TRAINING_INTERNAL_TRAINEDSET_H
+#define VESK_VESKKIT_TRAINING_INTERNAL_TRAINEDSET_H
+
+#include <veskkit/training/GestureTrainer.h>
+#include <veskkit/training/internal/ModelTraining.h>
+
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit::internal {
+
+/// What an acceptance ratio may be.
+inline constexpr double leastRatio = 1e-6;
+inline constexpr double largestRatio = 1e5;
+
+/// The trained models of all gestures, from which recognition models are put together.
+struct TrainedSet {
+    std::vector<GestureModels> gestures;  ///< in the order of their names
+    std::vector<double> codebook;
+    double ratio;  ///< R, calibrated where the options ask for it
+    std::string name;
+    TrainingReport report;  ///< but for the ratio that the composed model has
+
+    /// The recognition model of all gestures, as it reads back from its file.
+    RecognitionModel compose() const;
+
+    /// The same without one gesture of several, with the same R: what would be known of the
+    /// gesture's traces if it had never been trained.
+    RecognitionModel composeWithout(const std::string& gesture) const;
+};
+
+/// The whole of GestureTrainer::train but the last step; the traces have to stay for the call.
+TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
+                    const TrainingObserver& observer);
+
+}  // namespace Vesk::Kit::internal
+
+#endif

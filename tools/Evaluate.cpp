@@ -1,0 +1,141 @@
+#include "Checks.h"
+#include "Command.h"
+#include "EvaluationText.h"
+#include "ProgressBar.h"
+#include "StandardStreams.h"
+#include "Text.h"
+#include "TraceInput.h"
+#include "TrainingInput.h"
+
+#include <veskkit/Error.h>
+#include <veskkit/evaluation/Evaluation.h>
+#include <veskkit/evaluation/Folds.h>
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Vesk::Tool {
+
+namespace {
+
+struct Options {
+    TraceInput input;
+    TrainingInput training;
+    std::string by;
+    std::size_t folds = 5;
+    std::size_t ownExamples = 3;
+    std::vector<std::size_t> examples;
+    std::uint64_t seed = 1;
+    bool withoutUnknown = false;
+    bool json = false;
+};
+
+std::vector<Kit::Trace> readTraces(TraceInput& input) {
+    std::vector<Kit::Trace> traces;
+    input.forEach([&](const Kit::Trace& trace) { traces.push_back(trace); });
+    const std::vector<std::string> unseen = input.unseenUsers();
+    if (!unseen.empty()) throw Kit::InputError(unseen.front());
+    if (traces.empty()) throw Kit::InputError("found no traces, expected at least 1");
+    return traces;
+}
+
+/// Users where every trace has one and there are several, as somebody new will use the model.
+std::string usualSplit(const std::vector<Kit::Trace>& traces) {
+    std::set<std::string> users;
+    for (const Kit::Trace& trace : traces) users.insert(trace.user);
+    return users.size() > 1 && users.count("") == 0 ? "user" : "fold";
+}
+
+void split(const Options& options, EvaluationResult& result) {
+    const std::string by = options.by.empty() ? usualSplit(result.traces) : options.by;
+    if (by == "user") {
+        result.folds = Kit::leaveOneUserOut(result.traces);
+        result.split = "each user left out of training in turn";
+    } else if (by == "own") {
+        result.folds = Kit::ownExamples(result.traces, options.ownExamples, options.seed);
+        result.split = fmt::format("each user's own models from {} a gesture (seed {})",
+                                   counted(options.ownExamples, "example"), options.seed);
+    } else {
+        result.folds = Kit::stratifiedFolds(result.traces, options.folds, options.seed);
+        result.split = fmt::format("each of {} parts left out of training in turn (seed {})",
+                                   options.folds, options.seed);
+    }
+}
+
+void evaluate(Options& options) {
+    Kit::EvaluationOptions settings;
+    settings.training = options.training.optionsFor(options.input.preparation());
+    settings.unknownGestures = !options.withoutUnknown;
+    EvaluationResult result;
+    result.traces = readTraces(options.input);
+    split(options, result);
+
+    ProgressBar bar("evaluating");
+    const std::size_t runs = options.examples.size() + 1;
+    const auto run = [&](std::size_t done, const std::vector<Kit::Fold>& folds) {
+        constexpr std::size_t parts = 1000;
+        return Kit::evaluate(
+            result.traces, folds, settings, [&](const Kit::EvaluationProgress& progress) {
+                const double share = (static_cast<double>(progress.fold) + progress.share) /
+                                     static_cast<double>(progress.folds);
+                const auto part = static_cast<std::size_t>(share * parts);
+                bar.show(done * parts + part, runs * parts);
+            });
+    };
+    result.outcomes = run(0, result.folds);
+    settings.unknownGestures = false;
+    for (const std::size_t examples : options.examples) {
+        const auto folds =
+            Kit::withFewExamples(result.folds, result.traces, examples, options.seed);
+        result.curve.push_back({examples, run(result.curve.size() + 1, folds)});
+    }
+    writeResult(options.json ? evaluationJson(result) : evaluationText(result));
+}
+
+}  // namespace
+
+Command addEvaluate(CLI::App& program) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* line = program.add_subcommand("evaluate",
+                                            "Find out how well gestures would be recognised, by "
+                                            "training on some traces and testing others");
+    options->input.addTo(*line);
+    line->add_option(
+            "--by", options->by,
+            "What is left out of training and tested in turn: each user, each of some parts "
+            "(fold), or all but some examples of each user's own (own) [user where several "
+            "drew, else fold]")
+        ->check(CLI::IsMember({"user", "fold", "own"}))
+        ->type_name("SPLIT");
+    line->add_option("--folds", options->folds, "Parts for --by fold")
+        ->capture_default_str()
+        ->transform(numberIn<std::size_t>(2, 1000))
+        ->type_name("N");
+    line->add_option("--own-examples", options->ownExamples, "Examples a gesture for --by own")
+        ->capture_default_str()
+        ->transform(numberIn<std::size_t>(1, 1000000))
+        ->type_name("N");
+    line->add_option("--examples", options->examples,
+                     "Also with so many training examples a gesture only, as in 3,5,10,20")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->transform(numberIn<std::size_t>(1, 1000000))
+        ->type_name("N,...");
+    line->add_option("--seed", options->seed, "Of what is drawn at random")
+        ->capture_default_str()
+        ->transform(numberIn<std::uint64_t>(0, UINT64_MAX))
+        ->type_name("N");
+    line->add_flag("--no-unknown", options->withoutUnknown,
+                   "Do not take each gesture for unknown in turn");
+    line->add_flag("--json", options->json, "One JSON object, with every trace");
+    options->training.addTo(*line);
+    return {line, [options] { evaluate(*options); }};
+}
+
+}  // namespace Vesk::Tool

@@ -1,0 +1,62 @@
+#include "TrainingInput.h"
+
+#include "Checks.h"
+#include "Command.h"
+
+#include <veskkit/Error.h>
+#include <veskkit/training/GestureTrainer.h>
+
+namespace Vesk::Tool {
+
+void TrainingInput::addTo(CLI::App& line) {
+    line.add_option("--symbols", training.symbols, "Directions that are told apart")
+        ->capture_default_str()
+        ->transform(numberIn(2, 360))
+        ->type_name("N");
+    line.add_option("--states", training.states, "States of a gesture's model")
+        ->capture_default_str()
+        ->transform(numberIn(2, 200))
+        ->type_name("N");
+    line.add_option("--delta", training.delta, "Largest jump between states")
+        ->capture_default_str()
+        ->transform(numberIn(1, 199))
+        ->type_name("N");
+    line.add_option("--sub-models", training.subModels,
+                    "Most models a gesture, one a way of drawing it [1 below 20 traces, else 4]")
+        ->transform(numberIn(1, 16))
+        ->type_name("N");
+    line.add_option("--iterations", training.iterations, "Most training iterations")
+        ->capture_default_str()
+        ->transform(numberIn(0, 1000))
+        ->type_name("N");
+    line.add_option("--smoothing", training.smoothing,
+                    "Width in degrees that directions are smoothed over [22; 28 for few traces]")
+        ->transform(numberIn(0.0, 180.0))
+        ->type_name("DEGREES");
+    line.add_option("--ratio", training.acceptanceRatio,
+                    "How much likelier than the threshold model a gesture has to be "
+                    "[calibrated where three or more users drew]")
+        ->transform(numberIn(1e-6, 1e5))
+        ->type_name("R");
+    line.add_flag("--skip-bad", training.skipBad,
+                  "Leave out traces that have no direction instead of refusing them");
+    line.add_option("--threads", training.threads,
+                    "Threads that gestures are trained on [one for each processor]")
+        ->transform(numberIn(1U, 1024U))
+        ->type_name("N");
+    line.add_flag("--no-calibration", uncalibrated,
+                  "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
+}
+
+Kit::TrainingOptions TrainingInput::optionsFor(const Kit::Preparation& preparation) const {
+    Kit::TrainingOptions options = training;
+    options.preparation = preparation;
+    options.calibrate = !uncalibrated;
+    try {
+        return Kit::GestureTrainer(options).options();
+    } catch (const Kit::InputError& problem) {
+        throw UsageError(problem.what());
+    }
+}
+
+}  // namespace Vesk::Tool

@@ -1,0 +1,26 @@
+#ifndef VESK_TOOLS_TRAININGINPUT_H
+#define VESK_TOOLS_TRAININGINPUT_H
+
+#include <veskkit/training/TrainingOptions.h>
+
+#include <CLI/CLI.hpp>
+
+namespace Vesk::Tool {
+
+/// How a subcommand trains, as the command line has it.
+class TrainingInput {
+public:
+    /// Adds the training options; the object has to stay.
+    void addTo(CLI::App& line);
+
+    /// UsageError, naming the option, for settings that do not go together.
+    Kit::TrainingOptions optionsFor(const Kit::Preparation& preparation) const;
+
+private:
+    Kit::TrainingOptions training;
+    bool uncalibrated = false;
+};
+
+}  // namespace Vesk::Tool
+
+#endif
