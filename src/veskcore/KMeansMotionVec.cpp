@@ -42,9 +42,8 @@ struct Cluster {
 };
 
 /// The finite angles in ascending order, with their unit vectors, which every iteration needs.
-struct Angles {
-    std::vector<double> degrees;
-
+class Angles {
+public:
     explicit Angles(const std::vector<std::vector<double>>& data) {
         for (const std::vector<double>& row : data) {
             for (const double value : row) {
@@ -72,6 +71,8 @@ struct Angles {
         for (std::size_t b = firstBlock; b < endBlock; ++b) sum += blocks[b];
         return sum += sumOf(endBlock * block, end);
     }
+
+    std::vector<double> degrees;
 
 private:
     static constexpr std::size_t block = 1024;
@@ -120,7 +121,8 @@ void KMeansMotionVec::learn(int maxIterations, double threshold) {
     // raises it, and stopping where rounding keeps it from rising makes the loop finite.
     double fit = -1.0;
     for (int iteration = 0; maxIterations < 0 || iteration < maxIterations; ++iteration) {
-        std::vector<internal::Run> nearest = internal::NearestCentre(centres).runs(angles.degrees);
+        std::vector<internal::Run> nearest =
+            internal::NearestCentre(centres, 0).runs(angles.degrees);
         if (nearest == runs) return;
         runs = std::move(nearest);
         const std::vector<Cluster> clusters = clustersOf(angles, runs, centres.size());
@@ -140,7 +142,9 @@ void KMeansMotionVec::learn(int maxIterations, double threshold) {
 
 std::vector<std::vector<int>> KMeansMotionVec::classify() {
     if (centres.empty()) throw std::invalid_argument("a clusterer without centres has no index");
-    const internal::NearestCentre nearest(centres);
+    std::size_t angles = 0;
+    for (const std::vector<double>& row : *data) angles += row.size();
+    const internal::NearestCentre nearest(centres, angles);
     std::vector<std::vector<int>> indices;
     indices.reserve(data->size());
     for (const std::vector<double>& row : *data) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 
 namespace Vesk::ML::internal {
 
@@ -12,14 +11,17 @@ namespace {
 /// Gaps from this many degrees on outlast all rounding: a distance is exact to 1e-13.
 constexpr double leastGap = 1e-9;
 
-/// The answer changes within one cell in so many.
-constexpr std::size_t cellsEach = 64;
+/// Cells a centre, and questions that are worth a cell.
+constexpr std::size_t fewestCellsEach = 4;
+constexpr std::size_t mostCellsEach = 64;
+constexpr std::size_t questionsEach = 2;
 constexpr std::size_t mostCells = 65536;
 
 /// Keeps angles below 360 out of a cell after the last one, where rounding would put them.
 constexpr double lessThanOne = 1.0 - 1e-15;
 
-/// Further from the middle between two centres than this, rounding does not decide.
+/// Further from the middle between two centres than this, rounding does not decide: the distances
+/// differ by twice as much at least, or by `leastGap`, each off by 1e-13.
 constexpr double margin = leastGap / 8;
 
 }  // namespace
@@ -31,7 +33,8 @@ double reduced(double degrees) {
     return angle == 360.0 ? 0.0 : angle;  // -1e-20 + 360 rounds to 360
 }
 
-NearestCentre::NearestCentre(const std::vector<double>& centres) : answers(1, unknown) {
+NearestCentre::NearestCentre(const std::vector<double>& centres, std::size_t questions)
+    : answers(1, unknown) {
     std::vector<Entry> sorted;
     sorted.reserve(centres.size());
     for (std::size_t i = 0; i < centres.size(); ++i) {
@@ -56,13 +59,14 @@ NearestCentre::NearestCentre(const std::vector<double>& centres) : answers(1, un
         spread = spread &&
                  (k == 1 || circularDistance(circle[i].angle, circle[i + 1].angle) >= leastGap);
     }
-    if (spread) fillCells();
+    if (!spread || questions < k) return;
+    fillCells(std::clamp(questions / questionsEach, fewestCellsEach * k, mostCellsEach * k));
 }
 
 /// Gives each cell the answer of its angles, but those that rounding decides in.
-void NearestCentre::fillCells() {
+void NearestCentre::fillCells(std::size_t wanted) {
     const std::size_t k = angles.size();
-    const std::size_t count = std::min(cellsEach * k, mostCells);
+    const std::size_t count = std::min(wanted, mostCells);
     cellsPerDegree = static_cast<double>(count) / 360.0 * lessThanOne;
     answers.assign(count, circle[1].index);
     if (k == 1) return;

@@ -17,9 +17,6 @@ constexpr std::uint64_t leastTotalLimit = std::uint64_t{1} << 24;
 constexpr std::uint64_t unsizedByteLimit = std::uint64_t{1} << 28;
 constexpr std::uint64_t largestPosition = std::numeric_limits<std::int32_t>::max();
 
-bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
 std::optional<std::uint64_t> regularFileSize(const char* path) {
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error) || error) return std::nullopt;
@@ -45,6 +42,8 @@ InputFile::Buffer::int_type InputFile::Buffer::underflow() {
 
 bool InputFile::Buffer::takeNumber([[maybe_unused]] double& value) {
 #ifdef __cpp_lib_to_chars
+    const auto isSpace = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     const char* at = gptr();
     const char* const end = egptr();
     while (at != end && isSpace(*at)) ++at;

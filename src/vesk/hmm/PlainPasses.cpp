@@ -20,14 +20,13 @@ namespace {
 
 /// alpha's last column, somewhere in `columns`.
 const double* lastColumn(Passes& passes, const int* o, int T, const Columns& columns) {
-    const auto at = alternating(columns);
-    if (!passes.transitions.isShort()) {
-        complete(ForwardPass(passes, o, T, at, asItIs));
-        return at(T - 1);
+    if (passes.transitions.isShort()) {
+        complete(ShortForwardPass(passes, o, T, columns[0], 0, nullptr));
+        return columns[0];
     }
-    complete(ForwardPass(passes, o, 1, at, asItIs));
-    complete(ShortForwardPass(passes, o, T, at(0), 0, nullptr));
-    return at(0);
+    const auto at = alternating(columns);
+    complete(ForwardPass(passes, o, T, at, asItIs));
+    return at(T - 1);
 }
 
 }  // namespace

@@ -10,6 +10,9 @@ namespace {
 /// A table of all symbols is worth its size while it is no longer than this many times a sequence.
 constexpr std::int64_t mostNumbersEach = 8;
 
+/// Longer ones are not laid out whole, lest few symbols of many occur.
+constexpr std::int64_t shortAlphabet = 64;
+
 /// As std::max_element would find it, but several at once.
 int greatest(const int* o, int T) {
     int symbol = o[0];
@@ -26,7 +29,7 @@ Symbols::Symbols(Scratch& scratch, const int* o, int T)
 
 Symbols::Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length)
     : alphabet(alphabet) {
-    if (alphabet <= length) {
+    if (alphabet <= std::min(length, shortAlphabet)) {
         used = static_cast<int>(alphabet);
         numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, 0);
         std::iota(numbers, numbers + alphabet, 0);

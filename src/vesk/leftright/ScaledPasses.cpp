@@ -42,16 +42,16 @@ void completeAll(const std::vector<Track>& tracks, MakePass makePass) {
 /// two columns each.
 void scaledForwardTogether(Passes& passes, const std::vector<Track>& tracks,
                            const std::vector<Columns>& columns, bool tables) {
-    const bool inRegisters = passes.transitions.isShort();
+    if (passes.transitions.isShort()) {
+        completeAll(tracks, [&](std::size_t k) {
+            return ShortForwardPass(passes, tracks[k].o, tracks[k].T, columns[k][0],
+                                    tables ? columns[k].pitch() : 0, tracks[k].scale);
+        });
+        return;
+    }
     completeAll(tracks, [&](std::size_t k) {
         const auto at = [column = columns[k], tables](int t) { return column[tables ? t : t & 1]; };
-        return scaledForwardPass(passes, tracks[k].o, inRegisters ? 1 : tracks[k].T,
-                                 tracks[k].scale, at, asItIs);
-    });
-    if (!inRegisters) return;
-    completeAll(tracks, [&](std::size_t k) {
-        return ShortForwardPass(passes, tracks[k].o, tracks[k].T, columns[k][0],
-                                tables ? columns[k].pitch() : 0, tracks[k].scale);
+        return scaledForwardPass(passes, tracks[k].o, tracks[k].T, tracks[k].scale, at, asItIs);
     });
 }
 
@@ -78,15 +78,13 @@ double scaledLikelihood(const Parameters& parameters, const int* o, int T, doubl
     const Columns columns = passes.columns(2);
     double sum = 0.0;
     passes.exactly([&] {
-        const bool inRegisters = passes.transitions.isShort();
-        complete(
-            scaledForwardPass(passes, o, inRegisters ? 1 : T, scale, alternating(columns), asItIs));
-        if (!inRegisters) {
+        if (!passes.transitions.isShort()) {
+            complete(scaledForwardPass(passes, o, T, scale, alternating(columns), asItIs));
             sum = logLikelihoodOf(scale, T);
             return;
         }
-        sum = logLikelihoodOf(scale, 1);
         ShortForwardPass pass(passes, o, T, columns[0], 0, scale);
+        sum = logLikelihoodOf(scale, 1);
         for (int t = 1; !pass.done();) {
             // A logarithm does not wait for the steps that follow.
             for (const int end = t + pass.step(); t < end; ++t) sum += std::log(scale[t]);

@@ -27,7 +27,7 @@ bool areEqual(Point p, Point q) {
     return std::equal(p.x, p.x + p.count, q.x, q.x + q.count);
 }
 
-double squaredDistanceInSpace(Point p, Point last) {
+double squaredDistanceOfAny(Point p, Point last) {
     double sum = 0.0;
     for (std::size_t k = 0; k < p.count; ++k) {
         if (k >= last.count) throw std::out_of_range("vector::_M_range_check");
@@ -39,7 +39,7 @@ double squaredDistanceInSpace(Point p, Point last) {
 
 /// Of the Euclidean distance over the coordinates of p.
 inline double squaredDistance(Point p, Point last) {
-    if (p.count != 2 || last.count < 2) return squaredDistanceInSpace(p, last);
+    if (p.count != 2 || last.count < 2) return squaredDistanceOfAny(p, last);
     const double dx = p.x[0] - last.x[0];
     const double dy = p.x[1] - last.x[1];
     return dx * dx + dy * dy;

@@ -31,8 +31,9 @@ struct Run {
 /// rounding makes e of them equally far O(log k + e).
 class NearestCentre {
 public:
-    /// Takes a sorted view of the centres; at least one. O(k log k).
-    explicit NearestCentre(const std::vector<double>& centres);
+    /// Takes a sorted view of the centres; at least one. `questions` is about how many angles will
+    /// be asked for one by one: more of them are worth more cells. O(k log k).
+    NearestCentre(const std::vector<double>& centres, std::size_t questions);
 
     /// The index of the centre nearest to `angle`; 0 where the angle is not finite.
     int operator()(double angle) const {
@@ -55,8 +56,9 @@ private:
 
     static constexpr int unknown = -1;
 
-    void fillCells();
+    void fillCells(std::size_t wanted);
     std::size_t cellOf(double angle) const {
+        // By way of the type that processors convert to.
         return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(angle * cellsPerDegree));
     }
 

@@ -8,8 +8,8 @@
 
 namespace Vesk::ML::internal {
 
-/// A text file being read with `istream >>`, in the classic locale, and the bounds on what it may
-/// make its reader allocate.
+/// A text file being read as `istream >>` does, in the classic locale, and the bounds on what it
+/// may make its reader allocate.
 ///
 /// A regular file may declare tables of as many values as it has bytes, and four times that in
 /// all; where that is less, 2^20 and 2^24. What is not a regular file counts as having no size,

@@ -7,7 +7,7 @@
 
 namespace Vesk::ML::internal {
 
-/// A model's emissions by symbol: columns of b, laid out for the kernels, of the symbols that
+/// A model's emissions by symbol: columns of b, laid out for the kernels, of all symbols that
 /// occur.
 class Emissions {
 public:

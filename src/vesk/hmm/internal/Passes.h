@@ -40,6 +40,11 @@ public:
         return {scratch, static_cast<std::size_t>(count), N, transitions.margin()};
     }
 
+    /// to[i] = pi[i] * e[i].
+    void firstColumn(const double* e, double* to) const {
+        for (int i = 0; i < N; ++i) to[i] = pi[i] * e[i];
+    }
+
     /// Runs passes that leave terms out, and once more with all terms where those would have
     /// mattered.
     template <typename Run>
@@ -68,7 +73,7 @@ public:
         double* next = alpha(t);
         const double* e = passes->emissions[o[t]];
         if (t == 0) {
-            for (int i = 0; i < passes->N; ++i) next[i] = passes->pi[i] * e[i];
+            passes->firstColumn(e, next);
         } else {
             passes->transitions.forward(column, e, next);
         }
@@ -124,13 +129,19 @@ void complete(Pass pass) {
 }
 
 /// A forward pass in `isShort` steps, whose columns stay in registers from one step to the next,
-/// over T >= 1 times. A `ForwardPass` has made the first column, in `column`; column t goes to
-/// column + pitch * t, and its sum, by which it is divided, to scale[t] unless `scale` is null.
+/// over T >= 1 times. Column t goes to column + pitch * t, and its sum, by which it is divided, to
+/// scale[t] unless `scale` is null.
 class ShortForwardPass {
 public:
     ShortForwardPass(Passes& passes, const int* o, int T, double* column, std::ptrdiff_t pitch,
                      double* scale)
-        : passes(&passes), o(o), T(T), column(column), pitch(pitch), scale(scale) {}
+        : passes(&passes), o(o), T(T), column(column), pitch(pitch), scale(scale) {
+        passes.firstColumn(passes.emissions[o[0]], column);
+        if (scale != nullptr) {
+            scale[0] = Vesk::Kernels::kernels().normalise(column, passes.N, passes.P);
+        }
+        if (T == 1) passes.transitions.noteLast(column);
+    }
 
     bool done() const { return t >= T; }
 
@@ -159,9 +170,6 @@ private:
     int t = 1;
 };
 
-/// How many passes are worth taking together.
-inline constexpr std::size_t passesTogether = 4;
-
 /// Takes passes to their ends in step. Each step waits for the one before it; the processor goes
 /// on with another pass meanwhile.
 template <typename Pass>
@@ -175,6 +183,9 @@ void completeTogether(std::vector<Pass>& passes) {
         }
     }
 }
+
+/// How many passes are worth taking together.
+inline constexpr std::size_t passesTogether = 4;
 
 /// Where a pass that keeps every column puts column t, and where one that keeps two does.
 inline auto all(const Columns& table) {

@@ -9,7 +9,7 @@
 namespace Vesk::ML::internal {
 
 /// The symbols that occur in some sequences, numbered in the order in which they first do; or all
-/// of an alphabet that is no longer than the sequences, each its own number.
+/// of a short alphabet, no longer than the sequences, each its own number.
 class Symbols {
 public:
     /// Of o[0..T-1], T >= 1.
@@ -22,8 +22,7 @@ public:
     int count() const { return used; }
     bool inOrder() const { return symbols == nullptr; }
 
-    /// The symbol of a number, unless they are in order.
-    int at(int number) const { return symbols[number]; }
+    int at(int number) const { return inOrder() ? number : symbols[number]; }
 
     /// The number of a symbol that occurs.
     int numberOf(int symbol) const {

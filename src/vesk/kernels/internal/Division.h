@@ -9,9 +9,10 @@ namespace Vesk::Kernels {
 namespace {
 
 /// x / y, but 0.0 where x is.
-inline V guarded(V x, V y) {
-    const V q = x / y;
-    return x == splat(0.0) ? splat(0.0) : q;
+template <typename Values>
+inline Values guarded(Values x, Values y) {
+    const Values q = x / y;
+    return x == Values{} ? Values{} : q;
 }
 
 #if VESK_LANES > 1

@@ -72,7 +72,8 @@ struct Set {
     void (*backwardBand)(const double* next, const Band& band, const double* e, double* to, int P);
 
     /// Steps of a pass over a left-right model of P = `lanes`, lo = 0 and hi <= `shortReach`:
-    /// `forwardBand`, and `normalise` where `scale` is not null.
+    /// `forwardBand`, and `normalise` where `scale` is not null, over the padding too, which has to
+    /// be zero at first.
     void (*forwardShort)(const Band& band, const ShortPass& pass, int steps);
 
     /// `forward` where the terms of state i are the same for all j but i: to[j] = (products[0] +

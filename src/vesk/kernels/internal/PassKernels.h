@@ -59,7 +59,7 @@ inline void forwardReach(const double* from, const double* a, const double* e, d
     for (int j = 0; j < P; j += L) {
         const V here = load(from + j);
         V sum{};
-        steps<Reach + 1>(
+        forConstants<Reach + 1>(
             [&](auto q) { sum += between<L - Reach + q>(before, here) * load(a + q * P + j); });
         store(to + j, sum * load(e + j));
         before = here;
@@ -73,26 +73,11 @@ inline void backwardReach(const double* next, const double* a, const double* e, 
     for (int i = 0; i < P; i += L) {
         const V after = i + L < P ? load(next + i + L) : V{};
         V sum{};
-        steps<Reach + 1>([&](auto d) {
+        forConstants<Reach + 1>([&](auto d) {
             sum += between<d>(here, after) * load(a + d * P + i) * load(e + i + d);
         });
         store(to + i, sum);
         here = after;
-    }
-}
-
-/// Calls run(r) with band.hi as a constant r where lo = 0 and hi <= `shortReach`; else returns
-/// false.
-template <typename Run>
-inline bool withReach(const Band& band, Run run) {
-    static_assert(shortReach == 3);
-    if (band.lo != 0) return false;
-    switch (band.hi) {
-        case 0: return run(Constant<0>()), true;
-        case 1: return run(Constant<1>()), true;
-        case 2: return run(Constant<2>()), true;
-        case 3: return run(Constant<3>()), true;
-        default: return false;
     }
 }
 

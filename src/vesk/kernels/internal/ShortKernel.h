@@ -49,26 +49,23 @@ inline Pair shifted(const Short& x, int v) {
     return pair(v - D / W);
 }
 
-/// Pair v of the sums of the terms of diagonals Reach .. D, in this order, which begin at 0.0. Only
+/// Pair v of the sums of the terms of diagonals Reach .. 0, in this order, which begin at 0.0. Only
 /// the sign of a zero depends on that, and is lost where the column is divided later on.
-template <int D, int Reach, bool Divided>
+template <int Reach, bool Divided>
 inline Pair sumOfTerms(const Short& x, const double* a, int v) {
-    const Pair term = shifted<D>(x, v) * loadPair(a + (Reach - D) * lanes + v * W);
-    if constexpr (D < Reach) {
-        return sumOfTerms<D + 1, Reach, Divided>(x, a, v) + term;
-    } else {
-        return Divided ? term : Pair{} + term;
-    }
+    Pair sum{};
+    forConstants<Reach + 1>([&](auto q) {
+        const Pair term = shifted<Reach - q>(x, v) * loadPair(a + q * lanes + v * W);
+        sum = Divided && q == 0 ? term : sum + term;
+    });
+    return sum;
 }
 
 /// Divides the column by its sum, which it returns.
 inline double normaliseShort(Short& x) {
     double sum = 0.0;
     unrolled<lanes>([&](int j) { sum += nth(x.pair[j / W], j % W); });
-    unrolled<Short::pairs>([&](int v) {
-        const Pair quotient = x.pair[v] / (sum - Pair{});
-        x.pair[v] = x.pair[v] == Pair{} ? Pair{} : quotient;
-    });
+    unrolled<Short::pairs>([&](int v) { x.pair[v] = guarded(x.pair[v], sum - Pair{}); });
     return sum;
 }
 
@@ -80,7 +77,7 @@ inline void forwardShortBy(const Band& band, const ShortPass& pass, int steps) {
     for (int u = 0; u < steps; ++u) {
         Short next;
         unrolled<Short::pairs>([&](int v) {
-            next.pair[v] = sumOfTerms<0, Reach, Scaled>(x, a, v) * loadPair(pass.e[u] + v * W);
+            next.pair[v] = sumOfTerms<Reach, Scaled>(x, a, v) * loadPair(pass.e[u] + v * W);
         });
         x = next;
         if constexpr (Scaled) pass.scale[u] = normaliseShort(x);
@@ -89,20 +86,14 @@ inline void forwardShortBy(const Band& band, const ShortPass& pass, int steps) {
     }
 }
 
-template <int Reach>
-inline void forwardShortBy(const Band& band, const ShortPass& pass, int steps) {
-    if (pass.scale == nullptr) return forwardShortBy<Reach, false>(band, pass, steps);
-    forwardShortBy<Reach, true>(band, pass, steps);
-}
-
 void forwardShort(const Band& band, const ShortPass& pass, int steps) {
-    static_assert(shortReach == 3);
-    switch (band.hi) {
-        case 0: return forwardShortBy<0>(band, pass, steps);
-        case 1: return forwardShortBy<1>(band, pass, steps);
-        case 2: return forwardShortBy<2>(band, pass, steps);
-        default: return forwardShortBy<3>(band, pass, steps);
-    }
+    withReach(band, [&](auto reach) {
+        if (pass.scale == nullptr) {
+            forwardShortBy<reach, false>(band, pass, steps);
+        } else {
+            forwardShortBy<reach, true>(band, pass, steps);
+        }
+    });
 }
 
 }  // namespace

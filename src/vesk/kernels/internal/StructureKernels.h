@@ -33,6 +33,20 @@ inline bool allEqual(const double* row, int begin, int end, int N, double value)
     return noneSet(different);
 }
 
+#if VESK_LANES == 1
+void diagonals(const double* a, std::ptrdiff_t stride, int N, int* lo, int* hi) {
+    for (int i = 0; i < N; ++i) {
+        // Only what lies outside of the diagonals found so far has to be looked at.
+        const double* row = a + stride * i;
+        int first = 0;
+        while (first < N && first - i < *lo && row[first] == 0.0) ++first;
+        int last = N - 1;
+        while (last >= 0 && last - i > *hi && row[last] == 0.0) --last;
+        if (first < N && first - i < *lo) *lo = first - i;
+        if (last >= 0 && last - i > *hi) *hi = last - i;
+    }
+}
+#else
 /// Bit j of the result: whether row[j] is not zero; for `count` values, 64 at the most.
 inline std::uint64_t nonzero(const double* row, int count) {
     const auto bits = [row](int j) { return mask(load(row + j) != V{}) << j; };
@@ -60,6 +74,7 @@ void diagonals(const double* a, std::ptrdiff_t stride, int N, int* lo, int* hi) 
         }
     }
 }
+#endif
 
 bool rowsAreEven(const double* a, std::ptrdiff_t stride, int N) {
     for (int i = 0; i < N; ++i) {

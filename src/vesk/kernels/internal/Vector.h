@@ -6,6 +6,8 @@
 #ifndef VESK_KERNELS_INTERNAL_VECTOR_H
 #define VESK_KERNELS_INTERNAL_VECTOR_H
 
+#include <vesk/kernels/internal/Kernels.h>
+
 #include <cstdint>
 #if VESK_LANES > 1
 #include <immintrin.h>
@@ -27,7 +29,6 @@ inline V splat(double x) { return x; }
 inline Index splatIndex(int x) { return x; }
 inline Index positions() { return 0; }
 inline bool noneSet(Index mask) { return mask == 0; }
-inline std::uint64_t mask(Index set) { return set == 0 ? 0 : 1; }
 #else
 using V = double __attribute__((vector_size(8 * VESK_LANES)));
 using Index = std::int64_t __attribute__((vector_size(8 * VESK_LANES)));
@@ -103,13 +104,28 @@ struct Constant {
     constexpr operator int() const { return n; }
 };
 
-/// Calls part(Constant<q>()) for q = 0 .. count-1.
+/// Calls part(Constant<q>()) for q = 0 .. count-1: `unrolled` where q has to be a constant, as the
+/// positions of a shuffle are.
 template <int count, typename Part>
-inline void steps(Part part) {
+inline void forConstants(Part part) {
     if constexpr (count > 0) {
-        steps<count - 1>(part);
+        forConstants<count - 1>(part);
         part(Constant<count - 1>());
     }
+}
+
+/// Calls run(Constant<band.hi>()) where lo = 0 and hi <= `shortReach`; else returns false.
+template <typename Run>
+inline bool withReach(const Band& band, Run run) {
+    static_assert(shortReach == 3);
+    if (band.lo != 0 || band.hi > shortReach) return false;
+    switch (band.hi) {
+        case 0: run(Constant<0>()); break;
+        case 1: run(Constant<1>()); break;
+        case 2: run(Constant<2>()); break;
+        default: run(Constant<3>());
+    }
+    return true;
 }
 
 /// Transposes L vectors: the perfect shuffle of their values, as often as halves make one.
