@@ -1,13 +1,17 @@
 #ifndef VESK_TOOLS_CHECKS_H
 #define VESK_TOOLS_CHECKS_H
 
+#include "Suggestion.h"
+
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 #include <system_error>
 #include <type_traits>
+#include <vector>
 
 namespace Vesk::Tool {
 
@@ -35,6 +39,15 @@ CLI::Validator numberIn(Number least, Number most) {
         }
         if constexpr (std::is_integral_v<Number>) text = std::to_string(value);
         return {};
+    };
+    return CLI::Validator(check, "");
+}
+
+/// Accepts the words given.
+inline CLI::Validator oneOf(const std::vector<std::string>& words) {
+    const auto check = [words](const std::string& text) -> std::string {
+        const bool known = std::find(words.begin(), words.end(), text) != words.end();
+        return known ? "" : notOneOf(text, words);
     };
     return CLI::Validator(check, "");
 }

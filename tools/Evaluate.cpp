@@ -13,8 +13,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -28,7 +31,7 @@ struct Options {
     TraceInput input;
     TrainingInput training;
     std::string by;
-    std::size_t folds = 5;
+    std::optional<std::size_t> folds;
     std::size_t ownExamples = 3;
     std::vector<std::size_t> examples;
     std::uint64_t seed = 1;
@@ -52,6 +55,15 @@ std::string usualSplit(const std::vector<Kit::Trace>& traces) {
     return users.size() > 1 && users.count("") == 0 ? "user" : "fold";
 }
 
+/// Five, or as many as a gesture has traces; stratifiedFolds refuses fewer than two.
+std::size_t usualParts(const std::vector<Kit::Trace>& traces) {
+    std::map<std::string, std::size_t> counts;
+    for (const Kit::Trace& trace : traces) ++counts[trace.gesture];
+    std::size_t parts = 5;
+    for (const auto& [gesture, count] : counts) parts = std::min(parts, count);
+    return std::max<std::size_t>(parts, 2);
+}
+
 void split(const Options& options, EvaluationResult& result) {
     const std::string by = options.by.empty() ? usualSplit(result.traces) : options.by;
     if (by == "user") {
@@ -62,9 +74,10 @@ void split(const Options& options, EvaluationResult& result) {
         result.split = fmt::format("each user's own models from {} a gesture (seed {})",
                                    counted(options.ownExamples, "example"), options.seed);
     } else {
-        result.folds = Kit::stratifiedFolds(result.traces, options.folds, options.seed);
-        result.split = fmt::format("each of {} parts left out of training in turn (seed {})",
-                                   options.folds, options.seed);
+        const std::size_t parts = options.folds.value_or(usualParts(result.traces));
+        result.folds = Kit::stratifiedFolds(result.traces, parts, options.seed);
+        result.split = fmt::format("each of {} parts left out of training in turn (seed {})", parts,
+                                   options.seed);
     }
 }
 
@@ -106,15 +119,14 @@ Command addEvaluate(CLI::App& program) {
                                             "Find out how well gestures would be recognised, by "
                                             "training on some traces and testing others");
     options->input.addTo(*line);
-    line->add_option(
-            "--by", options->by,
-            "What is left out of training and tested in turn: each user, each of some parts "
-            "(fold), or all but some examples of each user's own (own) [user where several "
-            "drew, else fold]")
-        ->check(CLI::IsMember({"user", "fold", "own"}))
-        ->type_name("SPLIT");
-    line->add_option("--folds", options->folds, "Parts for --by fold")
-        ->capture_default_str()
+    line->add_option("--by", options->by,
+                     "What is tested without being trained on, in turn: each user; each of some "
+                     "parts (fold); each user's own traces but for some examples (own) [user where "
+                     "several drew, else fold]")
+        ->check(oneOf({"user", "fold", "own"}))
+        ->type_name("user|fold|own");
+    line->add_option("--folds", options->folds,
+                     "Parts for --by fold [5, or as many as the rarest gesture has traces]")
         ->transform(numberIn<std::size_t>(2, 1000))
         ->type_name("N");
     line->add_option("--own-examples", options->ownExamples, "Examples a gesture for --by own")

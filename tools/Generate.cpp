@@ -82,7 +82,7 @@ Command addGenerate(CLI::App& program) {
         ->transform(numberIn(std::uint64_t{0}, std::numeric_limits<std::uint64_t>::max()))
         ->type_name("S");
     line->add_option("--gesture", options->gestures, "Only this gesture; repeatable")
-        ->check(CLI::IsMember(Kit::TraceSynthesizer::gestures()))
+        ->check(oneOf(Kit::TraceSynthesizer::gestures()))
         ->type_name("NAME")
         ->allow_extra_args(false);
     line->add_option("--unsteadiness", options->unsteadiness,

@@ -44,19 +44,15 @@ const std::map<std::string, Kit::LabelSource> labelSources{{"record", Kit::Label
 template <typename Value>
 void addChoice(CLI::App& line, const char* name, Value& value,
                const std::map<std::string, Value>& words, const char* help) {
+    std::vector<std::string> known;
     std::string typeName;
-    for (const auto& [word, unused] : words) typeName += (typeName.empty() ? "" : "|") + word;
+    for (const auto& [word, unused] : words) {
+        typeName += (known.empty() ? "" : "|") + word;
+        known.push_back(word);
+    }
     line.add_option_function<std::string>(
-            name,
-            [&value, &words, name, typeName](const std::string& word) {
-                const auto found = words.find(word);
-                if (found == words.end()) {
-                    throw CLI::ValidationError(
-                        name, fmt::format("found {}, expected one of {}", word, typeName));
-                }
-                value = found->second;
-            },
-            help)
+            name, [&value, &words](const std::string& word) { value = words.at(word); }, help)
+        ->check(oneOf(known))
         ->type_name(typeName);
 }
 

@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "Interruption.h"
 #include "StandardStreams.h"
+#include "Suggestion.h"
 
 #include <vesk/Version.h>
 #include <veskkit/Error.h>
@@ -18,6 +19,26 @@ namespace {
 
 using namespace Vesk::Tool;
 
+std::vector<std::string> namesOf(const std::vector<const CLI::App*>& subcommands) {
+    std::vector<std::string> names;
+    for (const CLI::App* subcommand : subcommands) names.push_back(subcommand->get_name());
+    return names;
+}
+
+/// What is wrong with an argument that a subcommand does not take.
+std::string unexpected(const CLI::App& line, const std::string& argument) {
+    if (argument.size() < 2 || argument[0] != '-') {
+        return fmt::format("found {}, expected options only", argument);
+    }
+    std::vector<std::string> options;
+    for (const CLI::Option* option : line.get_options()) {
+        for (const std::string& name : option->get_lnames()) options.push_back("--" + name);
+    }
+    const std::string name = argument.substr(0, argument.find('='));
+    return fmt::format("found {}, expected an option of vesk {}{}", name, line.get_name(),
+                       suggestion(name, options));
+}
+
 /// Help and version are results; what else stops the parser is one line on standard error.
 int answer(const CLI::App& program, const CLI::ParseError& stop) {
     if (stop.get_exit_code() == 0) {
@@ -28,11 +49,15 @@ int answer(const CLI::App& program, const CLI::ParseError& stop) {
         return done;
     }
     const auto chosen = program.get_subcommands();
-    const std::vector<std::string> rest = program.remaining();
     if (!chosen.empty()) {
-        tell(fmt::format("{} (see vesk {} --help)", stop.what(), chosen.front()->get_name()));
-    } else if (!rest.empty()) {
-        tell(fmt::format("found {}, expected a subcommand (see vesk --help)", rest.front()));
+        const CLI::App& line = *chosen.front();
+        const std::vector<std::string> rest = line.remaining();
+        // What is there and should not be says more than what is missing.
+        const std::string problem = rest.empty() ? stop.what() : unexpected(line, rest.front());
+        tell(fmt::format("{} (see vesk {} --help)", problem, line.get_name()));
+    } else if (const auto rest = program.remaining(); !rest.empty()) {
+        tell(fmt::format("found {}, expected a subcommand{} (see vesk --help)", rest.front(),
+                         suggestion(rest.front(), namesOf(program.get_subcommands({})))));
     } else {
         tell("expected a subcommand (see vesk --help)");
     }

@@ -14,7 +14,8 @@ TEST(Program, HelpNamesEverySubcommandAndTheExitStatus) {
     const Outcome outcome = run({"--help"});
 
     EXPECT_TRUE(succeeded(outcome));
-    for (const char* text : {"train", "recognize", "generate", "--version", "130 interrupted"}) {
+    for (const char* text :
+         {"train", "recognize", "evaluate", "generate", "--version", "130 interrupted"}) {
         EXPECT_THAT(outcome.out, HasSubstr(text));
     }
 }
@@ -27,6 +28,9 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
          {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
           "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
           "--smoothing", "--ratio", "--no-calibration"}},
+        {"evaluate",
+         {"TRACES", "--by", "--folds", "--own-examples", "--examples", "--seed", "--no-unknown",
+          "--json", "--user", "--states", "--threads"}},
         {"recognize",
          {"TRACES", "-m,--model", "--user", "--without-user", "--flip-y", "--resample", "--json",
           "--scores", "--table"}}};
@@ -52,7 +56,8 @@ TEST(Program, WithoutSubcommandItPointsToItsHelp) {
 
 TEST(Program, UnknownSubcommandIsNamed) {
     EXPECT_EQ(run({"recognise", "-m", "model"}).err,
-              "vesk: found recognise, expected a subcommand (see vesk --help)\n");
+              "vesk: found recognise, expected a subcommand, did you mean recognize? (see vesk "
+              "--help)\n");
     EXPECT_TRUE(refused(run({"recognise"}), 2, "recognise"));
     EXPECT_TRUE(refused(run({"--quiet"}), 2, "--quiet"));
 }
@@ -62,6 +67,24 @@ TEST(Program, UnknownOptionIsNamedWithTheHelpToRead) {
 
     EXPECT_TRUE(refused(outcome, 2, "--uesrs"));
     EXPECT_THAT(outcome.err, HasSubstr("(see vesk generate --help)"));
+}
+
+TEST(Program, WhatWasProbablyMeantIsNamed) {
+    EXPECT_EQ(run({"trian"}).err,
+              "vesk: found trian, expected a subcommand, did you mean train? (see vesk --help)\n");
+    EXPECT_EQ(run({"generate", "--uesrs=3"}).err,
+              "vesk: found --uesrs, expected an option of vesk generate, did you mean --users? "
+              "(see vesk generate --help)\n");
+    EXPECT_EQ(run({"generate", "-o", "-", "--gesture", "sTar"}).err,
+              "vesk: --gesture: found sTar, expected one of arrow|caret|check|circle|eight|loop|"
+              "question|rectangle|spiral|star|triangle|zigzag, did you mean star? (see "
+              "vesk generate --help)\n");
+    // Nothing is near.
+    EXPECT_EQ(
+        run({"train", "--frobnicate"}).err,
+        "vesk: found --frobnicate, expected an option of vesk train (see vesk train --help)\n");
+    EXPECT_TRUE(
+        refused(run({"generate", "-o", "-", "rest"}), 2, "found rest, expected options only"));
 }
 
 TEST(Program, MissingRequiredOptionIsNamed) {

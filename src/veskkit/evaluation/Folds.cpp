@@ -89,11 +89,13 @@ Places drawExamples(const std::vector<Trace>& traces, const Places& among, std::
 
 std::vector<Fold> leaveUsersOut(const std::vector<Trace>& traces, std::size_t parts) {
     const auto users = groupBy(traces, allOf(traces), &Trace::user, "user");
-    if (users.size() < 2 || parts < 2) {
+    if (users.size() < 2) {
         throw InputError(joined("found ", users.size(), users.size() == 1 ? " user" : " users",
-                                " in ", parts, parts == 1 ? " part" : " parts",
-                                ", expected at least 2 of both"));
+                                ", expected at least 2 to leave out in turn"));
     }
+    if (parts < 2)
+        throw InputError(
+            joined("found ", parts, parts == 1 ? " part" : " parts", ", expected at least 2"));
     const std::size_t count = std::min(parts, users.size());
     std::vector<std::size_t> foldOfTrace(traces.size());
     std::vector<std::string> names(count);

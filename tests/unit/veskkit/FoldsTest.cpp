@@ -65,11 +65,11 @@ TEST(FoldsTest, UsersHaveToBeKnownAndSeveral) {
     EXPECT_EQ(textOf<InputError>([] {
                   leaveOneUserOut({traceOf("a", "u"), traceOf("a", "u")});
               }),
-              "found 1 user in 2 parts, expected at least 2 of both");
+              "found 1 user, expected at least 2 to leave out in turn");
     EXPECT_EQ(textOf<InputError>([] {
                   leaveUsersOut({traceOf("a", "u"), traceOf("a", "v")}, 1);
               }),
-              "found 2 users in 1 part, expected at least 2 of both");
+              "found 1 part, expected at least 2");
     Trace unknown = traceOf("a", "");
     unknown.source = "t.jsonl";
     unknown.line = 7;
@@ -78,7 +78,7 @@ TEST(FoldsTest, UsersHaveToBeKnownAndSeveral) {
               }),
               "t.jsonl:7: found no user, expected one of every trace");
     EXPECT_EQ(textOf<InputError>([] { leaveOneUserOut({}); }),
-              "found 0 users in 2 parts, expected at least 2 of both");
+              "found 0 users, expected at least 2 to leave out in turn");
 }
 
 TEST(FoldsTest, StratifiedFoldsTestAnEqualPartOfEveryGesture) {
