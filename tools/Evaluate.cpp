@@ -48,10 +48,17 @@ std::vector<Kit::Trace> readTraces(TraceInput& input) {
     return traces;
 }
 
-/// Users where every trace has one and there are several, as somebody new will use the model.
-std::string usualSplit(const std::vector<Kit::Trace>& traces) {
+constexpr std::size_t mostUserFolds = 10;
+
+std::set<std::string> usersOf(const std::vector<Kit::Trace>& traces) {
     std::set<std::string> users;
     for (const Kit::Trace& trace : traces) users.insert(trace.user);
+    return users;
+}
+
+/// Users where every trace has one and there are several, as somebody new will use the model.
+std::string usualSplit(const std::vector<Kit::Trace>& traces) {
+    const std::set<std::string> users = usersOf(traces);
     return users.size() > 1 && users.count("") == 0 ? "user" : "fold";
 }
 
@@ -67,8 +74,13 @@ std::size_t usualParts(const std::vector<Kit::Trace>& traces) {
 void split(const Options& options, EvaluationResult& result) {
     const std::string by = options.by.empty() ? usualSplit(result.traces) : options.by;
     if (by == "user") {
-        result.folds = Kit::leaveOneUserOut(result.traces);
-        result.split = "each user left out of training in turn";
+        const std::size_t parts = options.folds.value_or(mostUserFolds);
+        result.folds = Kit::leaveUsersOut(result.traces, parts);
+        const bool alone = result.folds.size() == usersOf(result.traces).size();
+        result.split = alone
+                           ? "each user left out of training in turn"
+                           : fmt::format("each of {} groups of users left out of training in turn",
+                                         result.folds.size());
     } else if (by == "own") {
         result.folds = Kit::ownExamples(result.traces, options.ownExamples, options.seed);
         result.split = fmt::format("each user's own models from {} a gesture (seed {})",
@@ -125,8 +137,10 @@ Command addEvaluate(CLI::App& program) {
                      "several drew, else fold]")
         ->check(oneOf({"user", "fold", "own"}))
         ->type_name("user|fold|own");
-    line->add_option("--folds", options->folds,
-                     "Parts for --by fold [5, or as many as the rarest gesture has traces]")
+    line->add_option(
+            "--folds", options->folds,
+            "Parts for --by fold [5, or as many as the rarest gesture has traces]; groups of "
+            "users for --by user [10, or each user alone]")
         ->transform(numberIn<std::size_t>(2, 1000))
         ->type_name("N");
     line->add_option("--own-examples", options->ownExamples, "Examples a gesture for --by own")

@@ -52,8 +52,10 @@ std::string headline(const EvaluationResult& result) {
         gestures.insert(trace.gesture);
         users.insert(trace.user);
     }
-    return fmt::format("{} of {} by {}: {}\n{} tested\n", counted(result.traces.size(), "trace"),
-                       counted(gestures.size(), "gesture"), counted(users.size(), "user"),
+    users.erase("");
+    return fmt::format("{} of {}{}: {}\n{} tested\n", counted(result.traces.size(), "trace"),
+                       counted(gestures.size(), "gesture"),
+                       users.empty() ? "" : " by " + counted(users.size(), "user"),
                        printable(result.split), counted(result.outcomes.size(), "trace"));
 }
 

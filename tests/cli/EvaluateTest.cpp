@@ -91,6 +91,11 @@ TEST_F(Evaluate, SplitsByPartsOrByOwnExamples) {
     EXPECT_EQ(byParts["traces"].size(), 36U);
     EXPECT_EQ(evaluated({"--by", "fold", "--folds", "4"})["folds"].size(), 4U);
 
+    const json groups = evaluated({"--by", "user", "--folds", "2"});
+    EXPECT_EQ(groups["split"], "each of 2 groups of users left out of training in turn");
+    ASSERT_EQ(groups["folds"].size(), 2U);
+    EXPECT_EQ(groups["folds"][0]["test"], 24);
+
     const json own = evaluated({"--by", "own", "--own-examples", "1"});
     ASSERT_EQ(own["folds"].size(), 3U);
     EXPECT_EQ(own["folds"][0]["training"], 3);

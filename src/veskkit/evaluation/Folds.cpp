@@ -40,6 +40,16 @@ Places allOf(const std::vector<Trace>& traces) {
     return all;
 }
 
+/// "without s02, s04"; "without 19 users from w001 on" of more than three.
+std::string withoutUsers(const std::vector<std::string>& users) {
+    if (users.size() > 3) {
+        return joined("without ", users.size(), " users from ", users.front(), " on");
+    }
+    std::string name = "without ";
+    for (const std::string& user : users) name += (&user == &users.front() ? "" : ", ") + user;
+    return name;
+}
+
 /// Folds from the fold that tests each trace.
 std::vector<Fold> foldsOf(const std::vector<std::size_t>& foldOfTrace,
                           std::vector<std::string> names) {
@@ -98,13 +108,15 @@ std::vector<Fold> leaveUsersOut(const std::vector<Trace>& traces, std::size_t pa
             joined("found ", parts, parts == 1 ? " part" : " parts", ", expected at least 2"));
     const std::size_t count = std::min(parts, users.size());
     std::vector<std::size_t> foldOfTrace(traces.size());
-    std::vector<std::string> names(count);
+    std::vector<std::vector<std::string>> leftOut(count);
     std::size_t fold = 0;
     for (const auto& [user, places] : users) {
-        names[fold] += (names[fold].empty() ? "without " : ", ") + user;
+        leftOut[fold].push_back(user);
         for (const std::size_t i : places) foldOfTrace[i] = fold;
         fold = (fold + 1) % count;
     }
+    std::vector<std::string> names;
+    for (const std::vector<std::string>& some : leftOut) names.push_back(withoutUsers(some));
     return foldsOf(foldOfTrace, std::move(names));
 }
 

@@ -12,7 +12,7 @@ namespace Vesk::Kit {
 
 /// A training on some traces and its test on others, by their places in a list, ascending.
 struct Fold {
-    std::string name;  ///< "without s02", "fold 3 of 5"
+    std::string name;  ///< "without s02", "without 19 users from w001 on", "fold 3 of 5"
     std::vector<std::size_t> training;
     std::vector<std::size_t> test;
 };

@@ -59,6 +59,9 @@ TEST(FoldsTest, UsersAreLeftOutInGroups) {
     EXPECT_EQ(folds[0].name, "without a, c, e");
     EXPECT_EQ(folds[0].test, (std::vector<std::size_t>{0, 2, 4}));
     EXPECT_EQ(leaveUsersOut(traces, 99).size(), 5u);
+    for (const char* user : {"f", "g"}) traces.push_back(traceOf("g", user));
+    EXPECT_EQ(leaveUsersOut(traces, 2)[0].name, "without 4 users from a on");
+    EXPECT_EQ(leaveUsersOut(traces, 2)[1].name, "without b, d, f");
 }
 
 TEST(FoldsTest, UsersHaveToBeKnownAndSeveral) {
