@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <string>
 #include <vector>
 
 // Where the values of a matrix are, for every size and distance between rows that the kernels'
@@ -57,6 +58,37 @@ TEST_P(Structure, DiagonalsReachToTheOutermostValues) {
     }
 }
 
+TEST_P(Structure, DiagonalsOfLargeMatricesAreWidened) {
+    for (int seed = 1; seed <= 1500; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(static_cast<std::uint64_t>(seed));
+        // Around the multiples of 64 most of all.
+        const int N = random.chance(0.5) ? random.integer(41, 300)
+                                         : 64 * random.integer(1, 4) + random.integer(-2, 2);
+        Rows a(N, N + random.integer(0, 9), random.chance(0.5) ? 0.0 : -0.0);
+        int lo = N;
+        int hi = -N;
+        if (random.chance(0.3)) {
+            lo = random.integer(-N, N);
+            hi = random.integer(-N, N);
+        }
+        int foundLo = lo;
+        int foundHi = hi;
+        for (int k = random.integer(0, 4); k > 0; --k) {
+            const int i = random.integer(0, N - 1);
+            int j = random.integer(0, N - 1);
+            if (random.chance(0.3)) j = std::clamp(64 * random.integer(0, N / 64), 1, N) - 1;
+            if (random.chance(0.3)) j = std::min(64 * random.integer(0, N / 64), N - 1);
+            a.at(i, j) = random.chance(0.2) ? std::numeric_limits<double>::quiet_NaN() : -1e-300;
+            lo = std::min(lo, j - i);
+            hi = std::max(hi, j - i);
+        }
+        kernels().diagonals(a.values.data(), a.stride, N, &foundLo, &foundHi);
+        ASSERT_EQ(foundLo, lo) << "N " << N << ", stride " << a.stride;
+        ASSERT_EQ(foundHi, hi) << "N " << N << ", stride " << a.stride;
+    }
+}
+
 TEST_P(Structure, RowsAreEvenWhereAllValuesOffTheDiagonalAreEqual) {
     Random random(2);
     for (int n = 0; n < 20000; ++n) {
@@ -93,6 +125,46 @@ TEST_P(Structure, GatheredValuesAreAStrideApart) {
                 const double expected = i < count ? static_cast<double>(i * stride) : -1.0;
                 ASSERT_EQ(to[static_cast<std::size_t>(i)], expected) << count << " by " << stride;
             }
+        }
+    }
+}
+
+/// Both tables in memory of exactly the size that they need.
+void transposes(int rows, int columns, std::ptrdiff_t stride, std::ptrdiff_t pitch) {
+    SCOPED_TRACE(std::to_string(rows) + " x " + std::to_string(columns) + ", stride " +
+                 std::to_string(stride) + ", pitch " + std::to_string(pitch));
+    std::vector<double> from(static_cast<std::size_t>(stride * (rows - 1) + columns));
+    for (std::size_t n = 0; n < from.size(); ++n) from[n] = static_cast<double>(n);
+    std::vector<double> to(static_cast<std::size_t>(pitch * (columns - 1) + rows), -7.0);
+    kernels().transposeTable(from.data(), stride, rows, columns, to.data(), pitch);
+    for (std::size_t n = 0; n < to.size(); ++n) {
+        const auto k = static_cast<std::ptrdiff_t>(n) / pitch;
+        const auto i = static_cast<std::ptrdiff_t>(n) % pitch;
+        const double expected = i < rows ? static_cast<double>(stride * i + k) : -7.0;
+        ASSERT_EQ(to[n], expected) << "row " << i << ", column " << k;
+    }
+}
+
+TEST_P(Structure, TablesAreTransposed) {
+    const auto withGaps = [](int rows, int columns) {
+        for (const int between : {0, 1, 5, 8}) {
+            for (const int after : {0, 3, 8, 11}) {
+                transposes(rows, columns, columns + between, rows + after);
+                if (HasFatalFailure()) return;
+            }
+        }
+    };
+    for (int rows = 1; rows <= 20; ++rows) {
+        for (int columns = 1; columns <= 20; ++columns) {
+            withGaps(rows, columns);
+            if (HasFatalFailure()) return;
+        }
+    }
+    for (const int size : {31, 32, 33, 64, 67, 100}) {
+        for (const int other : {1, 3, 7, 8, 9, 63, 65, 130}) {
+            withGaps(size, other);
+            withGaps(other, size);
+            if (HasFatalFailure()) return;
         }
     }
 }

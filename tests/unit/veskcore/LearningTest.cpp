@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <vector>
@@ -259,6 +261,67 @@ TEST(LearningTest, LearningEndsOnManyAngles) {
     for (int i = 0; i < 200000; ++i) data[0].push_back(random.integer(0, 7199) * 0.05);
     const std::vector<double> centres = randomCentres(random, 32, Centres::Scattered);
     EXPECT_EQ(learnt(centres, data).size(), 32u);
+}
+
+/// Angles around 0, 90, 180 and 270, in no order. In ascending order the first sizes[0] of them lie
+/// just above 0, the next sizes[1] around 90 and so on, and the last sizes[4] just below 360.
+Rows clusteredAngles(Random& random, const std::vector<int>& sizes) {
+    std::vector<double> angles;
+    for (std::size_t c = 0; c < sizes.size(); ++c) {
+        const double least = c == 0 ? 0.0 : 90.0 * static_cast<double>(c) - 30.0;
+        const double width = c == 0 || c == 4 ? 29.0 : 60.0;
+        for (int n = 0; n < sizes[c]; ++n) angles.push_back(least + random.unit() * width);
+    }
+    for (std::size_t i = angles.size(); i > 1; --i) {
+        std::swap(angles[i - 1],
+                  angles[static_cast<std::size_t>(random.integer(0, static_cast<int>(i) - 1))]);
+    }
+    return {angles};
+}
+
+/// Sums are made of blocks of this many angles in ascending order.
+constexpr int block = 1024;
+
+TEST(LearningTest, ClustersMayEndAnywhereInTheirBlocks) {
+    for (std::uint64_t seed = 1; seed <= 150; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        std::vector<int> sizes;
+        int end = 0;
+        for (int c = 0; c < 5; ++c) {
+            const int begin = end;
+            // At the end of a block and just beside, or within the same one.
+            if (random.chance(0.8)) {
+                end = (begin / block + random.integer(0, 3)) * block + random.integer(-2, 2);
+            } else {
+                end += random.integer(0, 600);
+            }
+            end = std::max(begin, end);
+            sizes.push_back(end - begin);
+        }
+        SCOPED_TRACE(testing::PrintToString(sizes));
+        const Rows data = clusteredAngles(random, sizes);
+        std::vector<double> centres;
+        for (int c = 0; c < 4; ++c) centres.push_back(c * 90.0 + random.unit() * 4.0 - 2.0);
+        for (const int bound : {1, 2, -1}) {
+            ASSERT_TRUE(sameDirections(Reference::learn(centres, data, bound, 0.0),
+                                       learnt(centres, data, bound, 0.0)));
+        }
+    }
+}
+
+TEST(LearningTest, OneClusterMayHaveAnyNumberOfAngles) {
+    for (const int blocks : {1, 2, 5}) {
+        for (int more = -3; more <= 3; ++more) {
+            const int count = blocks * block + more;
+            SCOPED_TRACE(count);
+            Random random(static_cast<std::uint64_t>(count));
+            Rows data(1);
+            for (int n = 0; n < count; ++n) data[0].push_back(random.unit() * 200.0);
+            ASSERT_TRUE(sameDirections(Reference::learn({50.0}, data, -1, 0.0),
+                                       learnt({50.0}, data, -1, 0.0)));
+        }
+    }
 }
 
 }  // namespace

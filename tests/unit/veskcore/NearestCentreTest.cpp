@@ -1,15 +1,22 @@
 #include <vesk/quantizer/KMeansMotionVec.h>
 
+#include <support/QuantizerReference.h>
+#include <support/Random.h>
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
 
+using namespace Vesk::Test;
 using Vesk::ML::KMeansMotionVec;
 using Rows = std::vector<std::vector<double>>;
 
@@ -152,6 +159,138 @@ TEST(NearestCentreTest, ManyEqualCentresAreOne) {
     const std::vector<double> angles(20000, 210.0);
     EXPECT_EQ(nearest(centres, angles), std::vector<int>(20000, 0));
     EXPECT_EQ(nearest(centres, {20.0}), std::vector<int>{100000});
+}
+
+// Where the answer changes: half way between two centres, where rounding has the last word.
+
+const double lastBelow360 = std::nextafter(360.0, 0.0);
+
+/// An angle and its nearest neighbours on either side.
+void addAround(double angle, std::vector<double>& angles) {
+    angles.push_back(angle);
+    double below = angle;
+    double above = angle;
+    for (int n = 0; n < 4; ++n) {
+        angles.push_back(below = std::nextafter(below, -infinity));
+        angles.push_back(above = std::nextafter(above, infinity));
+    }
+}
+
+/// Around the middle between each centre and the next one on the circle, in several roundings, and
+/// a little way off; on the centres; at the seam; anywhere.
+std::vector<double> hardAngles(Random& random, const std::vector<double>& centres) {
+    std::vector<double> sorted;
+    for (const double centre : centres) sorted.push_back(Reference::reduce(centre));
+    std::sort(sorted.begin(), sorted.end());
+    std::vector<double> angles = {0.0, -0.0, lastBelow360, 5e-324};
+    for (std::size_t i = 0; i < sorted.size(); ++i) {
+        const double next = i + 1 < sorted.size() ? sorted[i + 1] : sorted[0] + 360.0;
+        const double middle = (sorted[i] + next) / 2;
+        addAround(Reference::reduce(middle), angles);
+        addAround(sorted[i] + (next - sorted[i]) / 2, angles);
+        addAround(Reference::reduce(middle + 180.0), angles);
+        for (const double off : {1e-13, 1e-12, 1e-10, 1.25e-10, 1e-9, 1e-3}) {
+            angles.push_back(Reference::reduce(middle - off));
+            angles.push_back(Reference::reduce(middle + off));
+        }
+        addAround(sorted[i], angles);
+        addAround(Reference::reduce(sorted[i] + 180.0), angles);
+    }
+    for (int n = 0; n < 200; ++n) {
+        angles.push_back(random.unit() * 360.0);
+        // Whole fractions of the circle, as an even division of it would have them.
+        const int parts = 64 * static_cast<int>(centres.size());
+        addAround(360.0 / parts * random.integer(0, parts), angles);
+    }
+    return angles;
+}
+
+enum class Codebook { Even, Scattered, Clustered, Crowded, AtTheSeam };
+
+std::vector<double> hardCentres(Random& random, Codebook kind, int count) {
+    std::vector<double> centres;
+    const double turn = random.chance(0.5) ? 0.0 : random.unit();
+    const double cluster = random.chance(0.3) ? 360.0 : random.unit() * 360.0;
+    for (int i = 0; i < count; ++i) {
+        switch (kind) {
+            case Codebook::Even: centres.push_back(turn + i * (360.0 / count)); break;
+            case Codebook::Scattered: centres.push_back(random.unit() * 360.0); break;
+            case Codebook::Clustered:
+                centres.push_back(cluster + (random.unit() - 0.5) * 2e-6);
+                break;
+            case Codebook::Crowded:
+                // Gaps on both sides of those that rounding can close.
+                centres.push_back(random.integer(0, 3) * 90.0 + random.integer(-4, 4) * 4e-10);
+                break;
+            case Codebook::AtTheSeam:
+                centres.push_back(random.integer(0, 10) * 36.0 + random.integer(-1, 1) * 1e-13);
+                break;
+        }
+    }
+    if (random.chance(0.3)) centres[0] = 0.0;
+    if (random.chance(0.3)) centres.back() = 360.0 - 1e-13;
+    if (random.chance(0.3)) centres.back() = lastBelow360;
+    for (double& centre : centres) {
+        if (random.chance(0.05)) {
+            centre = centres[static_cast<std::size_t>(random.integer(0, count - 1))];
+        }
+    }
+    // In no order.
+    for (std::size_t i = centres.size(); i > 1; --i) {
+        std::swap(centres[i - 1],
+                  centres[static_cast<std::size_t>(random.integer(0, static_cast<int>(i) - 1))]);
+    }
+    return centres;
+}
+
+/// Whether all angles get the index that comparing all distances gives.
+testing::AssertionResult areNearest(const std::vector<double>& centres,
+                                    const std::vector<double>& angles) {
+    const std::vector<int> found = nearest(centres, angles);
+    for (std::size_t i = 0; i < angles.size(); ++i) {
+        const int expected = Reference::nearestCentre(angles[i], centres);
+        if (found[i] == expected) continue;
+        return testing::AssertionFailure()
+               << std::hexfloat << "angle " << angles[i] << ": expected " << expected << ", got "
+               << found[i] << " of centres " << testing::PrintToString(centres);
+    }
+    return testing::AssertionSuccess();
+}
+
+TEST(NearestCentreTest, MiddlesBetweenCentresAreThoseOfTheDirectLoop) {
+    for (const Codebook kind : {Codebook::Even, Codebook::Scattered, Codebook::Clustered,
+                                Codebook::Crowded, Codebook::AtTheSeam}) {
+        for (std::uint64_t seed = 1; seed <= 250; ++seed) {
+            SCOPED_TRACE("kind " + std::to_string(static_cast<int>(kind)) + ", seed " +
+                         std::to_string(seed));
+            Random random(seed);
+            const int count = random.integer(1, random.chance(0.2) ? 200 : 20);
+            const std::vector<double> centres = hardCentres(random, kind, count);
+            const std::vector<double> angles = hardAngles(random, centres);
+            ASSERT_TRUE(areNearest(centres, angles));
+            // Few are looked for in another way than many.
+            std::vector<double> few;
+            for (int n = random.integer(1, 3 * count); n > 0; --n) {
+                few.push_back(angles[static_cast<std::size_t>(
+                    random.integer(0, static_cast<int>(angles.size()) - 1))]);
+            }
+            ASSERT_TRUE(areNearest(centres, few));
+        }
+    }
+}
+
+TEST(NearestCentreTest, MiddlesOfLargeCodebooksAreThoseOfTheDirectLoop) {
+    for (const int count : {1000, 1023, 1024, 1025, 1500}) {
+        SCOPED_TRACE(count);
+        Random random(static_cast<std::uint64_t>(count));
+        const Codebook kind = random.chance(0.5) ? Codebook::Even : Codebook::Scattered;
+        const std::vector<double> centres = hardCentres(random, kind, count);
+        std::vector<double> angles;
+        for (const double angle : hardAngles(random, centres)) {
+            if (random.chance(0.1)) angles.push_back(angle);
+        }
+        ASSERT_TRUE(areNearest(centres, angles));
+    }
 }
 
 }  // namespace
