@@ -31,7 +31,9 @@ struct Command {
 };
 
 // Each adds its subcommand to the program.
+Command addConvert(CLI::App& program);
 Command addEvaluate(CLI::App& program);
+Command addExport(CLI::App& program);
 Command addGenerate(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);

@@ -1,20 +1,18 @@
 #include "Command.h"
+#include "ModelInput.h"
 #include "OutputFile.h"
 #include "RecognitionTable.h"
 #include "StandardStreams.h"
 #include "Text.h"
 #include "TraceInput.h"
 
-#include <veskkit/io/ModelFile.h>
 #include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/recognition/ModelCheck.h>
-#include <veskkit/recognition/ModelText.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
-#include <iostream>
 #include <memory>
 #include <string>
 
@@ -69,21 +67,12 @@ std::string plainLine(const Kit::Trace& trace, const Kit::Result& result) {
     return printable(line) + "\n";
 }
 
-Kit::GestureRecognizer makeRecognizer(const Options& options) {
-    if (isStandard(options.model)) {
-        const std::string source = "standard input";
-        return Kit::GestureRecognizer(Kit::parseModel(std::cin, source),
-                                      options.input.preparation(), source);
-    }
-    return Kit::GestureRecognizer(Kit::loadModel(options.model), options.input.preparation(),
-                                  options.model);
-}
-
 void recognize(Options& options) {
     if (isStandard(options.model) && options.input.readsStandardInput()) {
         throw UsageError("the model and the traces cannot both come from standard input");
     }
-    const Kit::GestureRecognizer recognizer = makeRecognizer(options);
+    const Kit::GestureRecognizer recognizer(readModel(options.model), options.input.preparation(),
+                                            sourceOf(options.model));
     RecognitionTable table;
     std::size_t unlabelled = 0;
     options.input.forEach([&](const Kit::Trace& trace) {

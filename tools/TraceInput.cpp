@@ -1,6 +1,7 @@
 #include "TraceInput.h"
 
 #include "Checks.h"
+#include "Command.h"
 #include "OutputFile.h"
 
 #include <veskkit/Error.h>
@@ -58,12 +59,8 @@ void addChoice(CLI::App& line, const char* name, Value& value,
 
 }  // namespace
 
-void TraceInput::addTo(CLI::App& line) {
-    line.add_option("TRACES", paths,
-                    "Files of traces, or folders of them: JSON Lines, CSV, XML gesture logs; - is "
-                    "standard input")
-        ->required()
-        ->type_name("");
+void TraceInput::addReadingTo(CLI::App& line, const std::string& description) {
+    line.add_option("TRACES", paths, description)->required()->type_name("");
     addChoice(line, "--format", reading.format, formats,
               "How the traces are written [by the file's name or its first character]");
     addChoice(line, "--label-from", reading.label, labelSources,
@@ -74,6 +71,12 @@ void TraceInput::addTo(CLI::App& line) {
     line.add_option("--without-user", withoutUsers, "Leave out the traces of this user; repeatable")
         ->type_name("U")
         ->allow_extra_args(false);
+}
+
+void TraceInput::addTo(CLI::App& line) {
+    addReadingTo(line,
+                 "Files of traces, or folders of them: JSON Lines, CSV, XML gesture logs; - is "
+                 "standard input");
     line.add_flag("--flip-y", prepared.flipY,
                   "The traces' y axis points the other way than the model's");
     line.add_option_function<std::string>(
@@ -81,6 +84,15 @@ void TraceInput::addTo(CLI::App& line) {
             [this](const std::string& text) { prepared.points = resampledPoints(text); },
             "Points that every trace is resampled to, or none: as drawn [41]")
         ->type_name("N|none");
+}
+
+std::string TraceInput::takeLastPath() {
+    if (paths.size() < 2) {
+        throw UsageError("found " + paths.back() + " alone, expected TRACES and the file to write");
+    }
+    std::string last = paths.back();
+    paths.pop_back();
+    return last;
 }
 
 bool TraceInput::readsStandardInput() const {

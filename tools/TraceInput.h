@@ -22,6 +22,12 @@ public:
     /// object has to stay.
     void addTo(CLI::App& line);
 
+    /// The same without how they are prepared, with a description of TRACES.
+    void addReadingTo(CLI::App& line, const std::string& description);
+
+    /// Takes the last of several files away, which is not to be read. UsageError for one only.
+    std::string takeLastPath();
+
     const Kit::Preparation& preparation() const { return prepared; }
 
     /// Whether a trace comes from standard input.

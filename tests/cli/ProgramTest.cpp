@@ -14,8 +14,8 @@ TEST(Program, HelpNamesEverySubcommandAndTheExitStatus) {
     const Outcome outcome = run({"--help"});
 
     EXPECT_TRUE(succeeded(outcome));
-    for (const char* text :
-         {"train", "recognize", "evaluate", "generate", "--version", "130 interrupted"}) {
+    for (const char* text : {"train", "recognize", "evaluate", "export", "convert", "generate",
+                             "--version", "130 interrupted"}) {
         EXPECT_THAT(outcome.out, HasSubstr(text));
     }
 }
@@ -28,6 +28,8 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
          {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
           "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
           "--smoothing", "--ratio", "--no-calibration"}},
+        {"convert", {"TRACES", "--to", "--format", "--label-from", "--user", "--flip-y"}},
+        {"export", {"MODEL", "-o,--output"}},
         {"evaluate",
          {"TRACES", "--by", "--folds", "--own-examples", "--examples", "--seed", "--no-unknown",
           "--json", "--user", "--states", "--threads"}},

@@ -1,0 +1,58 @@
+#include <veskkit/io/TraceText.h>
+
+#include <veskkit/Error.h>
+#include <veskkit/internal/Text.h>
+
+#include <nlohmann/json.hpp>
+
+namespace Vesk::Kit {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string dumped(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+/// A field of a table, in quotation marks where it needs them: with blanks, which readers trim, and
+/// separators of any kind, since they find out which one is used.
+std::string field(const Trace& trace, const std::string& text) {
+    if (text.find_first_of("\r\n") != std::string::npos) {
+        throw InputError(internal::joined(placeOf(trace), ": found ", internal::quoted(text),
+                                          ", expected no line break for a table"));
+    }
+    if (text.find_first_of("\",;\t ") == std::string::npos) return text;
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"') quoted += '"';
+        quoted += c;
+    }
+    return quoted + '"';
+}
+
+}  // namespace
+
+std::string jsonLine(const Trace& trace) {
+    requireUsablePoints(trace);
+    Json json;
+    if (!trace.gesture.empty()) json["gesture"] = trace.gesture;
+    if (!trace.user.empty()) json["user"] = trace.user;
+    json["points"] = trace.points;
+    return dumped(json) + "\n";
+}
+
+std::string tableHeader() { return "gesture,user,trace,x,y\n"; }
+
+std::string tableRows(const Trace& trace, std::size_t number) {
+    requireUsablePoints(trace);
+    const std::string start = field(trace, trace.gesture) + ',' + field(trace, trace.user) + ',' +
+                              std::to_string(number) + ',';
+    std::string rows;
+    for (const std::vector<double>& point : trace.points) {
+        rows += start + dumped(point[0]) + ',' + dumped(point[1]) + '\n';
+    }
+    return rows;
+}
+
+}  // namespace Vesk::Kit
