@@ -62,12 +62,14 @@ bool splitFields(const std::string& line, char separator, std::vector<std::strin
             fields.back().clear();
             inQuotes = quotedField = true;
         } else if (c == separator) {
+            if (!quotedField) fields.back() = trimmed(fields.back());
             fields.emplace_back();
             quotedField = false;
-        } else {
+        } else if (!quotedField || (c != ' ' && c != '\t')) {
             fields.back() += c;
         }
     }
+    if (!quotedField) fields.back() = trimmed(fields.back());
     return !inQuotes;
 }
 
@@ -128,7 +130,7 @@ void CsvReader::readHead() {
         return;
     }
     names.clear();
-    for (const std::string& name : fields) names.push_back(lowerCase(trimmed(name)));
+    for (const std::string& name : fields) names.push_back(lowerCase(name));
     x = column("x");
     y = column("y");
     trace = column("trace");
@@ -169,7 +171,7 @@ std::size_t CsvReader::column(const char* name) const {
 }
 
 std::string CsvReader::field(std::size_t column) const {
-    return column < fields.size() ? trimmed(fields[column]) : std::string();
+    return column < fields.size() ? fields[column] : std::string();
 }
 
 double CsvReader::number(std::size_t column, const char* name) const {

@@ -89,6 +89,28 @@ TEST_P(Structure, DiagonalsOfLargeMatricesAreWidened) {
     }
 }
 
+TEST_P(Structure, DiagonalsAreWidenedByOne) {
+    for (const int N : {1, 3, 7, 8, 9, 15, 64, 65, 130}) {
+        Rows a(N, N + 3, 0.0);
+        for (int i = 0; i < N; ++i) {
+            for (int j = 0; j < N; ++j) {
+                a.at(i, j) = 1.0;
+                int lo = j - i + 1;
+                int hi = N;
+                kernels().diagonals(a.values.data(), a.stride, N, &lo, &hi);
+                ASSERT_EQ(lo, j - i) << "N " << N << ", at " << i << ", " << j;
+                ASSERT_EQ(hi, N) << "N " << N << ", at " << i << ", " << j;
+                lo = -N;
+                hi = j - i - 1;
+                kernels().diagonals(a.values.data(), a.stride, N, &lo, &hi);
+                ASSERT_EQ(lo, -N) << "N " << N << ", at " << i << ", " << j;
+                ASSERT_EQ(hi, j - i) << "N " << N << ", at " << i << ", " << j;
+                a.at(i, j) = 0.0;
+            }
+        }
+    }
+}
+
 TEST_P(Structure, RowsAreEvenWhereAllValuesOffTheDiagonalAreEqual) {
     Random random(2);
     for (int n = 0; n < 20000; ++n) {
