@@ -195,9 +195,12 @@ TEST_F(NumberReadingTest, WithoutNumbersThereIsNothingToRead) {
 
 TEST_F(NumberReadingTest, AFailedConversionStoresWhatAStreamStores) {
     const auto stored = [this](const std::string& text, bool expected) {
-        writeFile(path, text);
+        // What is read first has to be fetched: the stream alone would see to it.
+        writeFile(path, "6.5 " + text);
         InputFile file(path.c_str());
-        double value = 7.5;
+        double value = 0.0;
+        EXPECT_TRUE(file.read(value));
+        value = 7.5;
         EXPECT_EQ(file.read(value), expected) << text;
         return value;
     };

@@ -5,8 +5,8 @@
 #include <veskkit/io/JsonLinesReader.h>
 #include <veskkit/io/TraceText.h>
 
-#include <support/Random.h>
 #include <support/BitEqual.h>
+#include <support/Random.h>
 
 #include <gtest/gtest.h>
 
