@@ -4,9 +4,8 @@
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
 
-#include <stdlib.h>
-
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>

@@ -279,6 +279,46 @@ TEST(NearestCentreTest, MiddlesBetweenCentresAreThoseOfTheDirectLoop) {
     }
 }
 
+TEST(NearestCentreTest, MiddlesAtFractionsOfTheCircleAreThoseOfTheDirectLoop) {
+    // Distances across 0 are coarser than small angles: several of these are equally far from both
+    // centres, on either side of the fraction.
+    for (std::uint64_t seed = 1; seed <= 2000; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        const double fraction = 360.0 / 128 * random.integer(1, 20);
+        const double below = 360.0 - random.unit() * (180.0 - fraction);
+        double above = fraction + (fraction + (360.0 - below));
+        for (int n = random.integer(0, 3); n > 0; --n) above = std::nextafter(above, infinity);
+        std::vector<double> angles = {fraction};
+        double lower = fraction;
+        double upper = fraction;
+        for (int n = 0; n < 150; ++n) {
+            angles.push_back(lower = std::nextafter(lower, 0.0));
+            angles.push_back(upper = std::nextafter(upper, 360.0));
+        }
+        ASSERT_TRUE(areNearest({below, above}, angles));
+        ASSERT_TRUE(areNearest({above, below}, angles));
+    }
+}
+
+TEST(NearestCentreTest, RoundingDecidesBelow360WhereTheMiddleRoundsTo0) {
+    // The middles are less than half an ulp of 360 below it. As computed, the last number below 360
+    // is equally far from both centres, the ones before are nearer to the centre below 360.
+    const double centres[][2] = {{48.000000000000654, 311.99999999999926},
+                                 {42.000000000000540, 317.99999999999937},
+                                 {77.000000000000881, 282.99999999999903}};
+    const double before = std::nextafter(lastBelow360, 0.0);
+    for (const auto& [above, below] : centres) {
+        SCOPED_TRACE(above);
+        ASSERT_EQ(Reference::circularDistance(lastBelow360, above),
+                  Reference::circularDistance(lastBelow360, below));
+        EXPECT_EQ(nearest({above, below}, {lastBelow360, before, 0.0}),
+                  (std::vector<int>{0, 1, 0}));
+        EXPECT_EQ(nearest({below, above}, {lastBelow360, before, 0.0}),
+                  (std::vector<int>{0, 0, 1}));
+    }
+}
+
 TEST(NearestCentreTest, MiddlesOfLargeCodebooksAreThoseOfTheDirectLoop) {
     for (const int count : {1000, 1023, 1024, 1025, 1500}) {
         SCOPED_TRACE(count);
