@@ -13,14 +13,14 @@ inline int padded(int count) {
     return (count + Vesk::Kernels::lanes - 1) / Vesk::Kernels::lanes * Vesk::Kernels::lanes;
 }
 
-/// Columns of N values, one a time step or symbol; padded, with at least `margin` zeros on both
-/// sides of each.
+/// Columns of N values, one a time step or symbol; padded, one after the other, with at least
+/// `margin` zeros before the first and after the last. Kernels read so far into the neighbours, but
+/// multiply what stands there by zero.
 class Columns {
 public:
-    Columns(Scratch& scratch, std::size_t count, int N, int margin)
-        : apart(padded(N) + padded(margin)) {
-        const auto before = static_cast<std::size_t>(padded(margin));
-        first = scratch.zeros(count * static_cast<std::size_t>(apart) + before, 1) + before;
+    Columns(Scratch& scratch, std::size_t count, int N, int margin) : apart(padded(N)) {
+        const auto ends = static_cast<std::size_t>(padded(margin));
+        first = scratch.zeros(count * static_cast<std::size_t>(apart) + 2 * ends, 1) + ends;
     }
 
     double* operator[](int index) const { return first + apart * index; }

@@ -56,8 +56,8 @@ struct Set {
     void (*transposeTable)(const double* from, std::ptrdiff_t stride, int rows, int columns,
                            double* to, std::ptrdiff_t pitch);
 
-    // One step of a pass. A column that `...Band` reads is 0 outside its P values, for as far as
-    // the band reaches.
+    // One step of a pass. What `...Band` reads beyond a column's P values, for as far as the band
+    // reaches, it multiplies by zero.
 
     /// to[j] = (sum over i of from[i] * a(i, j)) * e[j]; rows of a are `stride` apart, P long.
     void (*forward)(const double* from, const double* a, std::ptrdiff_t stride, const double* e,

@@ -50,23 +50,29 @@ inline Pair shifted(const Short& x, int v) {
 }
 
 /// Pair v of the sums of the terms of diagonals Reach .. 0, in this order, which begin at 0.0. Only
-/// the sign of a zero depends on that, and is lost where the column is divided later on.
+/// the sign of a zero depends on that 0.0 and on products with the zeros before the column, and is
+/// lost where the column is divided later on: there they are left out.
 template <int Reach, bool Divided>
 inline Pair sumOfTerms(const Short& x, const double* a, int v) {
     Pair sum{};
+    const int inside = (v + 1) * W - 1;
+    const int first = Divided && inside < Reach ? inside : Reach;
     forConstants<Reach + 1>([&](auto q) {
-        const Pair term = shifted<Reach - q>(x, v) * loadPair(a + q * lanes + v * W);
-        sum = Divided && q == 0 ? term : sum + term;
+        constexpr int d = Reach - q;
+        if (d > first) return;
+        const Pair term = shifted<d>(x, v) * loadPair(a + q * lanes + v * W);
+        sum = Divided && d == first ? term : sum + term;
     });
     return sum;
 }
 
 /// Divides the column by its sum, which it returns.
 inline double normaliseShort(Short& x) {
-    double sum = 0.0;
-    unrolled<lanes>([&](int j) { sum += nth(x.pair[j / W], j % W); });
+    // A sum that begins at 0.0 is never -0.0.
+    double sum = nth(x.pair[0], 0);
+    forConstants<lanes - 1>([&](auto j) { sum += nth(x.pair[(j + 1) / W], (j + 1) % W); });
     unrolled<Short::pairs>([&](int v) { x.pair[v] = guarded(x.pair[v], sum - Pair{}); });
-    return sum;
+    return sum + 0.0;
 }
 
 template <int Reach, bool Scaled>
