@@ -140,7 +140,6 @@ public:
         if (scale != nullptr) {
             scale[0] = Vesk::Kernels::kernels().normalise(column, passes.N, passes.P);
         }
-        if (T == 1) passes.transitions.noteLast(column);
     }
 
     bool done() const { return t >= T; }

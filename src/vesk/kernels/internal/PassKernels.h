@@ -71,7 +71,7 @@ template <int Reach>
 inline void backwardReach(const double* next, const double* a, const double* e, double* to, int P) {
     V here = load(next);
     for (int i = 0; i < P; i += L) {
-        const V after = i + L < P ? load(next + i + L) : V{};
+        const V after = load(next + i + L);
         V sum{};
         forConstants<Reach + 1>([&](auto d) {
             sum += between<d>(here, after) * load(a + d * P + i) * load(e + i + d);
