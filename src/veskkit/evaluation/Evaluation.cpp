@@ -65,9 +65,7 @@ public:
         outcome.templates = {accepted(match), match.gesture, {}};
         const auto other = without.find(outcome.expected);
         if (other == without.end()) return;
-        const Result unknown = other->second.recognize(trace);
-        outcome.models.asUnknown = unknown.gesture;
-        outcome.marginAsUnknown = reachable(unknown.rejection, unknown.margin);
+        outcome.models.asUnknown = other->second.recognize(trace).gesture;
         outcome.templates.asUnknown = accepted(templates.nearest(trace, outcome.expected));
     }
 
@@ -117,11 +115,6 @@ std::vector<Outcome> evaluate(const std::vector<Trace>& traces, const std::vecto
         if (observer) observer({f, folds.size(), 1.0});
     }
     return outcomes;
-}
-
-double reachable(Rejection rejection, double margin) {
-    const bool decided = rejection == Rejection::None || rejection == Rejection::Threshold;
-    return decided ? margin : -std::numeric_limits<double>::infinity();
 }
 
 Rates ratesOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method) {

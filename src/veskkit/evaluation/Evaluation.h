@@ -34,15 +34,7 @@ struct Outcome {
     Verdict templates;     ///< of the TemplateMatcher, the yardstick
     Rejection rejection;   ///< why the models rejected it
     double margin;         ///< as in Result
-
-    /// The margin where the gesture was taken for unknown; minus infinity where no threshold would
-    /// have let the trace pass.
-    std::optional<double> marginAsUnknown = {};
 };
-
-/// The margin that the threshold decided about: minus infinity where a trace was rejected for
-/// something else, which no threshold would change.
-double reachable(Rejection rejection, double margin);
 
 /// What an evaluation consists of besides the folds.
 struct EvaluationOptions {
