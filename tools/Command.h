@@ -37,6 +37,7 @@ Command addExport(CLI::App& program);
 Command addGenerate(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);
+Command addTune(CLI::App& program);
 
 }  // namespace Vesk::Tool
 
