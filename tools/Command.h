@@ -38,6 +38,7 @@ Command addGenerate(CLI::App& program);
 Command addInspect(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);
+Command addTune(CLI::App& program);
 
 }  // namespace Vesk::Tool
 

@@ -4,6 +4,7 @@
 #include "EvaluationText.h"
 #include "ProgressBar.h"
 #include "ReportFile.h"
+#include "Splitting.h"
 #include "StandardStreams.h"
 #include "Text.h"
 #include "TraceInput.h"
@@ -16,12 +17,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -43,58 +41,17 @@ struct Options {
     ReportFile report;
 };
 
-std::vector<Kit::Trace> readTraces(TraceInput& input) {
-    std::vector<Kit::Trace> traces;
-    input.forEach([&](const Kit::Trace& trace) { traces.push_back(trace); });
-    const std::vector<std::string> unseen = input.unseenUsers();
-    if (!unseen.empty()) throw Kit::InputError(unseen.front());
-    if (traces.empty()) throw Kit::InputError("found no traces, expected at least 1");
-    return traces;
-}
-
 constexpr std::size_t mostUserFolds = 10;
+constexpr std::size_t usualParts = 5;
 
-std::set<std::string> usersOf(const std::vector<Kit::Trace>& traces) {
-    std::set<std::string> users;
-    for (const Kit::Trace& trace : traces) users.insert(trace.user);
-    return users;
-}
-
-/// Users where every trace has one and there are several, as somebody new will use the model.
-std::string usualSplit(const std::vector<Kit::Trace>& traces) {
-    const std::set<std::string> users = usersOf(traces);
-    return users.size() > 1 && users.count("") == 0 ? "user" : "fold";
-}
-
-/// Five, or as many as a gesture has traces; stratifiedFolds refuses fewer than two.
-std::size_t usualParts(const std::vector<Kit::Trace>& traces) {
-    std::map<std::string, std::size_t> counts;
-    for (const Kit::Trace& trace : traces) ++counts[trace.gesture];
-    std::size_t parts = 5;
-    for (const auto& [gesture, count] : counts) parts = std::min(parts, count);
-    return std::max<std::size_t>(parts, 2);
-}
-
-void split(const Options& options, EvaluationResult& result) {
-    const std::string by = options.by.empty() ? usualSplit(result.traces) : options.by;
-    if (by == "user") {
-        const std::size_t parts = options.folds.value_or(mostUserFolds);
-        result.folds = Kit::leaveUsersOut(result.traces, parts);
-        const bool alone = result.folds.size() == usersOf(result.traces).size();
-        result.split = alone
-                           ? "each user left out of training in turn"
-                           : fmt::format("each of {} groups of users left out of training in turn",
-                                         result.folds.size());
-    } else if (by == "own") {
-        result.folds = Kit::ownExamples(result.traces, options.ownExamples, options.seed);
-        result.split = fmt::format("each user's own models from {} a gesture (seed {})",
-                                   counted(options.ownExamples, "example"), options.seed);
-    } else {
-        const std::size_t parts = options.folds.value_or(usualParts(result.traces));
-        result.folds = Kit::stratifiedFolds(result.traces, parts, options.seed);
-        result.split = fmt::format("each of {} parts left out of training in turn (seed {})", parts,
-                                   options.seed);
-    }
+Split split(const Options& options, const std::vector<Kit::Trace>& traces) {
+    const std::string usual = hasSeveralUsers(traces) ? "user" : "fold";
+    const std::string by = options.by.empty() ? usual : options.by;
+    if (by == "user") return leavingUsersOut(traces, options.folds.value_or(mostUserFolds));
+    if (by == "fold") return leavingPartsOut(traces, options.folds, usualParts, options.seed);
+    return {Kit::ownExamples(traces, options.ownExamples, options.seed),
+            fmt::format("each user's own models from {} a gesture (seed {})",
+                        counted(options.ownExamples, "example"), options.seed)};
 }
 
 /// A model of all traces, whose states the report's strokes are coloured by.
@@ -113,7 +70,9 @@ void evaluate(Options& options) {
     settings.unknownGestures = !options.withoutUnknown;
     EvaluationResult result;
     result.traces = readTraces(options.input);
-    split(options, result);
+    Split chosen = split(options, result.traces);
+    result.folds = std::move(chosen.folds);
+    result.split = std::move(chosen.description);
 
     ProgressBar bar("evaluating");
     const std::size_t runs = options.examples.size() + 1;

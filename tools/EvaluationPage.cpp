@@ -67,22 +67,23 @@ std::pair<double, double> measured(const EvaluationResult& result, Method method
 
 void addTradeOff(Kit::Page& page, const EvaluationResult& result) {
     const std::vector<Kit::TradeOffPoint> points = tradeOffOf(result.outcomes);
-    if (points.empty()) return;
+    if (points.front().unknownAccepted.total == 0) return;
     Kit::Series models{"hidden Markov models, at any acceptance ratio", {}};
     for (const Kit::TradeOffPoint& point : points) {
         if (point.rejected.value() > largestRejection) continue;
         models.points.emplace_back(percent(point.rejected), percent(point.unknownAccepted));
     }
     page.section("Known or unknown");
-    page.figure({linePlot("Share of unknown gestures accepted over the share of known ones "
-                          "rejected; the table after it has some of the numbers",
-                          {"known gestures rejected, %", 0.0, 10.0},
-                          {"unknown gestures accepted, %", 0.0, 10.0},
-                          {models,
-                           {"as measured", {measured(result, &Kit::Outcome::models)}},
-                           {"template matcher", {measured(result, &Kit::Outcome::templates)}}}),
-                 "The stricter the acceptance ratio, the fewer unknown gestures pass and the more "
-                 "known ones are rejected."});
+    page.figure(
+        {Kit::linePlot("Share of unknown gestures accepted over the share of known ones "
+                       "rejected; the table after it has some of the numbers",
+                       {"known gestures rejected, %", 0.0, 10.0},
+                       {"unknown gestures accepted, %", 0.0, 10.0},
+                       {models,
+                        {"as measured", {measured(result, &Kit::Outcome::models)}},
+                        {"template matcher", {measured(result, &Kit::Outcome::templates)}}}),
+         "The stricter the acceptance ratio, the fewer unknown gestures pass and the more "
+         "known ones are rejected."});
     page.table(tradeOffTable(points));
 }
 
@@ -103,10 +104,10 @@ void addCurve(Kit::Page& page, const EvaluationResult& result) {
         std::sort(series->points.begin(), series->points.end());
     }
     page.section("Few examples");
-    page.figure({linePlot("Shares recognised over the number of training examples; the table "
-                          "after it has the numbers",
-                          {"training examples a gesture", 0.0, 1.0}, {"traces, %", 90.0, 100.0},
-                          {likeliest, correct, templates}),
+    page.figure({Kit::linePlot("Shares recognised over the number of training examples; the table "
+                               "after it has the numbers",
+                               {"training examples a gesture", 0.0, 1.0},
+                               {"traces, %", 90.0, 100.0}, {likeliest, correct, templates}),
                  "How many examples of each gesture training needs."});
     page.table(curveTable(result));
 }

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 #include <set>
 #include <utility>
 
@@ -138,7 +137,7 @@ Kit::Table tradeOffTable(const std::vector<Kit::TradeOffPoint>& points) {
                      {{"rejected at most", true},
                       {"rejected", true},
                       {"unknown accepted", true},
-                      {"ratio times", true}},
+                      {"acceptance ratio", true}},
                      {}};
     for (const double limit : {0.01, 0.02, 0.03, 0.05, 0.10, 0.20}) {
         const Kit::TradeOffPoint* strictest = nullptr;
@@ -146,10 +145,9 @@ Kit::Table tradeOffTable(const std::vector<Kit::TradeOffPoint>& points) {
             if (point.rejected.value() <= limit) strictest = &point;
         }
         if (strictest == nullptr) continue;
-        table.rows.push_back({fmt::format("{:.0f} %", percent(limit)),
-                              plainShare(strictest->rejected),
-                              plainShare(strictest->unknownAccepted),
-                              fmt::format("{:.3g}", std::exp(strictest->factor))});
+        table.rows.push_back(
+            {fmt::format("{:.0f} %", percent(limit)), plainShare(strictest->rejected),
+             plainShare(strictest->unknownAccepted), fmt::format("{:.3g}", strictest->ratio)});
     }
     return table;
 }

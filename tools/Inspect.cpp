@@ -4,11 +4,10 @@
 #include "ModelSummary.h"
 #include "OutputFile.h"
 #include "ReportFile.h"
+#include "Splitting.h"
 #include "StandardStreams.h"
 #include "TableText.h"
 #include "TraceInput.h"
-
-#include <veskkit/Error.h>
 
 #include <memory>
 #include <string>
@@ -25,14 +24,6 @@ struct Options {
     bool json = false;
 };
 
-std::vector<Kit::Trace> readTraces(TraceInput& input) {
-    std::vector<Kit::Trace> traces;
-    input.forEach([&](const Kit::Trace& trace) { traces.push_back(trace); });
-    const std::vector<std::string> unseen = input.unseenUsers();
-    if (!unseen.empty()) throw Kit::InputError(unseen.front());
-    return traces;
-}
-
 void inspect(Options& options) {
     if (isStandard(options.model) && options.traces.readsStandardInput()) {
         throw UsageError("the model and the traces cannot both come from standard input");
@@ -43,7 +34,8 @@ void inspect(Options& options) {
         options.json ? summaryJson(model)
                      : tableText(modelTable(model)) + "\n" + tableText(gestureModelsTable(model));
     if (options.report.wanted()) {
-        const std::vector<Kit::Trace> traces = readTraces(options.traces);
+        std::vector<Kit::Trace> traces;
+        if (options.traces.given()) traces = readTraces(options.traces);
         const Kit::GestureRecognizer recognizer(std::move(model), options.traces.preparation(),
                                                 sourceOf(options.model));
         options.report.write(modelPage(recognizer, traces, options.report.style()));

@@ -46,10 +46,10 @@ std::string titleOf(const std::string& gesture, std::size_t way, std::size_t way
 void addGestureModel(Kit::Page& page, const Kit::RecognitionModel& model, std::size_t place,
                      const std::string& title, Kit::YAxis y) {
     const Vesk::ML::LeftRightHMM& gesture = *model.gestures()[place];
-    page.figure({transitionGraph("Transitions of " + title, gesture.a),
+    page.figure({Kit::transitionGraph("Transitions of " + title, gesture.a),
                  fmt::format("{}: {} and their transitions; an arrow is as wide as its probability",
                              title, counted(gesture.numStates, "state"))});
-    page.figure({emissionHeatMap("Emissions of " + title, gesture.b, model.get().codebook, y),
+    page.figure({Kit::emissionHeatMap("Emissions of " + title, gesture.b, model.get().codebook, y),
                  fmt::format("{}: probability of each symbol in each state", title)});
 }
 
@@ -101,7 +101,7 @@ Kit::Figure exampleFigure(const Vesk::ML::LeftRightHMM& model, const Kit::Exampl
     const int N = static_cast<int>(model.numStates);
     const std::string title = fmt::format(
         "Stroke of {}, coloured by the states of its model, 0 to {}", model.name, N - 1);
-    return {stateStrokePlot(title, example.path.points, example.path.states, N, style),
+    return {Kit::stateStrokePlot(title, example.path.points, example.path.states, N, style),
             fmt::format("{} ({}{})", model.name, trace.user.empty() ? "" : trace.user + ", ",
                         placeOf(trace))};
 }
@@ -115,7 +115,7 @@ Kit::Page modelPage(const Kit::GestureRecognizer& recognizer, const std::vector<
     page.table(modelTable(model));
     page.table(gestureModelsTable(model));
     page.section("Codebook");
-    page.figure({codebookRose("Directions of the symbols", model.get().codebook, style.y),
+    page.figure({Kit::codebookRose("Directions of the symbols", model.get().codebook, style.y),
                  "The direction that each symbol stands for"});
     for (const std::vector<std::size_t>& group : byGesture(model)) {
         const std::string& gesture = model.gestures()[group.front()]->name;

@@ -34,6 +34,9 @@ public:
 
     const Kit::Preparation& preparation() const { return prepared; }
 
+    /// Whether any file was named.
+    bool given() const { return !paths.empty(); }
+
     /// Whether a trace comes from standard input.
     bool readsStandardInput() const;
 

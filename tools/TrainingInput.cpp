@@ -9,6 +9,17 @@
 namespace Vesk::Tool {
 
 void TrainingInput::addTo(CLI::App& line) {
+    addSettingsTo(line);
+    line.add_option("--ratio", training.acceptanceRatio,
+                    "How much likelier than the threshold model a gesture has to be "
+                    "[calibrated where three or more users drew]")
+        ->transform(numberIn(1e-6, 1e5))
+        ->type_name("R");
+    line.add_flag("--no-calibration", uncalibrated,
+                  "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
+}
+
+void TrainingInput::addSettingsTo(CLI::App& line) {
     line.add_option("--symbols", training.symbols, "Directions that are told apart")
         ->capture_default_str()
         ->transform(numberIn(2, 360))
@@ -33,19 +44,12 @@ void TrainingInput::addTo(CLI::App& line) {
                     "Width in degrees that directions are smoothed over [22; 28 for few traces]")
         ->transform(numberIn(0.0, 180.0))
         ->type_name("DEGREES");
-    line.add_option("--ratio", training.acceptanceRatio,
-                    "How much likelier than the threshold model a gesture has to be "
-                    "[calibrated where three or more users drew]")
-        ->transform(numberIn(1e-6, 1e5))
-        ->type_name("R");
     line.add_flag("--skip-bad", training.skipBad,
                   "Leave out traces that have no direction instead of refusing them");
     line.add_option("--threads", training.threads,
                     "Threads that gestures are trained on [one for each processor]")
         ->transform(numberIn(1U, 1024U))
         ->type_name("N");
-    line.add_flag("--no-calibration", uncalibrated,
-                  "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
 }
 
 Kit::TrainingOptions TrainingInput::optionsFor(const Kit::Preparation& preparation) const {

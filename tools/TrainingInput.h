@@ -13,6 +13,9 @@ public:
     /// Adds the training options; the object has to stay.
     void addTo(CLI::App& line);
 
+    /// The same without those for the acceptance ratio.
+    void addSettingsTo(CLI::App& line);
+
     /// UsageError, naming the option, for settings that do not go together.
     Kit::TrainingOptions optionsFor(const Kit::Preparation& preparation) const;
 

@@ -80,8 +80,8 @@ int run(int argc, char* argv[]) {
         "Exit status: 0 done, 1 output could not be written, 2 usage, 3 input refused, "
         "130 interrupted.");
     const std::vector<Command> commands{
-        addTrain(program),   addRecognize(program), addEvaluate(program), addExport(program),
-        addConvert(program), addGenerate(program),  addInspect(program)};
+        addTrain(program),  addTune(program),    addRecognize(program), addEvaluate(program),
+        addExport(program), addConvert(program), addGenerate(program),  addInspect(program)};
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {

@@ -44,8 +44,8 @@ class Recognizers {
 public:
     Recognizers(const TrainedSet& set, const std::vector<const Trace*>& training,
                 const std::set<std::string>& unknown, const EvaluationOptions& options)
-        : all(set.compose(), options.training.preparation),
-          templates(training, options.training.falseRejection) {
+        : all(set.compose(), options.training.preparation) {
+        if (options.templates) templates.emplace(training, options.training.falseRejection);
         for (const std::string& gesture : unknown) {
             const bool trained = std::any_of(
                 set.gestures.begin(), set.gestures.end(),
@@ -61,22 +61,27 @@ public:
         outcome.models = {result.gesture, likeliestOf(result), {}};
         outcome.rejection = result.rejection;
         outcome.margin = result.margin;
-        const TemplateMatcher::Match match = templates.nearest(trace);
-        outcome.templates = {accepted(match), match.gesture, {}};
+        outcome.answers = all.answers(trace);
         const auto other = without.find(outcome.expected);
+        if (other != without.end()) {
+            outcome.models.asUnknown = other->second.recognize(trace).gesture;
+            outcome.answersAsUnknown = other->second.answers(trace);
+        }
+        if (!templates) return;
+        const TemplateMatcher::Match match = templates->nearest(trace);
+        outcome.templates = {accepted(match), match.gesture, {}};
         if (other == without.end()) return;
-        outcome.models.asUnknown = other->second.recognize(trace).gesture;
-        outcome.templates.asUnknown = accepted(templates.nearest(trace, outcome.expected));
+        outcome.templates.asUnknown = accepted(templates->nearest(trace, outcome.expected));
     }
 
 private:
     std::string accepted(const TemplateMatcher::Match& match) const {
-        return templates.accepts(match) ? match.gesture : "";
+        return templates->accepts(match) ? match.gesture : "";
     }
 
     GestureRecognizer all;
     std::map<std::string, GestureRecognizer> without;
-    TemplateMatcher templates;
+    std::optional<TemplateMatcher> templates;
 };
 
 }  // namespace
@@ -96,7 +101,7 @@ std::vector<Outcome> evaluate(const std::vector<Trace>& traces, const std::vecto
             }
             const std::string expected = storedName(traces[i].gesture);
             tested.insert(expected);
-            outcomes.push_back({i, f, expected, {}, {}, Rejection::TooShort, 0.0});
+            outcomes.push_back({i, f, expected, {}, {}, Rejection::TooShort, 0.0, {}, {}});
         }
         const std::vector<const Trace*> training = picked(traces, folds[f].training);
         const TrainedSet set =

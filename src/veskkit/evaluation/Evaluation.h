@@ -34,6 +34,11 @@ struct Outcome {
     Verdict templates;     ///< of the TemplateMatcher, the yardstick
     Rejection rejection;   ///< why the models rejected it
     double margin;         ///< as in Result
+
+    /// What the models would answer at other acceptance ratios, and where the trace's own gesture
+    /// was never trained; the latter empty where that was not asked.
+    std::vector<Answer> answers;
+    std::vector<Answer> answersAsUnknown;
 };
 
 /// What an evaluation consists of besides the folds.
@@ -43,6 +48,9 @@ struct EvaluationOptions {
     /// Whether each gesture is also taken for unknown in turn (`Verdict::asUnknown`). What was
     /// trained for the fold is put together without it, with the same acceptance ratio.
     bool unknownGestures = true;
+
+    /// Whether the template matcher is asked too; its verdicts are empty where not.
+    bool templates = true;
 };
 
 /// How far an evaluation is: some share of fold `fold` of `folds`, from 0 to 1.

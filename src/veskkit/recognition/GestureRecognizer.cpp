@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -58,6 +59,13 @@ const char* toString(Rejection reason) {
     return "";
 }
 
+std::string answerAt(const std::vector<Answer>& answers, double logRatio) {
+    const auto below = std::partition_point(
+        answers.begin(), answers.end(),
+        [logRatio](const Answer& answer) { return answer.logRatio > logRatio; });
+    return below == answers.begin() ? "" : std::prev(below)->gesture;
+}
+
 GestureRecognizer::GestureRecognizer(RecognitionModel model, Preparation preparation,
                                      const std::string& source)
     : owned(std::move(model)), resampler(preparation), names(owned.gestureNames()) {
@@ -76,6 +84,38 @@ std::vector<int> GestureRecognizer::symbols(const Trace& trace) const {
 
 Result GestureRecognizer::recognize(const Trace& trace) const {
     return recognizeSymbols(symbols(trace));
+}
+
+std::vector<Answer> GestureRecognizer::answers(const Trace& trace) const {
+    const Recognition verdict = owned.get().evaluate(symbols(trace));
+    const double weights =
+        std::log(owned.get().modelTransitionProb) - std::log(owned.get().gestureTransitionProb);
+    struct Candidate {
+        double logRatio;
+        double probability;
+        std::size_t gesture;
+    };
+    std::vector<Candidate> candidates;
+    for (std::size_t i = 0; i < verdict.gestures.size(); ++i) {
+        const GestureScore& score = verdict.gestures[i];
+        const double weighted = std::min(score.weightedProbability, score.weightedGamma);
+        if (!(weighted > 0.0)) continue;
+        const double logRatio = verdict.threshold == 0.0
+                                    ? infinity
+                                    : std::log(weighted) - std::log(verdict.threshold) + weights;
+        candidates.push_back({logRatio, score.probability, i});
+    }
+    std::stable_sort(
+        candidates.begin(), candidates.end(),
+        [](const Candidate& x, const Candidate& y) { return x.logRatio > y.logRatio; });
+    std::vector<Answer> answers;
+    double likeliest = 0.0;
+    for (const Candidate& candidate : candidates) {
+        if (!(candidate.probability > likeliest)) continue;
+        likeliest = candidate.probability;
+        answers.push_back({candidate.logRatio, owned.gestures()[candidate.gesture]->name});
+    }
+    return answers;
 }
 
 Result GestureRecognizer::recognize(const Points& points) const {

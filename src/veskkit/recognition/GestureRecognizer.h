@@ -45,6 +45,16 @@ struct Result {
     bool recognized() const { return rejection == Rejection::None; }
 };
 
+/// A gesture that is the answer where the acceptance ratio R is below a bound.
+struct Answer {
+    double logRatio;  ///< the bound's natural logarithm
+    std::string gesture;
+};
+
+/// The answer at a ratio whose natural logarithm is given, of `GestureRecognizer::answers`; empty
+/// where the trace is rejected.
+std::string answerAt(const std::vector<Answer>& answers, double logRatio);
+
 /// Recognises traces with a trained model: prepares the trace, takes its symbols with the model's
 /// own codebook and quantiser settings, and asks the model.
 ///
@@ -69,6 +79,12 @@ public:
     /// Recognises a trace. InputError as `symbols`. O(T (N^2 + sum of squared gesture sizes)), T
     /// symbols, N states of the threshold model.
     Result recognize(const Trace& trace) const;
+
+    /// What the answers would be at other acceptance ratios R: how many times as likely as the
+    /// threshold model a gesture has to be, as a whole and in its last state. By falling ratio;
+    /// each gesture is likelier than the one before. Empty for a trace that is never recognised.
+    /// InputError as `symbols`.
+    std::vector<Answer> answers(const Trace& trace) const;
 
     /// Recognises positions in memory.
     Result recognize(const Points& points) const;

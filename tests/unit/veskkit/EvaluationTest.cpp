@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
 #include <map>
 #include <set>
@@ -36,6 +37,7 @@ void expectSame(const std::vector<Outcome>& x, const std::vector<Outcome>& y) {
         EXPECT_EQ(x[i].trace, y[i].trace);
         EXPECT_EQ(x[i].expected, y[i].expected);
         EXPECT_EQ(x[i].margin, y[i].margin);
+        EXPECT_EQ(x[i].answers.size(), y[i].answers.size());
         for (const auto method : {&Outcome::models, &Outcome::templates}) {
             EXPECT_EQ((x[i].*method).gesture, (y[i].*method).gesture);
             EXPECT_EQ((x[i].*method).likeliest, (y[i].*method).likeliest);
@@ -107,6 +109,36 @@ TEST(EvaluationTest, AnUnknownGestureIsNeverAnsweredByItsOwnName) {
             ASSERT_TRUE((outcome.*method).asUnknown.has_value());
             EXPECT_NE((outcome.*method).asUnknown, outcome.expected);
         }
+    }
+}
+
+TEST(EvaluationTest, AnswersAtTheModelsOwnRatioAreItsVerdicts) {
+    EvaluationOptions options = quickly();
+    options.training.acceptanceRatio = 3.0;
+    const std::vector<Trace> traces = drawnTraces(8, 3, 3, 0.4);
+    std::size_t accepted = 0;
+    for (const Outcome& outcome : evaluate(traces, leaveOneUserOut(traces), options)) {
+        // Models of five gestures, and of the four others: p has six digits.
+        EXPECT_EQ(answerAt(outcome.answers, std::log(3.0)), outcome.models.gesture);
+        EXPECT_EQ(answerAt(outcome.answersAsUnknown, std::log(3.0)), outcome.models.asUnknown);
+        accepted += outcome.models.asUnknown->empty() ? 0 : 1;
+    }
+    EXPECT_GT(accepted, 0U);
+}
+
+TEST(EvaluationTest, WithoutTheTemplateMatcherTheRestIsTheSame) {
+    const std::vector<Trace> traces = drawnTraces(9, 2, 2);
+    EvaluationOptions options = quickly();
+    const std::vector<Outcome> with = evaluate(traces, leaveOneUserOut(traces), options);
+    options.templates = false;
+    const std::vector<Outcome> without = evaluate(traces, leaveOneUserOut(traces), options);
+    ASSERT_EQ(with.size(), without.size());
+    for (std::size_t i = 0; i < with.size(); ++i) {
+        EXPECT_EQ(with[i].models.gesture, without[i].models.gesture);
+        EXPECT_EQ(with[i].models.asUnknown, without[i].models.asUnknown);
+        EXPECT_NE(with[i].templates.likeliest, "");
+        EXPECT_EQ(without[i].templates.likeliest, "");
+        EXPECT_FALSE(without[i].templates.asUnknown.has_value());
     }
 }
 
@@ -186,7 +218,7 @@ TEST(EvaluationTest, ATestTraceNeedsALabel) {
 /// One outcome of hand-picked answers.
 Outcome outcomeOf(const std::string& expected, const std::string& gesture,
                   const std::string& likeliest) {
-    return {0, 0, expected, {gesture, likeliest, {}}, {}, Rejection::None, 0.0};
+    return {0, 0, expected, {gesture, likeliest, {}}, {}, Rejection::None, 0.0, {}, {}};
 }
 
 TEST(EvaluationTest, RatesCountAnswersLikeliestGesturesAndUnknownOnes) {

@@ -188,6 +188,40 @@ TEST(GestureRecognizerTest, AThresholdOfZeroIsClearedBeyondMeasure) {
     EXPECT_EQ(result.margin, infinity);
 }
 
+TEST(GestureRecognizerTest, AnswersAtOtherRatiosAreThoseOfModelsThatHaveThem) {
+    const GestureRecognizer recognizer(smallModel(0.3), asDrawn);
+    Random random(3);
+    std::set<std::string> seen;
+    for (int n = 0; n < 300; ++n) {
+        std::vector<int> symbols;
+        for (int t = random.integer(0, 6); t > 0; --t) symbols.push_back(random.integer(0, 3));
+        Trace trace;
+        trace.points = walk(symbols);
+        const std::vector<Answer> answers = recognizer.answers(trace);
+        for (const double ratio : {1e-4, 0.3, 1.0, 2.0, 3.5, 6.0, 10.0, 30.0, 1e3, 1e5}) {
+            SCOPED_TRACE(::testing::Message() << "sequence " << n << ", ratio " << ratio);
+            const double p = ratio / (ratio + 3.0);
+            const Result result = GestureRecognizer(smallModel(p), asDrawn).recognize(trace);
+            ASSERT_EQ(answerAt(answers, std::log(ratio)), result.gesture);
+            seen.insert(toString(result.rejection) + result.gesture);
+        }
+        for (std::size_t i = 1; i < answers.size(); ++i) {
+            ASSERT_GE(answers[i - 1].logRatio, answers[i].logRatio);
+        }
+    }
+    EXPECT_GE(seen.size(), 5U) << "the sequences do not reach every gesture and rejection";
+}
+
+TEST(GestureRecognizerTest, OverAThresholdOfZeroAnAnswerHoldsAtEveryRatio) {
+    const GestureRecognizer recognizer(smallModel(0.0), asDrawn);
+    Trace trace;
+    trace.points = walk({0, 1, 1});
+    const std::vector<Answer> answers = recognizer.answers(trace);
+    ASSERT_FALSE(answers.empty());
+    EXPECT_EQ(answers.front().logRatio, infinity);
+    EXPECT_EQ(answerAt(answers, 1e300), "right");
+}
+
 TEST(GestureRecognizerTest, RefusesUnusableTracesAndSymbols) {
     const GestureRecognizer recognizer(smallModel(), asDrawn);
     Trace trace;
