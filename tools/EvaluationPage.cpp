@@ -125,22 +125,35 @@ std::vector<const Kit::Outcome*> worstOf(const EvaluationResult& result, const C
     return found;
 }
 
+/// "check taken for v", "check rejected (threshold), likeliest v"
+std::string mistakeOf(const Kit::Outcome& outcome) {
+    const Kit::Verdict& verdict = outcome.models;
+    if (!verdict.gesture.empty()) {
+        return fmt::format("{} taken for {}", outcome.expected, verdict.gesture);
+    }
+    const bool other = !verdict.likeliest.empty() && verdict.likeliest != outcome.expected;
+    return fmt::format("{} rejected ({}){}", outcome.expected, toString(outcome.rejection),
+                       other ? ", likeliest " + verdict.likeliest : "");
+}
+
+/// How many there are of how many, and how many of them are shown.
+std::string countOf(const std::vector<const Kit::Outcome*>& outcomes,
+                    const EvaluationResult& result) {
+    return fmt::format(
+        "{} of {}{}", outcomes.size(), counted(result.outcomes.size(), "trace"),
+        outcomes.size() > mostMistakes ? fmt::format("; {} are shown", mostMistakes) : "");
+}
+
 void addStrokes(Kit::Page& page, const EvaluationResult& result, const Kit::Resampler& resampler,
                 const std::vector<const Kit::Outcome*>& outcomes, const Kit::StrokeStyle& style) {
     std::vector<Kit::Figure> figures;
     for (std::size_t i = 0; i < std::min(outcomes.size(), mostMistakes); ++i) {
         const Kit::Outcome& outcome = *outcomes[i];
         const Kit::Trace& trace = result.traces[outcome.trace];
-        const Kit::Verdict& verdict = outcome.models;
-        const std::string what =
-            verdict.gesture.empty()
-                ? fmt::format("{} rejected ({}){}", outcome.expected, toString(outcome.rejection),
-                              verdict.likeliest.empty() ? "" : ", likeliest " + verdict.likeliest)
-                : fmt::format("{} taken for {}", outcome.expected, verdict.gesture);
+        const std::string what = mistakeOf(outcome);
         figures.push_back(
             {strokesPlot(what, {{outcome.expected, resampler.resample(trace)}}, style),
-             fmt::format("{} ({}{})", what, trace.user.empty() ? "" : trace.user + ", ",
-                         placeOf(trace))});
+             fmt::format("{} ({})", what, originOf(trace))});
     }
     page.gallery(figures);
 }
@@ -157,11 +170,11 @@ void addMistakes(Kit::Page& page, const EvaluationResult& result, const Kit::Res
         result, [](const Kit::Outcome& it) { return it.models.gesture.empty(); },
         [](const Kit::Outcome& x, const Kit::Outcome& y) { return x.margin < y.margin; });
     page.section("Mistakes");
-    page.part(fmt::format("Wrong: {}", wrong.size()));
+    page.part("Wrong: " + countOf(wrong, result));
     page.paragraph(wrong.empty() ? "No trace was taken for another gesture."
                                  : "Those that cleared the threshold by most come first.");
     addStrokes(page, result, resampler, wrong, style);
-    page.part(fmt::format("Rejected: {}", rejected.size()));
+    page.part("Rejected: " + countOf(rejected, result));
     page.paragraph(rejected.empty() ? "No trace was rejected."
                                     : "Those farthest below the threshold come first.");
     addStrokes(page, result, resampler, rejected, style);

@@ -139,12 +139,14 @@ Kit::Table tradeOffTable(const std::vector<Kit::TradeOffPoint>& points) {
                       {"unknown accepted", true},
                       {"acceptance ratio", true}},
                      {}};
+    const Kit::TradeOffPoint* last = nullptr;
     for (const double limit : {0.01, 0.02, 0.03, 0.05, 0.10, 0.20}) {
         const Kit::TradeOffPoint* strictest = nullptr;
         for (const Kit::TradeOffPoint& point : points) {
             if (point.rejected.value() <= limit) strictest = &point;
         }
-        if (strictest == nullptr) continue;
+        if (strictest == nullptr || strictest == last) continue;
+        last = strictest;
         table.rows.push_back(
             {fmt::format("{:.0f} %", percent(limit)), plainShare(strictest->rejected),
              plainShare(strictest->unknownAccepted), fmt::format("{:.3g}", strictest->ratio)});

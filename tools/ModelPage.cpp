@@ -95,6 +95,12 @@ Kit::Table gestureModelsTable(const Kit::RecognitionModel& model) {
     return table;
 }
 
+std::string originOf(const Kit::Trace& trace) {
+    const std::string place = placeOf(trace);
+    const std::string name = place.substr(place.find_last_of('/') + 1);
+    return trace.user.empty() ? name : trace.user + ", " + name;
+}
+
 Kit::Figure exampleFigure(const Vesk::ML::LeftRightHMM& model, const Kit::Example& example,
                           const std::vector<Kit::Trace>& traces, const Kit::StrokeStyle& style) {
     const Kit::Trace& trace = traces[example.trace];
@@ -102,8 +108,7 @@ Kit::Figure exampleFigure(const Vesk::ML::LeftRightHMM& model, const Kit::Exampl
     const std::string title = fmt::format(
         "Stroke of {}, coloured by the states of its model, 0 to {}", model.name, N - 1);
     return {Kit::stateStrokePlot(title, example.path.points, example.path.states, N, style),
-            fmt::format("{} ({}{})", model.name, trace.user.empty() ? "" : trace.user + ", ",
-                        placeOf(trace))};
+            fmt::format("{} ({})", model.name, originOf(trace))};
 }
 
 Kit::Page modelPage(const Kit::GestureRecognizer& recognizer, const std::vector<Kit::Trace>& traces,

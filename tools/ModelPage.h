@@ -17,6 +17,9 @@ Kit::Table modelTable(const Kit::RecognitionModel& model);
 /// A row for each gesture model.
 Kit::Table gestureModelsTable(const Kit::RecognitionModel& model);
 
+/// Who drew a trace and where it is, without folders: "u02, traces.jsonl:17"
+std::string originOf(const Kit::Trace& trace);
+
 /// The example of a gesture model as a small figure. `traces` are those it was chosen from.
 Kit::Figure exampleFigure(const Vesk::ML::LeftRightHMM& model, const Kit::Example& example,
                           const std::vector<Kit::Trace>& traces, const Kit::StrokeStyle& style);

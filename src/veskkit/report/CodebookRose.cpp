@@ -17,6 +17,7 @@ std::string codebookRose(const std::string& title, const std::vector<double>& di
     constexpr double size = 260.0;
     constexpr double middle = size / 2;
     constexpr double radius = 100.0;
+    constexpr double hub = 25.0;  // where spokes would run together
     constexpr double labelRadius = 115.0;
     constexpr std::size_t mostLabels = 36;
     const std::size_t every = directions.size() / (mostLabels + 1) + 1;
@@ -29,10 +30,11 @@ std::string codebookRose(const std::string& title, const std::vector<double>& di
     for (std::size_t k = 0; k < directions.size(); ++k) {
         if (!std::isfinite(directions[k])) continue;
         const Direction to(directions[k], y);
-        svg.add(R"(<line x1="{0}" y1="{0}" x2="{1}" y2="{2}"><title>symbol {3}: {4:.4g}°</title>)"
+        svg.add(R"(<line x1="{}" y1="{}" x2="{}" y2="{}"><title>symbol {}: {:.4g}°</title>)"
                 "</line>",
-                coordinate(middle), coordinate(middle + radius * to.x),
-                coordinate(middle + radius * to.y), k, directions[k]);
+                coordinate(middle + hub * to.x), coordinate(middle + hub * to.y),
+                coordinate(middle + radius * to.x), coordinate(middle + radius * to.y), k,
+                directions[k]);
     }
     svg.add("</g>");
     for (std::size_t k = 0; k < directions.size(); k += every) {

@@ -19,7 +19,8 @@ constexpr double cell = 30.0;
 constexpr double gap = 8.0;  // before the column of rejections
 constexpr double characterWidth = 7.0;
 constexpr std::size_t longestName = 20;
-constexpr double opaque = 0.65;  // from where on text needs the colour for it
+constexpr double faintest = 0.12;  // of what is not 0, to be seen
+constexpr double opaque = 0.65;    // from where on text needs the colour for it
 
 double roomFor(const std::vector<std::string>& names) {
     std::size_t longest = 8;  // "rejected"
@@ -40,7 +41,8 @@ void addCell(Svg& svg, const Cell& it, const std::string& meaning) {
     svg.add(R"(<rect x="{}" y="{}" width="{}" height="{}" fill="{}" fill-opacity="{}" )"
             R"(stroke="currentColor" stroke-opacity="0.15"/>)",
             coordinate(it.x), coordinate(it.y), coordinate(cell), coordinate(cell),
-            it.right ? internal::amountColour() : internal::errorColour(), coordinate(it.share));
+            it.right ? internal::amountColour() : internal::errorColour(),
+            coordinate(it.count > 0 ? std::max(it.share, faintest) : 0.0));
     if (it.count > 0) {
         const std::string colour =
             it.share > opaque ? fmt::format(R"( fill="{}")", internal::onAmountColour()) : "";

@@ -30,14 +30,14 @@ a{color:var(--link)}
 .skip:focus{left:1rem;top:.5rem}
 nav ol{display:flex;flex-wrap:wrap;gap:.25rem 1.25rem;margin:0;padding:0;list-style:none}
 nav a{overflow-wrap:anywhere}
-.scroll{overflow-x:auto;max-width:100%}
+.scroll{overflow-x:auto;max-width:100%;margin:.75rem 0}
 table{border-collapse:collapse;font-variant-numeric:tabular-nums}
 caption{text-align:left;color:var(--soft);padding:.25rem 0}
 th,td{padding:.3rem .75rem;border-bottom:1px solid var(--line);text-align:left;vertical-align:top}
 thead th{white-space:nowrap;background:var(--band)}
-tbody th{font-weight:600}
+tbody th{font-weight:600;min-width:7rem;overflow-wrap:anywhere}
 .n{text-align:right;white-space:nowrap}
-figure{margin:1rem 0}
+figure{margin:1rem 0}figure .scroll{margin:0}
 figcaption{color:var(--soft);font-size:.9rem;max-width:48rem;overflow-wrap:anywhere}
 svg{display:block}
 .gallery{display:flex;flex-wrap:wrap;gap:1rem 1.5rem}

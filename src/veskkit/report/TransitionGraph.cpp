@@ -15,8 +15,8 @@ using internal::TableView;
 
 namespace {
 
-constexpr double pitch = 44.0;   // from state to state
-constexpr double radius = 12.0;  // of a state
+constexpr double pitch = 34.0;   // from state to state
+constexpr double radius = 10.0;  // of a state
 constexpr double above = 66.0;   // from the top to the states' middles
 constexpr double least = 0.005;  // probability worth an arrow
 constexpr double head = 5.0;     // length of an arrow's head
