@@ -120,7 +120,8 @@ Command addEvaluate(CLI::App& program) {
                    "Do not take each gesture for unknown in turn");
     line->add_flag("--json", options->json, "One JSON object, with every trace");
     options->training.addTo(*line);
-    return {line, [options] { evaluate(*options); }};
+    return {line, [options] { evaluate(*options); },
+            "vesk evaluate traces.jsonl --examples 3,5,10"};
 }
 
 }  // namespace Vesk::Tool

@@ -14,8 +14,8 @@ TEST(Program, HelpNamesEverySubcommandAndTheExitStatus) {
     const Outcome outcome = run({"--help"});
 
     EXPECT_TRUE(succeeded(outcome));
-    for (const char* text : {"train", "recognize", "evaluate", "export", "convert", "generate",
-                             "--version", "130 interrupted"}) {
+    for (const char* text : {"train", "tune", "recognize", "evaluate", "export", "convert",
+                             "generate", "--version", "130 interrupted"}) {
         EXPECT_THAT(outcome.out, HasSubstr(text));
     }
 }
@@ -28,6 +28,9 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
          {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
           "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
           "--smoothing", "--ratio", "--no-calibration"}},
+        {"tune",
+         {"TRACES", "-o,--output", "--name", "--target-false-accept", "--by", "--folds", "--rounds",
+          "--seed", "--json", "--user", "--states", "--threads"}},
         {"convert", {"TRACES", "--to", "--format", "--label-from", "--user", "--flip-y"}},
         {"export", {"MODEL", "-o,--output"}},
         {"evaluate",
@@ -42,6 +45,9 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
         for (const std::string& option : options) {
             EXPECT_THAT(outcome.out, HasSubstr(option)) << subcommand;
         }
+        EXPECT_THAT(outcome.out, HasSubstr("-q,--quiet"));
+        EXPECT_THAT(outcome.out, HasSubstr("\nExample: vesk " + subcommand + " "));
+        EXPECT_THAT(outcome.out, HasSubstr("130 interrupted"));
     }
 }
 
