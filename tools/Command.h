@@ -33,6 +33,7 @@ struct Command {
 };
 
 // Each adds its subcommand to the program.
+Command addCodebook(CLI::App& program);
 Command addConvert(CLI::App& program);
 Command addEvaluate(CLI::App& program);
 Command addExport(CLI::App& program);

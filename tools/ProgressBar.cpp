@@ -15,7 +15,7 @@ namespace Vesk::Tool {
 namespace {
 
 constexpr std::size_t width = 30;
-constexpr double leastSeconds = 0.5;
+constexpr double leastSeconds = 0.2;
 constexpr std::chrono::milliseconds redrawAfter(50);
 
 bool colourWanted() {

@@ -83,7 +83,7 @@ int run(int argc, char* argv[]) {
     program.footer(statuses);
     const std::vector<Command> commands{
         addTrain(program),  addTune(program),    addRecognize(program), addEvaluate(program),
-        addExport(program), addConvert(program), addGenerate(program)};
+        addExport(program), addConvert(program), addCodebook(program),  addGenerate(program)};
     for (const Command& command : commands) {
         command.line->add_flag_function(
             "-q,--quiet", [](std::int64_t) { beQuiet(); }, "Neither warnings nor progress");
