@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <stdexcept>
+#include <string>
 
 namespace Vesk::Tool {
 
@@ -23,14 +24,16 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A subcommand: its command line, and what it does once that is parsed. It reports by exceptions:
-/// UsageError, Kit::InputError and Kit::OutputError.
+/// A subcommand: its command line, what it does once that is parsed, and a command line that shows
+/// its use. It reports by exceptions: UsageError, Kit::InputError and Kit::OutputError.
 struct Command {
     CLI::App* line;
     std::function<void()> run;
+    std::string example{};
 };
 
 // Each adds its subcommand to the program.
+Command addCodebook(CLI::App& program);
 Command addConvert(CLI::App& program);
 Command addEvaluate(CLI::App& program);
 Command addExport(CLI::App& program);

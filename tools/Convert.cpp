@@ -1,6 +1,7 @@
 #include "Checks.h"
 #include "Command.h"
 #include "OutputFile.h"
+#include "ProgressBar.h"
 #include "StandardStreams.h"
 #include "Text.h"
 #include "TraceInput.h"
@@ -36,8 +37,9 @@ void convert(Options& options) {
     OutputFile file(output);
     if (table) file.write(Kit::tableHeader());
     std::size_t traces = 0;
+    ProgressBar bar("converting", "traces");
     options.input.forEach([&](const Kit::Trace& trace) {
-        ++traces;
+        bar.count(++traces);
         Kit::Trace turned = trace;
         if (options.flipY) {
             for (std::vector<double>& point : turned.points) {
@@ -46,7 +48,7 @@ void convert(Options& options) {
         }
         file.write(table ? Kit::tableRows(turned, traces) : Kit::jsonLine(turned));
     });
-    for (const std::string& line : options.input.unseenUsers()) tell("warning: " + line);
+    for (const std::string& line : options.input.unseenUsers()) note("warning: " + line);
     file.commit();
     if (isStandard(output)) return;
     writeResult(fmt::format("{} written to {}\n", counted(traces, "trace"), printable(output)));
@@ -65,8 +67,8 @@ Command addConvert(CLI::App& program) {
         ->check(oneOf({"jsonl", "csv"}))
         ->type_name("jsonl|csv");
     line->add_flag("--flip-y", options->flipY, "Negate y");
-    line->footer("Example: vesk convert strokes.xml strokes.jsonl --label-from file");
-    return {line, [options] { convert(*options); }};
+    return {line, [options] { convert(*options); },
+            "vesk convert strokes.xml strokes.jsonl --label-from file"};
 }
 
 }  // namespace Vesk::Tool

@@ -141,7 +141,8 @@ Command addEvaluate(CLI::App& program) {
     line->add_flag("--json", options->json, "One JSON object, with every trace");
     options->report.addTo(*line, "HTML page to write, with tables, plots and the worst mistakes");
     options->training.addTo(*line);
-    return {line, [options] { evaluate(*options); }};
+    return {line, [options] { evaluate(*options); },
+            "vesk evaluate traces.jsonl --examples 3,5,10"};
 }
 
 }  // namespace Vesk::Tool

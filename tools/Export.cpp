@@ -44,8 +44,7 @@ Command addExport(CLI::App& program) {
     line->add_option("-o,--output", options->output, "Scene file to write; - is standard output")
         ->required()
         ->type_name("SCENE");
-    line->footer("Example: vesk export gestures.model -o gestures.wrl");
-    return {line, [options] { exportModel(*options); }};
+    return {line, [options] { exportModel(*options); }, "vesk export gestures.model -o scene.wrl"};
 }
 
 }  // namespace Vesk::Tool

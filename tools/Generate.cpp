@@ -90,7 +90,8 @@ Command addGenerate(CLI::App& program) {
         ->capture_default_str()
         ->transform(numberIn(0.0, Kit::TraceSynthesizer::mostUnsteadiness))
         ->type_name("X");
-    return {line, [options] { generate(*options); }};
+    return {line, [options] { generate(*options); },
+            "vesk generate -o traces.jsonl --users 4 --repetitions 5"};
 }
 
 }  // namespace Vesk::Tool

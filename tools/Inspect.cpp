@@ -60,8 +60,8 @@ Command addInspect(CLI::App& program) {
                      "Traces to show with the report, coloured by the states of their models; "
                      "repeatable")
         ->needs(report);
-    line->footer("Example: vesk inspect gestures.model --report model.html --traces traces.jsonl");
-    return {line, [options] { inspect(*options); }};
+    return {line, [options] { inspect(*options); },
+            "vesk inspect gestures.model --report model.html --traces traces.jsonl"};
 }
 
 }  // namespace Vesk::Tool

@@ -13,10 +13,12 @@
 namespace Vesk::Tool {
 
 CLI::Option* ModelOutput::addTo(CLI::App& line) {
+    CLI::Option* output =
+        line.add_option("-o,--output", path, "Model file to write; - is standard output")
+            ->type_name("MODEL");
     line.add_option("--name", name, "The model's name, one word [from the file's name]")
         ->type_name("NAME");
-    return line.add_option("-o,--output", path, "Model file to write; - is standard output")
-        ->type_name("MODEL");
+    return output;
 }
 
 bool ModelOutput::goesToStandardOutput() const { return isStandard(path); }

@@ -15,6 +15,8 @@ namespace Vesk::Tool {
 namespace {
 
 constexpr std::size_t width = 30;
+constexpr double leastSeconds = 0.2;
+constexpr std::chrono::milliseconds redrawAfter(50);
 
 bool colourWanted() {
     const char* refused = std::getenv("NO_COLOR");
@@ -27,10 +29,23 @@ void redraw(const std::string& line) {
     std::fflush(stderr);
 }
 
+/// "0:07", "12:34", "3:00:00".
+std::string duration(double seconds) {
+    const auto whole = static_cast<long>(seconds + 0.5);
+    const long hours = whole / 3600;
+    const long minutes = whole / 60 % 60;
+    return hours > 0 ? fmt::format("{}:{:02}:{:02}", hours, minutes, whole % 60)
+                     : fmt::format("{}:{:02}", minutes, whole % 60);
+}
+
 }  // namespace
 
-ProgressBar::ProgressBar(std::string title_)
-    : title(std::move(title_)), visible(canRedraw()), coloured(colourWanted()) {}
+ProgressBar::ProgressBar(std::string title_, std::string noun_)
+    : title(std::move(title_)),
+      noun(std::move(noun_)),
+      drawn(begin - redrawAfter),
+      visible(canRedraw()),
+      coloured(colourWanted()) {}
 
 ProgressBar::~ProgressBar() {
     if (shown.empty()) return;
@@ -40,14 +55,39 @@ ProgressBar::~ProgressBar() {
 
 void ProgressBar::show(std::size_t done, std::size_t total) {
     if (!visible || total == 0) return;
-    const std::size_t filled = width * std::min(done, total) / total;
+    done = std::min(done, total);
+    const std::size_t filled = width * done / total;
     const std::string bar(filled, '#');
     const std::string rest(width - filled, '.');
-    const std::string line =
-        fmt::format("{} {}{}{}{} {:3} %", title, coloured ? "\033[36m" : "", bar,
-                    coloured ? "\033[0m" : "", rest, 100 * std::min(done, total) / total);
-    if (line == shown) return;
+    std::string line = fmt::format("{} {}{}{}{} {:3} %{}", title, coloured ? "\033[36m" : "", bar,
+                                   coloured ? "\033[0m" : "", rest, 100 * done / total, rate(done));
+    if (done > 0 && done < total && elapsed() > 0.0) {
+        line += fmt::format("  {} left", duration(elapsed() * static_cast<double>(total - done) /
+                                                  static_cast<double>(done)));
+    }
+    draw(line, done == total);
+}
+
+void ProgressBar::count(std::size_t done) {
+    if (!visible || resultsAreSeen()) return;
+    draw(fmt::format("{} {} {}{}", title, done, noun, rate(done)), false);
+}
+
+double ProgressBar::elapsed() const {
+    const double seconds = std::chrono::duration<double>(Clock::now() - begin).count();
+    return seconds < leastSeconds ? 0.0 : seconds;
+}
+
+std::string ProgressBar::rate(std::size_t done) const {
+    if (noun.empty() || done == 0 || elapsed() <= 0.0) return {};
+    return fmt::format("  {:.3g} {}/s", static_cast<double>(done) / elapsed(), noun);
+}
+
+void ProgressBar::draw(const std::string& line, bool last) {
+    const Clock::time_point now = Clock::now();
+    if (line == shown || (!last && now - drawn < redrawAfter)) return;
     shown = line;
+    drawn = now;
     setLineUnfinished(true);
     redraw(line);
 }

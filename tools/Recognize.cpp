@@ -1,6 +1,7 @@
 #include "Command.h"
 #include "ModelInput.h"
 #include "OutputFile.h"
+#include "ProgressBar.h"
 #include "RecognitionTable.h"
 #include "StandardStreams.h"
 #include "Text.h"
@@ -75,7 +76,10 @@ void recognize(Options& options) {
                                             sourceOf(options.model));
     RecognitionTable table;
     std::size_t unlabelled = 0;
+    std::size_t recognized = 0;
+    ProgressBar bar("recognizing", "traces");
     options.input.forEach([&](const Kit::Trace& trace) {
+        bar.count(++recognized);
         const Kit::Result result = recognizer.recognize(trace);
         if (options.table) {
             if (trace.gesture.empty()) {
@@ -90,8 +94,8 @@ void recognize(Options& options) {
         // At once: whoever feeds standard input may be waiting for the answer.
         flushResults();
     });
-    for (const std::string& line : options.input.unseenUsers()) tell("warning: " + line);
-    if (unlabelled > 0) tell("warning: " + counted(unlabelled, "trace") + " without a label");
+    for (const std::string& line : options.input.unseenUsers()) note("warning: " + line);
+    if (unlabelled > 0) note("warning: " + counted(unlabelled, "trace") + " without a label");
     if (options.table) writeResult(table.text());
 }
 
@@ -110,7 +114,8 @@ Command addRecognize(CLI::App& program) {
     line->add_flag("--table", options->table,
                    "Instead of a line a trace, how many of each gesture were recognised")
         ->excludes(json);
-    return {line, [options] { recognize(*options); }};
+    return {line, [options] { recognize(*options); },
+            "vesk recognize -m gestures.model traces.jsonl --table"};
 }
 
 }  // namespace Vesk::Tool

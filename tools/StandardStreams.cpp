@@ -17,6 +17,8 @@ namespace Vesk::Tool {
 
 namespace {
 
+bool quiet = false;
+
 [[noreturn]] void refuseOutput() {
     throw Kit::OutputError(std::string("standard output: ") + std::strerror(errno));
 }
@@ -33,15 +35,28 @@ void flushResults() {
     if (std::fflush(stdout) != 0) refuseOutput();
 }
 
+void beQuiet() { quiet = true; }
+
 void tell(std::string_view text) {
     const std::string line = "vesk: " + printable(text) + "\n";
     // Nobody is left to tell where this fails.
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 
+void note(std::string_view text) {
+    if (!quiet) tell(text);
+}
+
+void writeNotes(std::string_view text) {
+    if (!quiet) static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
+}
+
 bool canRedraw() {
+    if (quiet) return false;
     const char* terminal = std::getenv("TERM");
     return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
 }
+
+bool resultsAreSeen() { return isatty(STDOUT_FILENO) == 1; }
 
 }  // namespace Vesk::Tool

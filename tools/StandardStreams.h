@@ -12,11 +12,24 @@ void outliveClosedPipes();
 void writeResult(std::string_view text);
 void flushResults();
 
+/// From now on standard error gets problems only: no notes, no progress.
+void beQuiet();
+
 /// One line on standard error: "vesk: <text>".
 void tell(std::string_view text);
 
-/// Whether standard error is a terminal that can redraw a line.
+/// The same for what is no problem; nothing where quiet.
+void note(std::string_view text);
+
+/// Lines on standard error that would be results if standard output took something else; nothing
+/// where quiet.
+void writeNotes(std::string_view text);
+
+/// Whether standard error is a terminal that can redraw a line, and may.
 bool canRedraw();
+
+/// Whether standard output is a terminal.
+bool resultsAreSeen();
 
 }  // namespace Vesk::Tool
 

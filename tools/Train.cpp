@@ -63,19 +63,19 @@ void train(Options& options) {
     if (!unseen.empty()) throw Kit::InputError(unseen.front());
 
     const Kit::TrainingResult result = [&] {
-        ProgressBar bar("training");
+        ProgressBar bar("training", "gestures");
         return trainer.train(traces, [&](const Kit::TrainingProgress& progress) {
             bar.show(progress.done, progress.total);
         });
     }();
-    for (const std::string& line : result.report.skipped) tell("left out: " + line);
-    for (const std::string& line : result.report.warnings) tell("warning: " + line);
+    for (const std::string& line : result.report.skipped) note("left out: " + line);
+    for (const std::string& line : result.report.warnings) note("warning: " + line);
 
     options.output.write(result.model);
     const std::string report = reportText(result.report, users.size()) + options.output.report();
     // The model itself is the result where it goes to standard output.
     if (options.output.goesToStandardOutput()) {
-        fmt::print(stderr, "{}", report);
+        writeNotes(report);
     } else {
         writeResult(report);
     }
@@ -89,7 +89,7 @@ Command addTrain(CLI::App& program) {
     options->input.addTo(*line);
     options->output.addTo(*line)->required();
     options->training.addTo(*line);
-    return {line, [options] { train(*options); }};
+    return {line, [options] { train(*options); }, "vesk train traces.jsonl -o gestures.model"};
 }
 
 }  // namespace Vesk::Tool

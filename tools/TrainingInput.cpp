@@ -4,12 +4,17 @@
 #include "Command.h"
 
 #include <veskkit/Error.h>
+#include <veskkit/io/CodebookFile.h>
 #include <veskkit/training/GestureTrainer.h>
 
 namespace Vesk::Tool {
 
 void TrainingInput::addTo(CLI::App& line) {
     addSettingsTo(line);
+    line.add_option("--codebook", codebook,
+                    "File of directions, of vesk codebook, instead of evenly spaced ones")
+        ->excludes("--symbols")
+        ->type_name("FILE");
     line.add_option("--ratio", training.acceptanceRatio,
                     "How much likelier than the threshold model a gesture has to be "
                     "[calibrated where three or more users drew]")
@@ -56,6 +61,7 @@ Kit::TrainingOptions TrainingInput::optionsFor(const Kit::Preparation& preparati
     Kit::TrainingOptions options = training;
     options.preparation = preparation;
     options.calibrate = !uncalibrated;
+    if (!codebook.empty()) options.codebook = Kit::loadCodebook(codebook);
     try {
         return Kit::GestureTrainer(options).options();
     } catch (const Kit::InputError& problem) {

@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <string>
+
 namespace Vesk::Tool {
 
 /// How a subcommand trains, as the command line has it.
@@ -13,14 +15,16 @@ public:
     /// Adds the training options; the object has to stay.
     void addTo(CLI::App& line);
 
-    /// The same without those for the acceptance ratio.
+    /// The same without --codebook and those for the acceptance ratio.
     void addSettingsTo(CLI::App& line);
 
-    /// UsageError, naming the option, for settings that do not go together.
+    /// UsageError, naming the option, for settings that do not go together; InputError for a
+    /// codebook that cannot be used.
     Kit::TrainingOptions optionsFor(const Kit::Preparation& preparation) const;
 
 private:
     Kit::TrainingOptions training;
+    std::string codebook;
     bool uncalibrated = false;
 };
 

@@ -64,7 +64,7 @@ Kit::TuningResult search(const Options& options, const TuningFindings& findings,
 void train(const Options& options, const TuningFindings& findings) {
     Kit::TrainingOptions training = findings.result.training;
     training.name = options.output.modelName();
-    ProgressBar bar("training");
+    ProgressBar bar("training", "gestures");
     const Kit::TrainingResult result = Kit::GestureTrainer(training).train(
         findings.traces,
         [&](const Kit::TrainingProgress& progress) { bar.show(progress.done, progress.total); });
@@ -81,7 +81,7 @@ void tune(Options& options) {
     findings.split = std::move(chosen.description);
     findings.result = search(options, findings, chosen.folds);
     const std::string warning = tuningWarning(findings);
-    if (!warning.empty()) tell(warning);
+    if (!warning.empty()) note(warning);
 
     std::string text = options.json ? tuningJson(findings) : tuningText(findings);
     if (options.output.wanted()) {
@@ -90,7 +90,7 @@ void tune(Options& options) {
     }
     // The model itself is the result where it goes to standard output.
     if (options.output.wanted() && options.output.goesToStandardOutput()) {
-        fmt::print(stderr, "{}", text);
+        writeNotes(text);
     } else {
         writeResult(text);
     }
@@ -129,7 +129,8 @@ Command addTune(CLI::App& program) {
         ->type_name("N");
     line->add_flag("--json", options->json, "One JSON object, with all of the trade-off curve");
     options->training.addSettingsTo(*line);
-    return {line, [options] { tune(*options); }};
+    return {line, [options] { tune(*options); },
+            "vesk tune traces.jsonl --target-false-accept 0.02 -o gestures.model"};
 }
 
 }  // namespace Vesk::Tool

@@ -8,6 +8,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -76,12 +77,19 @@ int run(int argc, char* argv[]) {
     program.set_version_flag("--version", "vesk " VESK_VERSION);
     program.set_help_flag("-h,--help", "Print this and exit");
     program.require_subcommand(1);
-    program.footer(
+    const std::string statuses =
         "Exit status: 0 done, 1 output could not be written, 2 usage, 3 input refused, "
-        "130 interrupted.");
+        "130 interrupted.";
+    program.footer(statuses);
     const std::vector<Command> commands{
-        addTrain(program),  addTune(program),    addRecognize(program), addEvaluate(program),
-        addExport(program), addConvert(program), addGenerate(program),  addInspect(program)};
+        addTrain(program),    addTune(program),     addRecognize(program),
+        addEvaluate(program), addExport(program),   addConvert(program),
+        addCodebook(program), addGenerate(program), addInspect(program)};
+    for (const Command& command : commands) {
+        command.line->add_flag_function(
+            "-q,--quiet", [](std::int64_t) { beQuiet(); }, "Neither warnings nor progress");
+        command.line->footer("Example: " + command.example + "\n\n" + statuses);
+    }
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {

@@ -14,8 +14,8 @@ TEST(Program, HelpNamesEverySubcommandAndTheExitStatus) {
     const Outcome outcome = run({"--help"});
 
     EXPECT_TRUE(succeeded(outcome));
-    for (const char* text : {"train", "recognize", "evaluate", "export", "convert", "generate",
-                             "--version", "130 interrupted"}) {
+    for (const char* text : {"train", "tune", "recognize", "codebook", "evaluate", "export",
+                             "convert", "generate", "--version", "130 interrupted"}) {
         EXPECT_THAT(outcome.out, HasSubstr(text));
     }
 }
@@ -27,7 +27,11 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
         {"train",
          {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
           "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
-          "--smoothing", "--ratio", "--no-calibration"}},
+          "--smoothing", "--ratio", "--no-calibration", "--codebook"}},
+        {"tune",
+         {"TRACES", "-o,--output", "--name", "--target-false-accept", "--by", "--folds", "--rounds",
+          "--seed", "--json", "--user", "--states", "--threads"}},
+        {"codebook", {"TRACES", "-o,--output", "--symbols", "--even", "--json", "--flip-y"}},
         {"convert", {"TRACES", "--to", "--format", "--label-from", "--user", "--flip-y"}},
         {"export", {"MODEL", "-o,--output"}},
         {"evaluate",
@@ -42,6 +46,9 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
         for (const std::string& option : options) {
             EXPECT_THAT(outcome.out, HasSubstr(option)) << subcommand;
         }
+        EXPECT_THAT(outcome.out, HasSubstr("-q,--quiet"));
+        EXPECT_THAT(outcome.out, HasSubstr("\nExample: vesk " + subcommand + " "));
+        EXPECT_THAT(outcome.out, HasSubstr("130 interrupted"));
     }
 }
 

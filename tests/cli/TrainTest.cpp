@@ -278,6 +278,18 @@ TEST_F(Train, LabelWithBlanksIsStoredWithUnderscoresAndTold) {
     EXPECT_THAT(outcome.err, HasSubstr("vesk: warning: "));
     EXPECT_THAT(outcome.err, HasSubstr("full_circle"));
     EXPECT_THAT(readFile(path("m.txt")), HasSubstr("\nfull_circle\n"));
+
+    const Outcome quiet = train({"--quiet"});
+    EXPECT_TRUE(succeeded(quiet));
+    EXPECT_EQ(quiet.out, outcome.out);
+}
+
+TEST_F(Train, QuietLeavesProblemsAndResults) {
+    EXPECT_TRUE(
+        refused(run({"train", path("no.jsonl"), "-o", path("m.txt"), "-q"}), 3, "no.jsonl"));
+    const Outcome outcome = run(joined({"train", traces, "-o", "-", "-q"}, smallModel()));
+    EXPECT_TRUE(succeeded(outcome));
+    EXPECT_THAT(outcome.out, HasSubstr("circle"));
 }
 
 TEST_F(Train, PathThatCannotBeWrittenIsRefusedBeforeAnythingIsRead) {
@@ -357,6 +369,30 @@ TEST_F(Train, TerminalSeesAProgressBarThatGoesAway) {
         EXPECT_THAT(text, testing::EndsWith("\r\033[K"));
         EXPECT_EQ(text.find("\033[36m") != std::string::npos, coloured);
     }
+}
+
+TEST_F(Train, QuietTerminalSeesNoProgressBar) {
+    Terminal terminal;
+    if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
+    const int status =
+        await(start(joined({"train", traces, "-o", path("m.txt"), "--quiet"}, smallModel()),
+                    {-1, -1, terminal.end()}, {"TERM=xterm"}));
+
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(terminal.text(), "");
+}
+
+// Long enough that there is something to tell.
+TEST_F(Train, TerminalSeesHowFastItGoesAndHowLongItWillTake) {
+    Terminal terminal;
+    if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
+    const int status = await(start({"train", traces, "-o", path("m.txt"), "--states", "200",
+                                    "--symbols", "360", "--iterations", "20", "--threads", "1"},
+                                   {-1, -1, terminal.end()}, {"TERM=xterm", "NO_COLOR=1"}));
+
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(terminal.text(),
+                testing::ContainsRegex(" [0-9]+ %  [0-9.]+ gestures/s  [0-9]+:[0-9][0-9] left"));
 }
 
 TEST_F(Train, DumbTerminalSeesNoProgressBar) {

@@ -5,6 +5,7 @@
 #include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/TrainedSet.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -26,6 +27,15 @@ void requireOptions(const TrainingOptions& options) {
                                 ", expected one word without blanks"));
     }
     requireRange("symbols", options.symbols, 2, 360);
+    if (!options.codebook.empty()) {
+        requireRange("directions of the codebook", options.codebook.size(), std::size_t{2},
+                     std::size_t{360});
+        for (const double direction : options.codebook) {
+            if (direction >= 0.0 && direction < 360.0) continue;
+            throw InputError(joined("found the direction ", direction,
+                                    " in the codebook, expected 0 to less than 360"));
+        }
+    }
     requireRange("states", options.states, 2, 200);
     requireRange("delta", options.delta, 1, options.states - 1);
     if (options.subModels) requireRange("sub-models", *options.subModels, 1, 16);

@@ -21,12 +21,12 @@ constexpr std::size_t worthAWarning = 3;
 constexpr double ratioOfSingleModels = 1e3;
 constexpr double ratioOfSubModels = 1e4;
 
-/// The evenly spaced directions as a model file holds them.
-std::vector<double> storedCodebook(int symbols) {
+/// The directions as a model file holds them.
+std::vector<double> storedCodebook(const TrainingOptions& options) {
     VectorQuantizer2D quantizer;
-    quantizer.initializeCodebook(symbols);
-    std::vector<double> codebook;
-    for (const double angle : quantizer.codebook) codebook.push_back(storedValue(angle));
+    quantizer.initializeCodebook(options.symbols);
+    std::vector<double> codebook = options.codebook.empty() ? quantizer.codebook : options.codebook;
+    for (double& angle : codebook) angle = storedValue(angle);
     return codebook;
 }
 
@@ -155,7 +155,7 @@ TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptio
     if (traces.empty()) throw InputError("found no traces, expected at least 1");
     TrainedSet set;
     set.name = options.name;
-    set.codebook = storedCodebook(options.symbols);
+    set.codebook = storedCodebook(options);
     TrainingReport& report = set.report;
     Preparer preparer(options, set.codebook, report);
     for (const Trace* trace : traces) preparer.take(*trace);

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Vesk::Kit {
 
@@ -21,8 +22,13 @@ struct TrainingOptions {
     Preparation preparation;        ///< of every trace; recognise with the same
 
     int symbols = 32;  ///< evenly spaced directions, 2 to 360
-    int states = 32;   ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
-    int delta = 1;     ///< largest forward jump, 1 to `states` - 1
+
+    /// Directions in degrees, 2 to 360 of at least 0 and less than 360, instead of the evenly
+    /// spaced ones. Empty: those.
+    std::vector<double> codebook;
+
+    int states = 32;  ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
+    int delta = 1;    ///< largest forward jump, 1 to `states` - 1
 
     /// Most sub-models a gesture, 1 to 16: one a way of drawing it. Unset: 1 below 20 traces of
     /// the gesture, else 4. Handwriting gains from 8.
