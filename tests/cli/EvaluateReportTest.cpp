@@ -60,22 +60,30 @@ TEST_F(EvaluateReport, TheConfusionMatrixHasTheCounts) {
 }
 
 TEST_F(EvaluateReport, EveryMistakeIsAStroke) {
-    // A ratio that rejects some of the traces.
-    const Outcome outcome =
-        run({"evaluate", traces, "--report", page, "--json", "--no-unknown", "--symbols", "16",
-             "--states", "10", "--iterations", "1", "--ratio", "100000"});
-    ASSERT_TRUE(succeeded(outcome));
+    // A circle that is labelled as a zigzag, and a mere dot.
+    const std::string user = json::parse(lines(readFile(traces))[0])["user"];
+    std::string content = readFile(traces);
+    const std::size_t circle = content.find("\"circle\"");
+    content.replace(circle, 8, "\"zigzag\"");
+    content += R"({"gesture": "check", "points": [[1,1],[1,1]], "user": ")" + user + "\"}\n";
+    writeFile(traces, content);
+    const Outcome outcome = evaluate({"--json", "--no-unknown", "--skip-bad"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
     std::map<bool, std::size_t> counts;
-    for (const json& trace : json::parse(outcome.out)["traces"]) {
+    const json object = json::parse(outcome.out);
+    for (const json& trace : object["traces"]) {
         if (trace["models"]["gesture"] != trace["expected"])
             ++counts[trace["models"]["gesture"] == ""];
     }
     const Markup markup(readFile(page));
     ASSERT_GT(counts[true], 0U);
+    ASSERT_GT(counts[false], 0U);
     EXPECT_EQ(markup.count("//svg[contains(title, ' rejected (')]"),
               std::min<std::size_t>(counts[true], 12));
     EXPECT_EQ(markup.count("//svg[contains(title, ' taken for ')]"),
               std::min<std::size_t>(counts[false], 12));
+    EXPECT_EQ(markup.count("//svg[title='check rejected (too short)'][text='nothing to draw']"),
+              1U);
     EXPECT_EQ(markup.count("//h2[.='Known or unknown']"), 0U);
 }
 
