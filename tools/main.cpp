@@ -79,9 +79,9 @@ int run(int argc, char* argv[]) {
     program.footer(
         "Exit status: 0 done, 1 output could not be written, 2 usage, 3 input refused, "
         "130 interrupted.");
-    const std::vector<Command> commands{addTrain(program),    addRecognize(program),
-                                        addEvaluate(program), addExport(program),
-                                        addConvert(program),  addGenerate(program)};
+    const std::vector<Command> commands{
+        addTrain(program),   addRecognize(program), addEvaluate(program), addExport(program),
+        addConvert(program), addGenerate(program),  addDoctor(program)};
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {

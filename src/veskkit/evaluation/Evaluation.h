@@ -34,6 +34,12 @@ struct Outcome {
     Verdict templates;     ///< of the TemplateMatcher, the yardstick
     Rejection rejection;   ///< why the models rejected it
     double margin;         ///< as in Result
+
+    /// The likeliest gesture of the models but its own, and how much likelier its own is: the
+    /// difference of natural logarithms, negative where the trace is taken for the rival. Empty and
+    /// 0 where one of the two was not trained or the trace is too short.
+    std::string rival = {};
+    double lead = 0.0;
 };
 
 /// What an evaluation consists of besides the folds.
