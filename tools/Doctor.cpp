@@ -161,8 +161,8 @@ Command addDoctor(CLI::App& program) {
                      "Model file to examine, whoever trained it; - is standard input")
         ->type_name("MODEL");
     line->add_flag("--no-cross-validation", options->withoutCrossValidation,
-                   "Quickly, without training: finds no mislabelled traces and no confusable "
-                   "gestures");
+                   "Quickly, without training: finds no confusable gestures, and fewer of the "
+                   "mislabelled traces");
     line->add_option("--seed", options->seed, "Draws the parts of the cross-validation")
         ->capture_default_str()
         ->transform(numberIn<std::uint64_t>(0, UINT64_MAX))

@@ -71,6 +71,8 @@ std::vector<Finding> diagnose(const std::vector<Trace>& traces, const DoctorOpti
             crossValidate(examination, samples, options, observer);
         examineLabelling(examination, samples, neighbours, outcomes);
         examinePairs(examination, samples, outcomes);
+    } else {
+        examineLabelling(examination, samples, neighbours);
     }
     examineOutliers(examination, samples, neighbours);
     sortFindings(examination.findings);

@@ -18,7 +18,7 @@ struct DoctorOptions {
     TrainingOptions training;
 
     /// Whether traces are recognised by models trained without them, which takes most of the time.
-    /// Without it no mislabelled traces and no confusable gestures are found.
+    /// Without it no confusable gestures are found, and fewer of the mislabelled traces.
     bool crossValidation = true;
     std::uint64_t seed = 1;  ///< draws the parts of the cross-validation
 };

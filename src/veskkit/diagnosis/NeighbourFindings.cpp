@@ -15,6 +15,7 @@ namespace {
 /// gesture has to be before a label is doubted. docs/doctor.md has the figures.
 constexpr double likelier = 8.0;
 constexpr double nearer = 3.0;
+constexpr double nearerAlone = 6.0;  ///< where models are not asked
 
 /// An outlier keeps a distance to its nearest neighbour beyond the median by so many deviations
 /// (1.4826 times the median absolute deviation, the standard deviation of a normal distribution),
@@ -24,6 +25,23 @@ constexpr double deviations = 8.0;
 constexpr double deviationPerMad = 1.4826;
 constexpr double timesMedian = 3.0;
 constexpr std::size_t enoughToCompare = 5;
+
+/// Whether another gesture is so many times nearer than the trace's own.
+bool isNearer(const Neighbours& nearest, double times) {
+    return std::isfinite(nearest.own) && nearest.other * times < nearest.own;
+}
+
+void doubt(Examination& examination, const Sample& sample, const Neighbours& nearest) {
+    const std::string& rival = nearest.otherGesture;
+    const double sureness = 1.0 - nearest.other / nearest.own;
+    Finding& finding = examination.addAbout(
+        sample.trace, FindingKind::MislabelledTrace, Weight::Warning,
+        joined("found a drawing of ", quoted(rival), " (", std::floor(100.0 * sureness),
+               " % sure)"),
+        joined("Look at it: relabel it as ", quoted(rival), ", or leave it out."));
+    finding.gestures.push_back(rival);
+    finding.sureness = sureness;
+}
 
 }  // namespace
 
@@ -46,23 +64,21 @@ std::vector<Neighbours> neighboursOf(const std::vector<Sample>& samples, unsigne
 }
 
 void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+                      const std::vector<Neighbours>& neighbours) {
+    for (std::size_t s = 0; s < samples.size(); ++s) {
+        if (isNearer(neighbours[s], nearerAlone)) doubt(examination, samples[s], neighbours[s]);
+    }
+}
+
+void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
                       const std::vector<Neighbours>& neighbours,
                       const std::vector<Outcome>& outcomes) {
     for (const Outcome& outcome : outcomes) {
         const Neighbours& nearest = neighbours[outcome.trace];
-        const std::string& rival = outcome.rival;
-        if (rival.empty() || outcome.lead > -likelier || nearest.otherGesture != rival ||
-            !(nearest.other * nearer < nearest.own)) {
-            continue;
+        if (outcome.rival == nearest.otherGesture && outcome.lead <= -likelier &&
+            isNearer(nearest, nearer)) {
+            doubt(examination, samples[outcome.trace], nearest);
         }
-        const double sureness = 1.0 - nearest.other / nearest.own;
-        Finding& finding = examination.addAbout(
-            samples[outcome.trace].trace, FindingKind::MislabelledTrace, Weight::Warning,
-            joined("found a drawing of ", quoted(rival), " (", std::floor(100.0 * sureness),
-                   " % sure)"),
-            joined("Look at it: relabel it as ", quoted(rival), ", or leave it out."));
-        finding.gestures.push_back(rival);
-        finding.sureness = sureness;
     }
 }
 

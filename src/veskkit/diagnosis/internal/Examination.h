@@ -57,7 +57,13 @@ std::vector<Sample> samplesOf(const Examination& examination);
 /// O(n^2).
 std::vector<Neighbours> neighboursOf(const std::vector<Sample>& samples, unsigned threads);
 
-/// Outcomes are of samples: `Outcome::trace` is a place in their list.
+/// By the neighbours alone.
+void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+                      const std::vector<Neighbours>& neighbours);
+
+// Outcomes are of samples: `Outcome::trace` is a place in their list.
+
+/// By the neighbours and by models that agree with them.
 void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
                       const std::vector<Neighbours>& neighbours,
                       const std::vector<Outcome>& outcomes);
