@@ -19,7 +19,7 @@ Path pathOf(const Points& points) {
     return path;
 }
 
-/// "trace 4, trace 9"; what is more than a few is counted.
+/// The traces one after another; what is more than a few is counted.
 std::string placesText(const Examination& examination, const std::vector<std::size_t>& places) {
     constexpr std::size_t most = 4;
     std::string text;

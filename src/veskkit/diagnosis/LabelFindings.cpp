@@ -92,6 +92,64 @@ void findUnstorable(Examination& examination) {
     }
 }
 
+/// The places of the traces of every label.
+using Gestures = std::map<std::string, std::vector<std::size_t>>;
+
+void examineCount(Examination& examination, const std::string& gesture, std::size_t count,
+                  double median) {
+    Finding finding{FindingKind::FewExamples, Weight::Advice};
+    double least = static_cast<double>(enoughExamples);
+    if (count < fewestExamples) {
+        finding.weight = Weight::Serious;
+        least = static_cast<double>(fewestExamples);
+        finding.advice = "Record more: so few say nothing of how the gesture varies.";
+    } else if (count < enoughExamples) {
+        finding.advice =
+            "Record more, best by several people: recognition gains most up to about twenty.";
+    } else if (static_cast<double>(count * unevenness) < median) {
+        finding.kind = FindingKind::UnevenExamples;
+        least = median / static_cast<double>(unevenness);
+        finding.advice =
+            joined("Record more of it: half of the gestures have ", median, " traces or more.");
+    } else {
+        return;
+    }
+    finding.gestures = {gesture};
+    finding.found = static_cast<double>(count);
+    finding.expected = least;
+    finding.text = joined("gesture ", quoted(gesture), ": found ", count,
+                          count == 1 ? " trace" : " traces", ", expected at least ", least);
+    examination.findings.push_back(std::move(finding));
+}
+
+std::set<std::string> usersOf(const Examination& examination,
+                              const std::vector<std::size_t>& places) {
+    std::set<std::string> users;
+    for (const std::size_t i : places) users.insert(examination.traces[i].user);
+    return users;
+}
+
+void examineUsers(Examination& examination, const Gestures& gestures) {
+    std::set<std::string> all;
+    for (const auto& [gesture, places] : gestures) all.merge(usersOf(examination, places));
+    // Who drew is known of all traces or not at all.
+    if (all.count("") > 0) return;
+    if (all.size() == 1) {
+        add(examination, FindingKind::SingleUser, Weight::Advice, {},
+            joined("found traces of one user, ", quoted(*all.begin()), ", expected several"),
+            "Let others draw too, unless nobody else will use the model.");
+        return;
+    }
+    for (const auto& [gesture, places] : gestures) {
+        const std::set<std::string> users = usersOf(examination, places);
+        if (users.size() > 1 || places.size() < fewestExamples) continue;
+        add(examination, FindingKind::SingleUser, Weight::Advice, {gesture},
+            joined("gesture ", quoted(gesture), ": found traces of one user, ",
+                   quoted(*users.begin()), ", expected several"),
+            "Let the others draw it too: their hands may differ.");
+    }
+}
+
 }  // namespace
 
 void examineLabels(Examination& examination) {
@@ -124,63 +182,20 @@ void examineLabels(Examination& examination) {
 }
 
 void examineCounts(Examination& examination) {
-    std::map<std::string, std::vector<std::size_t>> gestures;
-    std::set<std::string> users;
+    Gestures gestures;
     for (std::size_t i = 0; i < examination.traces.size(); ++i) {
         const Trace& trace = examination.traces[i];
-        if (trace.gesture.empty() || !isStorableName(storedName(trace.gesture))) continue;
-        gestures[trace.gesture].push_back(i);
-        users.insert(trace.user);
+        if (!trace.gesture.empty() && isStorableName(storedName(trace.gesture)))
+            gestures[trace.gesture].push_back(i);
     }
     if (gestures.empty()) return;
     std::vector<double> counts;
     for (const auto& [gesture, places] : gestures)
         counts.push_back(static_cast<double>(places.size()));
     const double median = medianOf(counts);
-    for (const auto& [gesture, places] : gestures) {
-        const std::size_t count = places.size();
-        Finding finding{FindingKind::FewExamples, Weight::Advice};
-        finding.gestures = {gesture};
-        finding.found = static_cast<double>(count);
-        if (count < enoughExamples) {
-            const bool serious = count < fewestExamples;
-            if (serious) finding.weight = Weight::Serious;
-            finding.expected = static_cast<double>(serious ? fewestExamples : enoughExamples);
-            finding.advice = serious
-                                 ? "Record more: so few say nothing of how the gesture varies."
-                                 : "Record more, best by several people: recognition gains most "
-                                   "up to about twenty.";
-        } else if (static_cast<double>(count * unevenness) < median) {
-            finding.kind = FindingKind::UnevenExamples;
-            finding.expected = median / static_cast<double>(unevenness);
-            finding.advice =
-                joined("Record more of it: half of the gestures have ", median, " traces or more.");
-        } else {
-            continue;
-        }
-        finding.text =
-            joined("gesture ", quoted(gesture), ": found ", count,
-                   count == 1 ? " trace" : " traces", ", expected at least ", *finding.expected);
-        examination.findings.push_back(std::move(finding));
-    }
-    if (users.size() == 1 && !users.begin()->empty()) {
-        add(examination, FindingKind::SingleUser, Weight::Advice, {},
-            joined("found traces of one user, ", quoted(*users.begin()), ", expected several"),
-            "Let others draw too, unless nobody else will use the model.");
-        return;
-    }
-    if (users.size() < 2 || users.count("") > 0) return;
-    for (const auto& [gesture, places] : gestures) {
-        const std::string& user = examination.traces[places.front()].user;
-        const bool alone = std::all_of(places.begin(), places.end(), [&](std::size_t i) {
-            return examination.traces[i].user == user;
-        });
-        if (!alone || places.size() < fewestExamples) continue;
-        add(examination, FindingKind::SingleUser, Weight::Advice, {gesture},
-            joined("gesture ", quoted(gesture), ": found traces of one user, ", quoted(user),
-                   ", expected several"),
-            "Let the others draw it too: their hands may differ.");
-    }
+    for (const auto& [gesture, places] : gestures)
+        examineCount(examination, gesture, places.size(), median);
+    examineUsers(examination, gestures);
 }
 
 }  // namespace Vesk::Kit::internal

@@ -58,7 +58,8 @@ std::string problemOfPoints(const Trace& trace) {
     for (std::size_t p = 0; p < trace.points.size(); ++p) {
         const std::vector<double>& point = trace.points[p];
         if (point.size() < 2)
-            return joined("found ", point.size(), " numbers as points[", p, "], expected 2");
+            return joined("found ", point.size(), point.size() == 1 ? " number" : " numbers",
+                          " as points[", p, "], expected 2");
         for (const std::size_t axis : {0, 1}) {
             if (std::isfinite(point[axis])) continue;
             return joined("found ", point[axis], " in points[", p, "], expected a finite number");
