@@ -39,6 +39,7 @@ Command addDoctor(CLI::App& program);
 Command addEvaluate(CLI::App& program);
 Command addExport(CLI::App& program);
 Command addGenerate(CLI::App& program);
+Command addInspect(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);
 Command addTune(CLI::App& program);

@@ -1,7 +1,9 @@
 #include "Checks.h"
 #include "Command.h"
+#include "EvaluationPage.h"
 #include "EvaluationText.h"
 #include "ProgressBar.h"
+#include "ReportFile.h"
 #include "Splitting.h"
 #include "StandardStreams.h"
 #include "Text.h"
@@ -11,6 +13,7 @@
 #include <veskkit/Error.h>
 #include <veskkit/evaluation/Evaluation.h>
 #include <veskkit/evaluation/Folds.h>
+#include <veskkit/training/GestureTrainer.h>
 
 #include <fmt/format.h>
 
@@ -35,6 +38,7 @@ struct Options {
     std::uint64_t seed = 1;
     bool withoutUnknown = false;
     bool json = false;
+    ReportFile report;
 };
 
 constexpr std::size_t mostUserFolds = 10;
@@ -50,7 +54,17 @@ Split split(const Options& options, const std::vector<Kit::Trace>& traces) {
                         counted(options.ownExamples, "example"), options.seed)};
 }
 
+/// A model of all traces, whose states the report's strokes are coloured by.
+Kit::GestureRecognizer trainOnAll(const std::vector<Kit::Trace>& traces,
+                                  Kit::TrainingOptions training) {
+    training.calibrate = false;
+    training.skipBad = true;
+    return Kit::GestureRecognizer(Kit::GestureTrainer(training).train(traces).model,
+                                  training.preparation);
+}
+
 void evaluate(Options& options) {
+    options.report.probe();
     Kit::EvaluationOptions settings;
     settings.training = options.training.optionsFor(options.input.preparation());
     settings.unknownGestures = !options.withoutUnknown;
@@ -79,7 +93,13 @@ void evaluate(Options& options) {
             Kit::withFewExamples(result.folds, result.traces, examples, options.seed);
         result.curve.push_back({examples, run(result.curve.size() + 1, folds)});
     }
-    writeResult(options.json ? evaluationJson(result) : evaluationText(result));
+    std::string text = options.json ? evaluationJson(result) : evaluationText(result);
+    if (options.report.wanted()) {
+        const Kit::GestureRecognizer recognizer = trainOnAll(result.traces, settings.training);
+        options.report.write(evaluationPage(result, recognizer, options.report.style()));
+        if (!options.json) text += "\n" + options.report.done();
+    }
+    writeResult(text);
 }
 
 }  // namespace
@@ -119,6 +139,7 @@ Command addEvaluate(CLI::App& program) {
     line->add_flag("--no-unknown", options->withoutUnknown,
                    "Do not take each gesture for unknown in turn");
     line->add_flag("--json", options->json, "One JSON object, with every trace");
+    options->report.addTo(*line, "HTML page to write, with tables, plots and the worst mistakes");
     options->training.addTo(*line);
     return {line, [options] { evaluate(*options); },
             "vesk evaluate traces.jsonl --examples 3,5,10"};

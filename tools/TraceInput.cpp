@@ -61,6 +61,18 @@ void addChoice(CLI::App& line, const char* name, Value& value,
 
 void TraceInput::addReadingTo(CLI::App& line, const std::string& description) {
     line.add_option("TRACES", paths, description)->required()->type_name("");
+    addSelectionTo(line);
+}
+
+CLI::Option* TraceInput::addOptionTo(CLI::App& line, const std::string& description) {
+    CLI::Option* option =
+        line.add_option("--traces", paths, description)->type_name("FILE")->allow_extra_args(false);
+    addSelectionTo(line);
+    addPreparationTo(line);
+    return option;
+}
+
+void TraceInput::addSelectionTo(CLI::App& line) {
     addChoice(line, "--format", reading.format, formats,
               "How the traces are written [by the file's name or its first character]");
     addChoice(line, "--label-from", reading.label, labelSources,
@@ -77,6 +89,10 @@ void TraceInput::addTo(CLI::App& line) {
     addReadingTo(line,
                  "Files of traces, or folders of them: JSON Lines, CSV, XML gesture logs; - is "
                  "standard input");
+    addPreparationTo(line);
+}
+
+void TraceInput::addPreparationTo(CLI::App& line) {
     line.add_flag("--flip-y", prepared.flipY,
                   "The traces' y axis points the other way than the model's");
     line.add_option_function<std::string>(

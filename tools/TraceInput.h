@@ -25,10 +25,17 @@ public:
     /// The same without how they are prepared, with a description of TRACES.
     void addReadingTo(CLI::App& line, const std::string& description);
 
+    /// The same as addTo with an option --traces, which may be absent, in place of TRACES; returns
+    /// that option.
+    CLI::Option* addOptionTo(CLI::App& line, const std::string& description);
+
     /// Takes the last of several files away, which is not to be read. UsageError for one only.
     std::string takeLastPath();
 
     const Kit::Preparation& preparation() const { return prepared; }
+
+    /// Whether any file was named.
+    bool given() const { return !paths.empty(); }
 
     /// Whether a trace comes from standard input.
     bool readsStandardInput() const;
@@ -41,6 +48,8 @@ public:
     std::vector<std::string> unseenUsers() const;
 
 private:
+    void addSelectionTo(CLI::App& line);
+    void addPreparationTo(CLI::App& line);
     bool wanted(const std::string& user);
     void readAll(Kit::TraceReader& reader, const std::string& source,
                  const std::function<void(const Kit::Trace&)>& use);

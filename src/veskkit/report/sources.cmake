@@ -1,0 +1,17 @@
+set(VESKKIT_REPORT_SOURCES
+    report/CodebookRose.cpp
+    report/Colours.cpp
+    report/ConfusionPlot.cpp
+    report/EmissionHeatMap.cpp
+    report/LinePlot.cpp
+    report/Page.cpp
+    report/StrokePlot.cpp
+    report/Svg.cpp
+    report/TransitionGraph.cpp)
+set(VESKKIT_REPORT_HEADERS
+    report/Colours.h
+    report/ConfusionPlot.h
+    report/LinePlot.h
+    report/ModelPlots.h
+    report/Page.h
+    report/StrokePlot.h)

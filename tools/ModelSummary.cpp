@@ -1,0 +1,76 @@
+#include "ModelSummary.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace Vesk::Tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// Of the values other than 0; 0 to 0 where there are none.
+Range rangeOfOthers(const std::vector<double>& values) {
+    Range range{0.0, 0.0};
+    for (const double value : values) {
+        if (value == 0.0) continue;
+        const bool first = range.smallest == 0.0 && range.largest == 0.0;
+        range.smallest = first ? value : std::min(range.smallest, value);
+        range.largest = first ? value : std::max(range.largest, value);
+    }
+    return range;
+}
+
+Range rangeOf(const std::vector<double>& values) {
+    const auto [smallest, largest] = std::minmax_element(values.begin(), values.end());
+    return {*smallest, *largest};
+}
+
+Json rangeJson(const Range& range) {
+    return {{"smallest", range.smallest}, {"largest", range.largest}};
+}
+
+}  // namespace
+
+ModelSummary summaryOf(const Kit::RecognitionModel& model) {
+    ModelSummary summary{};
+    for (const std::string& name : model.gestureNames()) {
+        GestureSummary gesture{name, {}};
+        for (const auto& it : model.gestures()) {
+            if (it->name != name) continue;
+            gesture.models.push_back(
+                {it->numStates, it->delta, rangeOfOthers(it->a.data), rangeOf(it->b.data)});
+        }
+        summary.gestures.push_back(gesture);
+    }
+    // The weight is never 0: a transition probability of exactly 1 makes it 1.
+    summary.acceptanceRatio = model.get().modelTransitionProb / model.get().gestureTransitionProb;
+    return summary;
+}
+
+std::string summaryJson(const Kit::RecognitionModel& model) {
+    const Vesk::ML::RecognitionModelHMM& it = model.get();
+    const ModelSummary summary = summaryOf(model);
+    Json json{{"name", it.name},
+              {"codebook", it.codebook},
+              {"proximityThreshold", it.proxFilterThreshold},
+              {"rotationAllowed", it.rotationAllowed},
+              {"thresholdStates", it.numStates},
+              {"transitionProbability", it.modelTransitionProb},
+              {"acceptanceRatio", summary.acceptanceRatio}};
+    json["gestures"] = Json::array();
+    for (const GestureSummary& gesture : summary.gestures) {
+        Json models = Json::array();
+        for (const SubModelSummary& own : gesture.models) {
+            models.push_back({{"states", own.states},
+                              {"delta", own.delta},
+                              {"transitions", rangeJson(own.transitions)},
+                              {"emissions", rangeJson(own.emissions)}});
+        }
+        json["gestures"].push_back({{"gesture", gesture.name}, {"models", models}});
+    }
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace Vesk::Tool

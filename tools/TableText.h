@@ -1,0 +1,16 @@
+#ifndef VESK_TOOLS_TABLETEXT_H
+#define VESK_TOOLS_TABLETEXT_H
+
+#include <veskkit/report/Page.h>
+
+#include <string>
+
+namespace Vesk::Tool {
+
+/// A table's columns and rows, without its caption, as aligned lines. Control characters become
+/// question marks.
+std::string tableText(const Kit::Table& table);
+
+}  // namespace Vesk::Tool
+
+#endif
