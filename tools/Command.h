@@ -35,6 +35,7 @@ struct Command {
 // Each adds its subcommand to the program.
 Command addCodebook(CLI::App& program);
 Command addConvert(CLI::App& program);
+Command addDoctor(CLI::App& program);
 Command addEvaluate(CLI::App& program);
 Command addExport(CLI::App& program);
 Command addGenerate(CLI::App& program);

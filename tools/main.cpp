@@ -82,9 +82,9 @@ int run(int argc, char* argv[]) {
         "130 interrupted.";
     program.footer(statuses);
     const std::vector<Command> commands{
-        addTrain(program),    addTune(program),     addRecognize(program),
-        addEvaluate(program), addExport(program),   addConvert(program),
-        addCodebook(program), addGenerate(program), addInspect(program)};
+        addTrain(program),    addTune(program),    addRecognize(program), addEvaluate(program),
+        addDoctor(program),   addInspect(program), addExport(program),    addConvert(program),
+        addCodebook(program), addGenerate(program)};
     for (const Command& command : commands) {
         command.line->add_flag_function(
             "-q,--quiet", [](std::int64_t) { beQuiet(); }, "Neither warnings nor progress");

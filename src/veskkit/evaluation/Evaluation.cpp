@@ -39,6 +39,22 @@ std::string likeliestOf(const Result& result) {
     return best.logProbability > -std::numeric_limits<double>::infinity() ? best.gesture : "";
 }
 
+/// Fills in the rival of a trace's own gesture.
+void compare(const Result& result, Outcome& outcome) {
+    const auto bestWhere = [&](bool own) {
+        return std::find_if(result.scores.begin(), result.scores.end(), [&](const Score& score) {
+            return (score.gesture == outcome.expected) == own;
+        });
+    };
+    const auto own = bestWhere(true);
+    const auto rival = bestWhere(false);
+    if (own == result.scores.end() || rival == result.scores.end()) return;
+    outcome.rival = rival->gesture;
+    // Neither can explain it: the difference of two infinities is none.
+    if (own->logProbability != rival->logProbability)
+        outcome.lead = own->logProbability - rival->logProbability;
+}
+
 /// What recognises the test traces of one fold.
 class Recognizers {
 public:
@@ -62,6 +78,7 @@ public:
         outcome.rejection = result.rejection;
         outcome.margin = result.margin;
         outcome.answers = all.answers(trace);
+        compare(result, outcome);
         const auto other = without.find(outcome.expected);
         if (other != without.end()) {
             outcome.models.asUnknown = other->second.recognize(trace).gesture;

@@ -37,8 +37,14 @@ struct Outcome {
 
     /// What the models would answer at other acceptance ratios, and where the trace's own gesture
     /// was never trained; the latter empty where that was not asked.
-    std::vector<Answer> answers;
-    std::vector<Answer> answersAsUnknown;
+    std::vector<Answer> answers = {};
+    std::vector<Answer> answersAsUnknown = {};
+
+    /// The likeliest gesture of the models but its own, and how much likelier its own is: the
+    /// difference of natural logarithms, negative where the trace is taken for the rival. Empty and
+    /// 0 where one of the two was not trained or the trace is too short.
+    std::string rival = {};
+    double lead = 0.0;
 };
 
 /// What an evaluation consists of besides the folds.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace Vesk::Kit {
 
@@ -149,17 +150,23 @@ std::string storedName(std::string label) {
     return label;
 }
 
+std::vector<std::string> problemsOf(const RecognitionModelHMM& model) {
+    std::vector<std::string> problems;
+    const auto add = [&](std::string problem) {
+        if (!problem.empty()) problems.push_back(std::move(problem));
+    };
+    add(problemOfQuantizer(model));
+    add(problemOfName("the model", model.name));
+    add(problemOfThresholdModel(model));
+    if (model.gestures.empty()) add("found no gestures, expected at least 1");
+    for (std::size_t i = 0; i < model.gestures.size(); ++i)
+        add(problemOfGesture(model.gestures[i], i, model.vocabSize));
+    return problems;
+}
+
 std::string problemOf(const RecognitionModelHMM& model) {
-    std::string problem = problemOfQuantizer(model);
-    if (problem.empty()) problem = problemOfName("the model", model.name);
-    if (problem.empty()) problem = problemOfThresholdModel(model);
-    if (!problem.empty()) return problem;
-    if (model.gestures.empty()) return "found no gestures, expected at least 1";
-    for (std::size_t i = 0; i < model.gestures.size(); ++i) {
-        problem = problemOfGesture(model.gestures[i], i, model.vocabSize);
-        if (!problem.empty()) return problem;
-    }
-    return "";
+    const std::vector<std::string> problems = problemsOf(model);
+    return problems.empty() ? "" : problems.front();
 }
 
 void requireSoundModel(const RecognitionModelHMM& model, const std::string& source) {

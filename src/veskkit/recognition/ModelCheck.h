@@ -4,6 +4,7 @@
 #include <vesk/recognition/RecognitionModelHMM.h>
 
 #include <string>
+#include <vector>
 
 namespace Vesk::Kit {
 
@@ -18,6 +19,10 @@ namespace Vesk::Kit {
 /// `gesture "circle": found b(3, 7) = inf, expected a finite number of at least 0`.
 /// O(all parameters).
 std::string problemOf(const Vesk::ML::RecognitionModelHMM& model);
+
+/// The same for each part of the model in turn (quantiser, name, threshold model, every gesture):
+/// at most one problem of each, in that order.
+std::vector<std::string> problemsOf(const Vesk::ML::RecognitionModelHMM& model);
 
 /// Throws InputError "<source>: <problem>" where there is one.
 void requireSoundModel(const Vesk::ML::RecognitionModelHMM& model, const std::string& source);

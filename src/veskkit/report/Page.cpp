@@ -4,6 +4,7 @@
 #include <veskkit/report/internal/Svg.h>
 
 #include <cstddef>
+#include <utility>
 
 namespace Vesk::Kit {
 
@@ -70,6 +71,8 @@ std::string alignment(const Table& table, std::size_t column) {
 }
 
 }  // namespace
+
+Page::Page(std::string title_) : title(std::move(title_)) {}
 
 void Page::section(const std::string& heading) {
     headings.push_back(heading);

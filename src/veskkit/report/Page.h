@@ -2,7 +2,6 @@
 #define VESK_VESKKIT_REPORT_PAGE_H
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Vesk::Kit {
@@ -31,7 +30,7 @@ struct Figure {
 /// texts are plain and escaped here; only a figure's `svg` is markup.
 class Page {
 public:
-    explicit Page(std::string title) : title(std::move(title)) {}
+    explicit Page(std::string title);
 
     /// Begins a section, which is listed at the top of the page.
     void section(const std::string& heading);

@@ -46,6 +46,28 @@ void expectSame(const std::vector<Outcome>& x, const std::vector<Outcome>& y) {
     }
 }
 
+TEST(EvaluationTest, TheLeadOverTheRivalTellsWhatIsLikeliest) {
+    const std::vector<Trace> traces = drawnTraces(11, 3, 3, 0.7);
+    std::size_t mistaken = 0;
+    for (const Outcome& outcome : evaluate(traces, leaveOneUserOut(traces), quickly())) {
+        const bool right = outcome.models.likeliest == outcome.expected;
+        EXPECT_NE(outcome.rival, outcome.expected);
+        EXPECT_NE(outcome.rival, "");
+        if (right) {
+            EXPECT_GE(outcome.lead, 0.0);
+        } else {
+            ++mistaken;
+            EXPECT_LE(outcome.lead, 0.0);
+            EXPECT_EQ(outcome.rival, outcome.models.likeliest);
+        }
+    }
+    EXPECT_GT(mistaken, 0U);
+    EXPECT_LT(mistaken, traces.size() / 2);
+    const std::vector<Trace> alone(traces.begin(), traces.begin() + 3);
+    const std::vector<Fold> folds{{"one", {0, 1}, {2}}};
+    EXPECT_EQ(evaluate(alone, folds, quickly())[0].rival, "");
+}
+
 TEST(EvaluationTest, EveryTestTraceHasOneOutcomeInTheOrderOfTheFolds) {
     const std::vector<Trace> traces = drawnTraces(1, 3, 2);
     const std::vector<Fold> folds = leaveOneUserOut(traces);

@@ -42,6 +42,21 @@ TEST(ModelCheckTest, EmissionsMayBeOdds) {
     EXPECT_EQ(problemAfter([](RecognitionModelHMM& m) { m.gestures[0]->b(0, 0) = 1e300; }), "");
 }
 
+TEST(ModelCheckTest, EveryPartHasAProblemOfItsOwn) {
+    const RecognitionModel owner = smallModel();
+    RecognitionModelHMM model = owner.get();
+    EXPECT_TRUE(problemsOf(model).empty());
+    model.codebook.clear();
+    model.name = "";
+    model.modelTransitionProb = 2.0;
+    model.gestures = {nullptr, nullptr};
+    const std::vector<std::string> problems = problemsOf(model);
+    ASSERT_EQ(problems.size(), 5u);
+    EXPECT_EQ(problems[0], problemOf(model));
+    EXPECT_EQ(problems[2], "found the transition probability 2, expected 0 to 1");
+    EXPECT_EQ(problems[4], "found no model for gesture 1, expected one");
+}
+
 TEST(ModelCheckTest, TheMessageNamesTheSource) {
     const RecognitionModel owner = smallModel();
     RecognitionModelHMM model = owner.get();

@@ -1,3 +1,5 @@
+#include "RecordedData.h"
+
 #include <support/Capture.h>
 #include <support/Files.h>
 #include <veskkit/io/ModelFile.h>
@@ -10,8 +12,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -19,13 +19,7 @@
 namespace Vesk::Kit {
 namespace {
 
-/// The folder of recorded traces: VESK_DATA_DIR, or the one beside the repository.
-std::string dataFile(const std::string& name) {
-    const char* folder = std::getenv("VESK_DATA_DIR");
-    const std::filesystem::path path =
-        std::filesystem::path(folder != nullptr ? folder : VESK_DEFAULT_DATA_DIR) / name;
-    return std::filesystem::exists(path) ? path.string() : "";
-}
+using Vesk::Test::dataFile;
 
 struct Split {
     std::vector<Trace> training;
