@@ -10,6 +10,7 @@
 #include <veskkit/training/Codebook.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

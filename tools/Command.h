@@ -1,7 +1,7 @@
 #ifndef VESK_TOOLS_COMMAND_H
 #define VESK_TOOLS_COMMAND_H
 
-#include <CLI/CLI.hpp>
+#include "CommandLine.h"
 
 #include <functional>
 #include <stdexcept>

@@ -9,6 +9,7 @@
 #include <veskkit/io/TraceText.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <filesystem>
 #include <memory>

@@ -16,6 +16,7 @@
 #include <veskkit/recognition/ModelText.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>

@@ -16,6 +16,7 @@
 #include <veskkit/training/GestureTrainer.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdint>
 #include <memory>

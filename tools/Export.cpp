@@ -7,6 +7,7 @@
 #include <veskkit/io/SceneFile.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <string>

@@ -7,6 +7,7 @@
 #include <veskkit/synthesis/TraceSynthesizer.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <cstdint>

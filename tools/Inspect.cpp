@@ -9,6 +9,8 @@
 #include "TableText.h"
 #include "TraceInput.h"
 
+#include <CLI/CLI.hpp>
+
 #include <memory>
 #include <string>
 #include <vector>

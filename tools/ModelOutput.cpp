@@ -8,6 +8,8 @@
 #include <veskkit/recognition/ModelText.h>
 #include <veskkit/training/TrainingOptions.h>
 
+#include <CLI/CLI.hpp>
+
 #include <filesystem>
 
 namespace Vesk::Tool {

@@ -1,9 +1,9 @@
 #ifndef VESK_TOOLS_MODELOUTPUT_H
 #define VESK_TOOLS_MODELOUTPUT_H
 
-#include <veskkit/recognition/RecognitionModel.h>
+#include "CommandLine.h"
 
-#include <CLI/CLI.hpp>
+#include <veskkit/recognition/RecognitionModel.h>
 
 #include <string>
 

@@ -11,6 +11,7 @@
 #include <veskkit/recognition/ModelCheck.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
 #include <cmath>

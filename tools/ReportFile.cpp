@@ -6,6 +6,8 @@
 
 #include <vesk/Version.h>
 
+#include <CLI/CLI.hpp>
+
 namespace Vesk::Tool {
 
 CLI::Option* ReportFile::addTo(CLI::App& line, const std::string& help) {

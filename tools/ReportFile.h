@@ -1,10 +1,10 @@
 #ifndef VESK_TOOLS_REPORTFILE_H
 #define VESK_TOOLS_REPORTFILE_H
 
+#include "CommandLine.h"
+
 #include <veskkit/report/Page.h>
 #include <veskkit/report/StrokePlot.h>
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 

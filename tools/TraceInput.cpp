@@ -7,6 +7,7 @@
 #include <veskkit/Error.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <iostream>

@@ -1,11 +1,11 @@
 #ifndef VESK_TOOLS_TRACEINPUT_H
 #define VESK_TOOLS_TRACEINPUT_H
 
+#include "CommandLine.h"
+
 #include <veskkit/io/TraceFiles.h>
 #include <veskkit/traces/Resampler.h>
 #include <veskkit/traces/Trace.h>
-
-#include <CLI/CLI.hpp>
 
 #include <functional>
 #include <set>

@@ -10,6 +10,7 @@
 #include <veskkit/training/GestureTrainer.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <set>

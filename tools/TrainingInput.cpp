@@ -7,6 +7,8 @@
 #include <veskkit/io/CodebookFile.h>
 #include <veskkit/training/GestureTrainer.h>
 
+#include <CLI/CLI.hpp>
+
 namespace Vesk::Tool {
 
 void TrainingInput::addTo(CLI::App& line) {

@@ -1,9 +1,9 @@
 #ifndef VESK_TOOLS_TRAININGINPUT_H
 #define VESK_TOOLS_TRAININGINPUT_H
 
-#include <veskkit/training/TrainingOptions.h>
+#include "CommandLine.h"
 
-#include <CLI/CLI.hpp>
+#include <veskkit/training/TrainingOptions.h>
 
 #include <string>
 

@@ -13,6 +13,7 @@
 #include <veskkit/training/GestureTrainer.h>
 
 #include <fmt/format.h>
+#include <CLI/CLI.hpp>
 
 #include <cstdint>
 #include <memory>
