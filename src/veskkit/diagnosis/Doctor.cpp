@@ -11,7 +11,7 @@
 namespace Vesk::Kit {
 
 using internal::Examination;
-using internal::Sample;
+using internal::ShapedTrace;
 
 namespace {
 
@@ -21,10 +21,10 @@ constexpr std::size_t fewestParts = 3;
 /// Every sample recognised by models trained on the other parts; samples of gestures that have
 /// fewer than three are left out. `Outcome::trace` is a place in the list of samples.
 std::vector<Outcome> crossValidate(const Examination& examination,
-                                   const std::vector<Sample>& samples, const DoctorOptions& options,
-                                   const DoctorObserver& observer) {
+                                   const std::vector<ShapedTrace>& samples,
+                                   const DoctorOptions& options, const DoctorObserver& observer) {
     std::map<std::string, std::size_t> counts;
-    for (const Sample& sample : samples) ++counts[sample.gesture];
+    for (const ShapedTrace& sample : samples) ++counts[sample.gesture];
     std::size_t parts = mostParts;
     std::vector<Trace> traces;
     std::vector<std::size_t> places;
@@ -63,7 +63,7 @@ std::vector<Finding> diagnose(const std::vector<Trace>& traces, const DoctorOpti
     examinePaths(examination);
     examineDuplicates(examination);
 
-    const std::vector<Sample> samples = samplesOf(examination);
+    const std::vector<ShapedTrace> samples = shapedTraces(examination);
     const std::vector<internal::Neighbours> neighbours =
         neighboursOf(samples, options.training.threads);
     if (options.crossValidation) {

@@ -34,8 +34,8 @@ Finding& Examination::addAbout(std::size_t trace, FindingKind kind, Weight weigh
     return findings.back();
 }
 
-std::vector<Sample> samplesOf(const Examination& examination) {
-    std::vector<Sample> samples;
+std::vector<ShapedTrace> shapedTraces(const Examination& examination) {
+    std::vector<ShapedTrace> samples;
     for (std::size_t i = 0; i < examination.traces.size(); ++i) {
         if (examination.marked[i]) continue;
         const Trace& trace = examination.traces[i];

@@ -31,7 +31,7 @@ bool isNearer(const Neighbours& nearest, double times) {
     return std::isfinite(nearest.own) && nearest.other * times < nearest.own;
 }
 
-void doubt(Examination& examination, const Sample& sample, const Neighbours& nearest) {
+void doubt(Examination& examination, const ShapedTrace& sample, const Neighbours& nearest) {
     const std::string& rival = nearest.otherGesture;
     const double sureness = 1.0 - nearest.other / nearest.own;
     Finding& finding = examination.addAbout(
@@ -45,7 +45,7 @@ void doubt(Examination& examination, const Sample& sample, const Neighbours& nea
 
 }  // namespace
 
-std::vector<Neighbours> neighboursOf(const std::vector<Sample>& samples, unsigned threads) {
+std::vector<Neighbours> neighboursOf(const std::vector<ShapedTrace>& samples, unsigned threads) {
     std::vector<Neighbours> result(samples.size());
     parallelFor(samples.size(), threads, [&](std::size_t i) {
         Neighbours& nearest = result[i];
@@ -63,14 +63,14 @@ std::vector<Neighbours> neighboursOf(const std::vector<Sample>& samples, unsigne
     return result;
 }
 
-void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+void examineLabelling(Examination& examination, const std::vector<ShapedTrace>& samples,
                       const std::vector<Neighbours>& neighbours) {
     for (std::size_t s = 0; s < samples.size(); ++s) {
         if (isNearer(neighbours[s], nearerAlone)) doubt(examination, samples[s], neighbours[s]);
     }
 }
 
-void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+void examineLabelling(Examination& examination, const std::vector<ShapedTrace>& samples,
                       const std::vector<Neighbours>& neighbours,
                       const std::vector<Outcome>& outcomes) {
     for (const Outcome& outcome : outcomes) {
@@ -82,7 +82,7 @@ void examineLabelling(Examination& examination, const std::vector<Sample>& sampl
     }
 }
 
-void examineOutliers(Examination& examination, const std::vector<Sample>& samples,
+void examineOutliers(Examination& examination, const std::vector<ShapedTrace>& samples,
                      const std::vector<Neighbours>& neighbours) {
     std::map<std::string, std::vector<std::size_t>> gestures;
     for (std::size_t s = 0; s < samples.size(); ++s) gestures[samples[s].gesture].push_back(s);

@@ -43,7 +43,7 @@ double exceeding(const std::vector<double>& x, const std::vector<double>& y) {
 
 /// Size, and centre along both axes, of every member.
 std::array<std::vector<double>, 3> measured(const Examination& examination,
-                                            const std::vector<Sample>& samples,
+                                            const std::vector<ShapedTrace>& samples,
                                             const Members& members) {
     std::array<std::vector<double>, 3> result;
     for (const std::size_t s : members) {
@@ -65,8 +65,9 @@ std::array<std::vector<double>, 3> measured(const Examination& examination,
 
 /// What a recogniser of directions does not see and sets two gestures apart: "size", "position" or
 /// nothing.
-std::string unseenDifference(const Examination& examination, const std::vector<Sample>& samples,
-                             const Members& first, const Members& second) {
+std::string unseenDifference(const Examination& examination,
+                             const std::vector<ShapedTrace>& samples, const Members& first,
+                             const Members& second) {
     const auto x = measured(examination, samples, first);
     const auto y = measured(examination, samples, second);
     for (std::size_t k = 0; k < x.size(); ++k) {
@@ -86,7 +87,7 @@ Points pointsOf(const std::vector<double>& shape) {
 /// Finds the pairs among one another.
 class Pairs {
 public:
-    Pairs(Examination& all, const std::vector<Sample>& compared,
+    Pairs(Examination& all, const std::vector<ShapedTrace>& compared,
           const std::vector<Outcome>& outcomes)
         : examination(all), samples(compared) {
         for (const Outcome& outcome : outcomes) {
@@ -165,7 +166,7 @@ private:
     }
 
     Examination& examination;
-    const std::vector<Sample>& samples;
+    const std::vector<ShapedTrace>& samples;
     std::map<std::string, Members> gestures;
     std::map<std::pair<std::string, std::string>, Confused> counts;
 };
@@ -203,7 +204,7 @@ Points meanShape(const std::vector<const std::vector<double>*>& shapes) {
     return pointsOf(mean);
 }
 
-void examinePairs(Examination& examination, const std::vector<Sample>& samples,
+void examinePairs(Examination& examination, const std::vector<ShapedTrace>& samples,
                   const std::vector<Outcome>& outcomes) {
     Pairs(examination, samples, outcomes).examine();
 }

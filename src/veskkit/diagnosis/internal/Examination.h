@@ -32,7 +32,7 @@ struct Examination {
 };
 
 /// A trace that is fit to be compared with others.
-struct Sample {
+struct ShapedTrace {
     std::size_t trace;
     std::string gesture;        ///< its name in a model
     std::vector<double> shape;  ///< Shape.h
@@ -52,24 +52,24 @@ void examinePaths(Examination& examination);
 void examineDuplicates(Examination& examination);
 
 /// The traces without a mark, in their order.
-std::vector<Sample> samplesOf(const Examination& examination);
+std::vector<ShapedTrace> shapedTraces(const Examination& examination);
 
 /// O(n^2).
-std::vector<Neighbours> neighboursOf(const std::vector<Sample>& samples, unsigned threads);
+std::vector<Neighbours> neighboursOf(const std::vector<ShapedTrace>& samples, unsigned threads);
 
 /// By the neighbours alone.
-void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+void examineLabelling(Examination& examination, const std::vector<ShapedTrace>& samples,
                       const std::vector<Neighbours>& neighbours);
 
 // Outcomes are of samples: `Outcome::trace` is a place in their list.
 
 /// By the neighbours and by models that agree with them.
-void examineLabelling(Examination& examination, const std::vector<Sample>& samples,
+void examineLabelling(Examination& examination, const std::vector<ShapedTrace>& samples,
                       const std::vector<Neighbours>& neighbours,
                       const std::vector<Outcome>& outcomes);
-void examineOutliers(Examination& examination, const std::vector<Sample>& samples,
+void examineOutliers(Examination& examination, const std::vector<ShapedTrace>& samples,
                      const std::vector<Neighbours>& neighbours);
-void examinePairs(Examination& examination, const std::vector<Sample>& samples,
+void examinePairs(Examination& examination, const std::vector<ShapedTrace>& samples,
                   const std::vector<Outcome>& outcomes);
 
 /// The mean of shapes of one gesture, each scaled to fit their medoid best. Shapes that fit only
