@@ -21,11 +21,11 @@ if(VESK_SANITIZE)
         -fsanitize=${VESK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(vesk_private INTERFACE -fsanitize=${VESK_SANITIZE})
 endif()
-# What surrounds the libraries: tests and program. With sanitizers most of their builds' time would go
-# into instrumenting and optimising them; what they do to the libraries' memory is seen all the same.
+# What surrounds the two shared objects: with sanitizers most of a build's time would go into
+# optimising it, and into checking pointers whose misuse shows anyway.
 add_library(vesk_surroundings INTERFACE)
 if(VESK_SANITIZE)
-    target_compile_options(vesk_surroundings INTERFACE -O0 -fno-sanitize=null,vptr,alignment)
+    target_compile_options(vesk_surroundings INTERFACE -Og -fno-sanitize=null,vptr,alignment)
 endif()
 if(VESK_COVERAGE)
     target_compile_options(vesk_private INTERFACE --coverage -fprofile-update=atomic)
