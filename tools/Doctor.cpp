@@ -1,8 +1,10 @@
 #include "Checks.h"
 #include "Command.h"
+#include "DoctorPage.h"
 #include "ModelInput.h"
 #include "OutputFile.h"
 #include "ProgressBar.h"
+#include "ReportFile.h"
 #include "Splitting.h"
 #include "StandardStreams.h"
 #include "Text.h"
@@ -40,6 +42,7 @@ struct Options {
     CLI::Option* traces = nullptr;
     TrainingInput training;
     std::string model;
+    ReportFile report;
     std::uint64_t seed = 1;
     bool withoutCrossValidation = false;
     bool json = false;
@@ -47,9 +50,16 @@ struct Options {
 
 /// What was examined, and what was found.
 struct Examined {
-    std::size_t traces = 0;
-    std::vector<Kit::Finding> findings;
+    std::vector<Kit::Trace> traces;
+    std::vector<Kit::Finding> findings;  ///< sorted
 };
+
+/// "12 traces and the model"
+std::string whatWas(const Examined& examined, const Options& options) {
+    std::string what = options.traces->empty() ? "" : counted(examined.traces.size(), "trace");
+    if (!options.model.empty()) what += what.empty() ? "the model" : " and the model";
+    return what;
+}
 
 std::string findingsText(const Examined& examined, const Options& options) {
     std::string text;
@@ -57,10 +67,9 @@ std::string findingsText(const Examined& examined, const Options& options) {
         text += fmt::format("{}: {}\n    {}\n", Kit::toString(finding.weight),
                             printable(finding.text), printable(finding.advice));
     }
-    if (!text.empty()) return text;
-    std::string what = options.traces->empty() ? "" : counted(examined.traces, "trace");
-    if (!options.model.empty()) what += what.empty() ? "the model" : " and the model";
-    return fmt::format("nothing found in {}\n", what);
+    if (text.empty()) text = fmt::format("nothing found in {}\n", whatWas(examined, options));
+    if (options.report.wanted()) text += "\n" + options.report.done();
+    return text;
 }
 
 Json numberJson(const std::optional<double>& number) { return number ? Json(*number) : Json(); }
@@ -85,20 +94,19 @@ Json findingJson(const Kit::Finding& finding) {
 }
 
 std::string findingsJson(const Examined& examined) {
-    Json json{{"traces", examined.traces}, {"findings", Json::array()}};
+    Json json{{"traces", examined.traces.size()}, {"findings", Json::array()}};
     for (const Kit::Finding& finding : examined.findings)
         json["findings"].push_back(findingJson(finding));
     // A path need not be UTF-8.
     return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-std::vector<Kit::Finding> examineTraces(Options& options, std::size_t& count) {
+std::vector<Kit::Finding> examineTraces(const std::vector<Kit::Trace>& traces,
+                                        const Options& options) {
     Kit::DoctorOptions settings;
     settings.training = options.training.optionsFor(options.input.preparation());
     settings.crossValidation = !options.withoutCrossValidation;
     settings.seed = options.seed;
-    const std::vector<Kit::Trace> traces = readTraces(options.input);
-    count = traces.size();
     ProgressBar bar("examining");
     return Kit::diagnose(traces, settings, [&](double share) {
         constexpr std::size_t parts = 1000;
@@ -130,13 +138,21 @@ void examine(Options& options) {
         throw UsageError("expected TRACES, --model or both");
     if (isStandard(options.model) && options.input.readsStandardInput())
         throw UsageError("the model and the traces cannot both come from standard input");
+    options.report.probe();
     Examined examined;
     if (!options.model.empty()) examined.findings = examineModel(options);
     if (!options.traces->empty()) {
-        std::vector<Kit::Finding> others = examineTraces(options, examined.traces);
+        examined.traces = readTraces(options.input);
+        std::vector<Kit::Finding> others = examineTraces(examined.traces, options);
         std::move(others.begin(), others.end(), std::back_inserter(examined.findings));
     }
     Kit::sortFindings(examined.findings);
+    if (options.report.wanted()) {
+        options.report.write(
+            doctorPage(fmt::format("{} in {}.", counted(examined.findings.size(), "finding"),
+                                   whatWas(examined, options)),
+                       examined.findings, examined.traces, options.report.style()));
+    }
     writeResult(options.json ? findingsJson(examined) : findingsText(examined, options));
     flushResults();
     const auto serious = static_cast<std::size_t>(
@@ -168,6 +184,9 @@ Command addDoctor(CLI::App& program) {
         ->transform(numberIn<std::uint64_t>(0, UINT64_MAX))
         ->type_name("N");
     line->add_flag("--json", options->json, "One JSON object");
+    options->report.addTo(*line,
+                          "HTML page to write: the findings with the strokes that they are about, "
+                          "and the means of confusable gestures over one another");
     options->training.addTo(*line);
     return {line, [options] { examine(*options); }, "vesk doctor traces.jsonl -m gestures.model"};
 }

@@ -89,6 +89,18 @@ def inspected(vesk, browser, folder):
     expect(opened.cell("symbols", 0) == symbols, f"symbols are {symbols}")
 
 
+def examined(vesk, browser, folder):
+    text = (folder / "traces.jsonl").read_text(encoding="utf-8")
+    (folder / "twice.jsonl").write_text(text + text.splitlines(keepends=True)[0])
+    found = vesk("doctor", "twice.jsonl", "--no-cross-validation", "--report", "doctor.html")
+    opened = Opened(browser, folder / "doctor.html", folder)
+    expect(not opened.messages, f"nothing on the console {opened.messages}")
+    expect(not opened.requests, f"nothing asked of the network {opened.requests}")
+    warning, advice = found.splitlines()[:2]
+    row = opened.cell(html.escape(warning.removeprefix("warning: "), quote=False), 0)
+    expect(row == advice.strip(), "the finding stands beside what to do about it")
+
+
 def noticed(browser, folder):
     """That a bad page would not pass."""
     page = folder / "bad.html"
@@ -125,6 +137,7 @@ def main():
              "--gesture", "check", "--gesture", "circle", "--gesture", "zigzag")
         evaluated(vesk, browser, folder)
         inspected(vesk, browser, folder)
+        examined(vesk, browser, folder)
         noticed(browser, folder)
 
 

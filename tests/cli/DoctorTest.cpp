@@ -1,8 +1,11 @@
 #include "Program.h"
 
+#include <support/Markup.h>
+
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -45,6 +48,23 @@ protected:
             trace["gesture"] = "circle";
         });
     }
+
+    /// All circles but those of one user once more, a little aside and labelled as rings.
+    void addRings() {
+        std::string text;
+        for (const std::string& line : lines(readFile(traces))) {
+            json trace = json::parse(line);
+            if (trace["gesture"] == "circle" && trace["user"] != "u01") {
+                for (json& point : trace["points"]) point[0] = point[0].get<double>() + 1;
+                trace["gesture"] = "ring";
+                text += trace.dump() + "\n";
+            }
+            text += line + "\n";
+        }
+        writeFile(traces, text);
+    }
+
+    std::string page = path("page.html");
 };
 
 /// A run that found something serious: results on standard output, one line on the other.
@@ -114,17 +134,7 @@ TEST_F(Doctor, JsonHoldsTheSameFindings) {
 }
 
 TEST_F(Doctor, AConfusablePairComesWithTheMeansOfBoth) {
-    std::string text;
-    for (std::string line : lines(readFile(traces))) {
-        json trace = json::parse(line);
-        if (trace["gesture"] == "circle" && trace["user"] != "u01") {
-            for (json& point : trace["points"]) point[0] = point[0].get<double>() + 1;
-            trace["gesture"] = "ring";
-            text += trace.dump() + "\n";
-        }
-        text += line + "\n";
-    }
-    writeFile(traces, text);
+    addRings();
     const Outcome outcome = examine({"--json"});
     EXPECT_TRUE(foundSerious(outcome, "1 serious problem"));
     const json finding = json::parse(outcome.out)["findings"][0];
@@ -133,6 +143,62 @@ TEST_F(Doctor, AConfusablePairComesWithTheMeansOfBoth) {
     EXPECT_EQ(finding["means"][1]["gesture"], "ring");
     EXPECT_EQ(finding["means"][1]["points"].size(), 32U);
     EXPECT_EQ(examine({"--no-cross-validation"}).out.find("confus"), std::string::npos);
+}
+
+TEST_F(Doctor, TheReportHasEveryFindingAndTheStrokesThatItIsAbout) {
+    plantTwo();
+    const Outcome outcome = examine({"--report", page});
+    EXPECT_TRUE(foundSerious(outcome, "1 serious problem"));
+    const std::vector<std::string> text = lines(outcome.out);
+    ASSERT_EQ(text.size(), 6U);
+    EXPECT_EQ(text[5], "report written to " + page);
+    const Markup markup(readFile(page));
+    EXPECT_THAT(markup.texts("//h2"), ElementsAre("Overview", "Serious", "Warnings"));
+    EXPECT_THAT(markup.texts("//h3"), ElementsAre("no direction", "mislabelled trace"));
+    EXPECT_THAT(markup.texts("//tbody/tr/*"), ElementsAre(text[0].substr(9), text[1].substr(4),
+                                                          text[2].substr(9), text[3].substr(4)));
+    EXPECT_THAT(markup.texts("//svg/title"),
+                ElementsAre(StartsWith("no direction: circle ("),
+                            StartsWith("mislabelled trace: circle (")));
+    EXPECT_THAT(markup.texts("//p"), testing::Contains("2 findings in 36 traces."));
+}
+
+TEST_F(Doctor, TheReportLaysTheMeansOfConfusableGesturesOverOneAnother) {
+    addRings();
+    EXPECT_TRUE(foundSerious(examine({"--json", "--report", page}), "1 serious problem"));
+    const Markup markup(readFile(page));
+    EXPECT_EQ(markup.texts("//svg/title")[0], "How circle and ring are drawn on average");
+    EXPECT_EQ(markup.count("//svg[starts-with(title, 'How circle and ring')]//polyline"), 2U);
+}
+
+TEST_F(Doctor, TheReportOfACleanModelSaysSo) {
+    const Outcome outcome = run({"doctor", "-m", model(), "--report", page});
+    EXPECT_TRUE(succeeded(outcome));
+    const Markup markup(readFile(page));
+    EXPECT_THAT(markup.texts("//p"), testing::Contains("0 findings in the model."));
+    EXPECT_EQ(markup.count("//table"), 0U);
+}
+
+TEST_F(Doctor, TheReportDrawsNoMoreThanCanBeLookedAt) {
+    std::string text = readFile(traces);
+    for (int i = 0; i < 70; ++i) {
+        text += json{{"gesture", "circle"}, {"points", {{i, 1}, {i, 1}}}, {"user", "u01"}}.dump();
+        text += "\n";
+    }
+    writeFile(traces, text);
+    EXPECT_TRUE(
+        foundSerious(examine({"--no-cross-validation", "--report", page}), "70 serious problems"));
+    const Markup markup(readFile(page));
+    EXPECT_EQ(markup.count("//svg"), 60U);
+    EXPECT_EQ(markup.count("//tbody/tr"), 70U);
+    EXPECT_THAT(markup.texts("//p"), testing::Contains("The first 60 of 70 are drawn."));
+}
+
+TEST_F(Doctor, ReportsThatCannotBeWrittenAreRefusedBeforeAnything) {
+    EXPECT_TRUE(refused(examine({"--report", path("missing/page.html")}), 1, path("missing")));
+    EXPECT_TRUE(refused(examine({"--report", "-"}), 2, "--report"));
+    EXPECT_TRUE(refused(run({"doctor", path("missing.jsonl"), "--report", page}), 3, "missing"));
+    EXPECT_FALSE(std::filesystem::exists(page));
 }
 
 TEST_F(Doctor, TheNumberOfThreadsChangesNothing) {
