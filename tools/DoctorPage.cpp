@@ -79,8 +79,9 @@ void addKind(Kit::Page& page, const Findings& findings, const std::vector<Kit::T
     const Findings drawn(findings.begin(), findings.begin() + static_cast<std::ptrdiff_t>(std::min(
                                                                   findings.size(), mostStrokes)));
     const std::vector<Kit::Figure> strokes = strokesOf(drawn, traces, style);
-    if (!strokes.empty()) page.gallery(strokes);
-    if (!strokes.empty() && drawn.size() < findings.size()) {
+    if (strokes.empty()) return;
+    page.gallery(strokes);
+    if (drawn.size() < findings.size()) {
         page.paragraph(fmt::format("The first {} of {} are drawn.", drawn.size(), findings.size()));
     }
 }

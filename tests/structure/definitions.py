@@ -8,9 +8,9 @@ of the two constructors and destructors for both. Types of unnamed namespaces an
 their file's own.
 """
 
-import pathlib
 import re
-import sys
+
+import sources
 
 IGNORED = re.compile(r"""//[^\n]* | /\*.*?\*/ | R"(\w*)\(.*?\)\1" | "(?:\\.|[^"\\\n])*"
                          | '(?:\\.|[^'\\\n])+' | ^[ \t]*\#(?:\\\n|[^\n])*""",
@@ -41,21 +41,12 @@ def definitions(text):
 def check(root):
     """Every type of several definitions as "name: file, file", and how many types there are."""
     places = {}
-    for path in sorted(path for top in ("src", "tools") for path in (root / top).rglob("*")
-                       if path.suffix in (".h", ".cpp")):
+    for path in sources.source_files(root):
         for name in definitions(path.read_text(encoding="utf-8")):
             places.setdefault(name, []).append(str(path.relative_to(root)))
     problems = [f"{name}: {', '.join(files)}" for name, files in places.items() if len(files) > 1]
     return problems, len(places)
 
 
-def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    problems, count = check(pathlib.Path(sys.argv[1]).resolve())
-    print("\n".join(problems + [f"{count} types read, {len(problems)} defined twice"]))
-    return 1 if problems or count == 0 else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sources.run(__doc__, check, "types")

@@ -9,7 +9,8 @@ its own layer and from those that its layer names here, and nothing else of the 
 
 import pathlib
 import re
-import sys
+
+import sources
 
 LAYERS = {
     "vesk/base": [],
@@ -111,9 +112,7 @@ def check(root):
     """Every problem under root as "file: <include>: why", and how many includes were read."""
     problems = []
     count = 0
-    files = sorted(path for top in ("src", "tools") for path in (root / top).rglob("*")
-                   if path.suffix in (".h", ".cpp"))
-    for path in files:
+    for path in sources.source_files(root):
         includer = inside(root, path)
         for quote, included in INCLUDE.findall(path.read_text(encoding="utf-8")):
             count += 1
@@ -123,13 +122,5 @@ def check(root):
     return problems, count
 
 
-def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    problems, count = check(pathlib.Path(sys.argv[1]).resolve())
-    print("\n".join(problems + [f"{count} includes read, {len(problems)} problems"]))
-    return 1 if problems or count == 0 else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sources.run(__doc__, check, "includes")
