@@ -51,6 +51,11 @@ void TrainingInput::addSettingsTo(CLI::App& line) {
                     "Width in degrees that directions are smoothed over [22; 28 for few traces]")
         ->transform(numberIn(0.0, 180.0))
         ->type_name("DEGREES");
+    line.add_option("--discrimination", training.discrimination,
+                    "Rounds in which the models learn to tell the gestures apart")
+        ->capture_default_str()
+        ->transform(numberIn(0, 1000))
+        ->type_name("N");
     line.add_flag("--skip-bad", training.skipBad,
                   "Leave out traces that have no direction instead of refusing them");
     line.add_option("--threads", training.threads,

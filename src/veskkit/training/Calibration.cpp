@@ -1,5 +1,6 @@
 #include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/training/internal/Calibration.h>
+#include <veskkit/training/internal/Discrimination.h>
 
 #include <algorithm>
 #include <cmath>
@@ -115,12 +116,12 @@ double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector
     const std::size_t stride = testTraces(runs) / enoughTraces + 1;
     LogRatios ratios;
     for (const CalibrationRun& run : runs) {
-        const std::vector<GestureModels> gestures =
-            trainGestures(run.training, codebook, quick, trained);
-        std::vector<const GestureModels*> all;
-        for (const GestureModels& gesture : gestures) all.push_back(&gesture);
-        addLogRatios(composeRecognitionModel(all, codebook, 1.0, options.name), run.test, stride,
-                     ratios);
+        std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, trained);
+        std::vector<const GestureSamples*> samples;
+        for (const GestureSamples& gesture : run.training) samples.push_back(&gesture);
+        discriminate(gestures, samples, codebook, quick);
+        addLogRatios(composeRecognitionModel(gestures, codebook, 1.0, options.name), run.test,
+                     stride, ratios);
     }
     if (ratios.empty()) return 0.0;
     std::vector<double> all;

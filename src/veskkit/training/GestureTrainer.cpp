@@ -43,6 +43,7 @@ void requireOptions(const TrainingOptions& options) {
     requireRange("iterations", options.iterations, 0, 1000);
     requireRange("emission floor", options.emissionFloor, 1e-12, 0.1);
     if (options.smoothing) requireRange("smoothing", *options.smoothing, 0.0, 180.0);
+    requireRange("rounds of discrimination", options.discrimination, 0, 1000);
     requireRange("threshold states", options.thresholdStates, 2, 200);
     requireRange("threshold smoothing", options.thresholdSmoothing, 0.0, 180.0);
     if (options.acceptanceRatio) {

@@ -200,14 +200,14 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
     return models;
 }
 
-RecognitionModel composeRecognitionModel(const std::vector<const GestureModels*>& gestures,
+RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook, double ratio,
                                          const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
-    for (const GestureModels* gesture : gestures) {
-        for (const LeftRightHMM& model : gesture->fine) result.add(model);
-        coarse.push_back(gesture->coarse);
+    for (const GestureModels& gesture : gestures) {
+        for (const LeftRightHMM& model : gesture.fine) result.add(model);
+        coarse.push_back(gesture.coarse);
     }
     RecognitionModelHMM settings = composeThreshold(coarse);
     settings.name = name;

@@ -4,6 +4,7 @@
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
 #include <veskkit/training/internal/Calibration.h>
+#include <veskkit/training/internal/Discrimination.h>
 
 #include <vesk/quantizer/VectorQuantizer2D.h>
 
@@ -143,23 +144,28 @@ double ordinaryRatio(const std::vector<GestureModels>& gestures) {
 RecognitionModel TrainedSet::compose() const { return composeWithout({}); }
 
 RecognitionModel TrainedSet::composeWithout(const std::string& gesture) const {
-    std::vector<const GestureModels*> parts;
-    for (const GestureModels& part : gestures) {
-        if (part.report.gesture != gesture) parts.push_back(&part);
+    std::vector<GestureModels> parts;
+    std::vector<const GestureSamples*> theirs;
+    for (std::size_t g = 0; g < gestures.size(); ++g) {
+        if (samples[g].gesture == gesture) continue;
+        parts.push_back(gestures[g]);
+        theirs.push_back(&samples[g]);
     }
-    return composeRecognitionModel(parts, codebook, ratio, name);
+    discriminate(parts, theirs, codebook, options);
+    return composeRecognitionModel(parts, codebook, ratio, options.name);
 }
 
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
                     const TrainingObserver& observer) {
     if (traces.empty()) throw InputError("found no traces, expected at least 1");
     TrainedSet set;
-    set.name = options.name;
+    set.options = options;
     set.codebook = storedCodebook(options);
     TrainingReport& report = set.report;
     Preparer preparer(options, set.codebook, report);
     for (const Trace* trace : traces) preparer.take(*trace);
-    const std::vector<GestureSamples> gestures = preparer.gestures();
+    set.samples = preparer.gestures();
+    const std::vector<GestureSamples>& gestures = set.samples;
     warnOfFewTraces(gestures, report);
     warnOfShortSequences(gestures, options, report);
 

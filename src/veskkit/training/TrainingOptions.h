@@ -43,6 +43,9 @@ struct TrainingOptions {
     /// 22, or 28 for gestures with five traces or fewer.
     std::optional<double> smoothing;
 
+    /// Rounds in which the gestures' models learn to tell each other's traces apart, 0 to 1000.
+    int discrimination = 16;
+
     int thresholdStates = 10;          ///< per gesture in the threshold model, 2 to 200
     double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions
 

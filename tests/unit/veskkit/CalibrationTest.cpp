@@ -44,9 +44,7 @@ std::set<std::string> usersOf(const std::vector<GestureSamples>& gestures) {
 
 RecognitionModel composed(const std::vector<GestureModels>& gestures,
                           const std::vector<double>& codebook, double ratio) {
-    std::vector<const GestureModels*> all;
-    for (const GestureModels& gesture : gestures) all.push_back(&gesture);
-    return composeRecognitionModel(all, codebook, ratio, "all");
+    return composeRecognitionModel(gestures, codebook, ratio, "all");
 }
 
 TEST(CalibrationTest, LeavesEveryUserOutOnce) {

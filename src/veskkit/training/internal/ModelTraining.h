@@ -61,7 +61,7 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
                                          const std::function<void()>& trained);
 
 /// The recognition model that gestures make together, as it reads back from its file.
-RecognitionModel composeRecognitionModel(const std::vector<const GestureModels*>& gestures,
+RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook, double ratio,
                                          const std::string& name);
 

@@ -13,15 +13,17 @@ namespace Vesk::Kit::internal {
 inline constexpr double leastRatio = 1e-6;
 inline constexpr double largestRatio = 1e5;
 
-/// The trained models of all gestures, from which recognition models are put together.
+/// The models of all gestures, each trained by itself, from which recognition models are put
+/// together.
 struct TrainedSet {
-    std::vector<GestureModels> gestures;  ///< in the order of their names
+    TrainingOptions options;
+    std::vector<GestureSamples> samples;  ///< in the order of their names; refer to the traces
+    std::vector<GestureModels> gestures;  ///< in the same order
     std::vector<double> codebook;
-    double ratio;  ///< R, calibrated where the options ask for it
-    std::string name;
+    double ratio;           ///< R, calibrated where the options ask for it
     TrainingReport report;  ///< but for the ratio that the composed model has
 
-    /// The recognition model of all gestures, as it reads back from its file.
+    /// The recognition model of all gestures, told apart, as it reads back from its file.
     RecognitionModel compose() const;
 
     /// The same without one gesture of several, with the same R: what would be known of the
@@ -29,7 +31,8 @@ struct TrainedSet {
     RecognitionModel composeWithout(const std::string& gesture) const;
 };
 
-/// The whole of GestureTrainer::train but the last step; the traces have to stay for the call.
+/// The whole of GestureTrainer::train but the last step; the traces have to stay for the set's
+/// life.
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
                     const TrainingObserver& observer);
 

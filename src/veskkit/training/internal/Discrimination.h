@@ -1,0 +1,27 @@
+#ifndef VESK_VESKKIT_TRAINING_INTERNAL_DISCRIMINATION_H
+#define VESK_VESKKIT_TRAINING_INTERNAL_DISCRIMINATION_H
+
+#include <veskkit/training/internal/ModelTraining.h>
+
+#include <vector>
+
+namespace Vesk::Kit::internal {
+
+/// Makes the fine models of gestures tell the gestures apart. Each was trained on its own traces
+/// alone; here those traces count that another gesture's model finds nearly as likely, or likelier:
+/// along the best path of each of the two models the observed directions, and those near them,
+/// become likelier in the right one and less likely in the other, and the more so the smaller the
+/// lead of the right one (B.-H. Juang and S. Katagiri, Discriminative learning for minimum error
+/// classification, 1992, with a fixed step and all traces at once).
+///
+/// `samples` are the gestures' own, in the same order. `options.discrimination` rounds; nothing
+/// happens for 0 or for a single gesture. Emissions stay floored rows of sum 1. The same bits at
+/// any number of threads. O(rounds * samples * N T) beside O(samples * models * N T) for a search
+/// of rivals every eight rounds.
+void discriminate(std::vector<GestureModels>& gestures,
+                  const std::vector<const GestureSamples*>& samples,
+                  const std::vector<double>& codebook, const TrainingOptions& options);
+
+}  // namespace Vesk::Kit::internal
+
+#endif
