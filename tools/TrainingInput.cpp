@@ -40,7 +40,7 @@ void TrainingInput::addSettingsTo(CLI::App& line) {
         ->transform(numberIn(1, 199))
         ->type_name("N");
     line.add_option("--sub-models", training.subModels,
-                    "Most models a gesture, one a way of drawing it [1 below 20 traces, else 4]")
+                    "Most models a gesture, one a way of drawing it [1 below 20 traces, else 6]")
         ->transform(numberIn(1, 16))
         ->type_name("N");
     line.add_option("--iterations", training.iterations, "Most training iterations")

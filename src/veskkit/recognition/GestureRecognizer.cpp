@@ -2,6 +2,7 @@
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/recognition/ModelCheck.h>
+#include <veskkit/recognition/internal/LogProbability.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,21 +12,13 @@
 namespace Vesk::Kit {
 
 using internal::joined;
+using internal::logProbability;
 using Vesk::ML::GestureScore;
-using Vesk::ML::LeftRightHMM;
 using Vesk::ML::Recognition;
 
 namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
-
-/// ln P of a sequence whose plain probability is known: that one's logarithm while it has all its
-/// digits, else the scaled pass.
-double logProbability(double plain, const LeftRightHMM& gesture, const std::vector<int>& symbols) {
-    if (std::isnormal(plain)) return std::log(plain);
-    const double scaled = gesture.logLikelihood(symbols);
-    return std::isnan(scaled) ? -infinity : scaled;
-}
 
 double marginOf(const GestureScore& score, double threshold) {
     if (!(score.weightedProbability > 0.0)) return -infinity;

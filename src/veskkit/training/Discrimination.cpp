@@ -1,12 +1,15 @@
-#include <veskkit/training/internal/Discrimination.h>
-
 #include <veskkit/internal/Parallel.h>
+#include <veskkit/recognition/internal/LogProbability.h>
+#include <veskkit/training/internal/Discrimination.h>
 #include <veskkit/training/internal/Emissions.h>
 
+#include <vesk/recognition/RecognitionModelHMM.h>
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
+#include <numeric>
 #include <utility>
 
 namespace Vesk::Kit::internal {
@@ -14,16 +17,21 @@ namespace Vesk::Kit::internal {
 using Vesk::Math::MatrixT;
 using Vesk::ML::HMM;
 using Vesk::ML::LeftRightHMM;
+using Vesk::ML::RecognitionModelHMM;
 
 namespace {
 
 constexpr int roundsBetweenSearches = 8;
 constexpr std::size_t rivalsKept = 4;
-constexpr double safeLead = 10.0;     ///< natural logarithm: 20,000 times likelier than any rival
+
+// Leads are natural logarithms: how much likelier the right model is than any rival.
+constexpr double safeLead = 10.0;
 constexpr double widthOfLeads = 2.0;  ///< the lead's change that changes its weight by e
+constexpr double settledLead = 30.0;  ///< beyond it, nothing is looked at until the next search
 constexpr double leastWeight = 0.01;
+
 /// How far the logarithm of an emission moves for a model whose every trace counts in full.
-constexpr double step = 2.0;
+constexpr double step = 1.0;
 constexpr double fewestTraces = 50.0;  ///< a model of fewer moves as one of so many
 constexpr double longestMove = 1.0;    ///< of a logarithm in one round
 constexpr double reach = 22.0;         ///< degrees, of the Gaussian around an observed direction
@@ -39,41 +47,46 @@ struct Contender {
 struct Contest {
     std::size_t gesture;
     const std::vector<int>* symbols;
-    std::vector<std::size_t> own = {};     ///< contenders of its gesture
-    std::vector<std::size_t> rivals = {};  ///< the likeliest others, as last searched
+    bool settled = false;
+    std::size_t own = 0;                       ///< contenders of its gesture, the first of them,
+    std::vector<std::size_t> contenders = {};  ///< and the likeliest others, as last searched
 };
 
 /// How a contest stands: the better ones of both sides with their best paths, and how much it
 /// counts.
 struct Standing {
+    double weight = 0.0;
+    std::vector<int> symbols = {};
     std::size_t own = 0;
     std::size_t rival = 0;
-    double weight = 0.0;
     std::vector<int> ownPath = {};
     std::vector<int> rivalPath = {};
 };
 
 std::vector<int> bestPath(const LeftRightHMM& model, const std::vector<int>& symbols) {
     const int T = static_cast<int>(symbols.size());
+    // A copy: what the library does not call const is for one thread at a time.
     const MatrixT<double> found = HMM(model).viterbi(symbols, T);
     std::vector<int> path(symbols.size());
     for (int t = 0; t < T; ++t) path[static_cast<std::size_t>(t)] = static_cast<int>(found(1, t));
     return path;
 }
 
-/// The influence of an observed direction on every other one, 1 on itself.
-MatrixT<double> influences(const std::vector<double>& codebook) {
-    const int M = static_cast<int>(codebook.size());
-    MatrixT<double> weights(M, M);
-    for (int l = 0; l < M; ++l) {
-        for (int k = 0; k < M; ++k) {
-            double angle = std::abs(codebook[static_cast<std::size_t>(k)] -
-                                    codebook[static_cast<std::size_t>(l)]);
-            angle = std::min(angle, 360.0 - angle) / reach;
-            weights(l, k) = std::exp(-0.5 * angle * angle);
-        }
+/// Per symbol the one that a trace shows there when it is turned to the next direction, or to the
+/// one before; the same where that is out of reach.
+std::vector<int> turnedSymbols(const std::vector<double>& codebook, bool forwards) {
+    std::vector<std::size_t> order(codebook.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::stable_sort(order.begin(), order.end(),
+                     [&](std::size_t x, std::size_t y) { return codebook[x] < codebook[y]; });
+    std::vector<int> turned(codebook.size());
+    for (std::size_t n = 0; n < order.size(); ++n) {
+        const std::size_t from = order[n];
+        const std::size_t to = order[(n + (forwards ? 1 : order.size() - 1)) % order.size()];
+        const double angle = std::abs(codebook[from] - codebook[to]);
+        turned[from] = static_cast<int>(std::min(angle, 360.0 - angle) <= reach ? to : from);
     }
-    return weights;
+    return turned;
 }
 
 class Discrimination {
@@ -81,21 +94,20 @@ public:
     Discrimination(std::vector<GestureModels>& gestures,
                    const std::vector<const GestureSamples*>& samples,
                    const std::vector<double>& codebook, const TrainingOptions& options)
-        : settings(options), influence(influences(codebook)) {
+        : settings(options),
+          influence(circularGaussian(codebook, reach)),
+          turns{turnedSymbols(codebook, true), turnedSymbols(codebook, false)} {
         const int M = static_cast<int>(codebook.size());
         for (std::size_t g = 0; g < gestures.size(); ++g) {
-            const std::size_t first = contenders.size();
             for (LeftRightHMM& model : gestures[g].fine) {
-                contenders.push_back(
-                    {&model, g, MatrixT<double>(static_cast<int>(model.numStates), M)});
+                const int N = static_cast<int>(model.numStates);
+                contenders.push_back({&model, g, MatrixT<double>(N, M)});
             }
             for (const Sample& sample : samples[g]->samples) {
-                Contest contest{g, &sample.symbols};
-                for (std::size_t c = first; c < contenders.size(); ++c) contest.own.push_back(c);
-                contests.push_back(std::move(contest));
+                contests.push_back({g, &sample.symbols});
             }
         }
-        const auto share =
+        const double share =
             static_cast<double>(contests.size()) / static_cast<double>(contenders.size());
         rate = step / std::max(share, fewestTraces);
     }
@@ -103,71 +115,95 @@ public:
     void run() {
         for (int round = 0; round < settings.discrimination; ++round) {
             if (round % roundsBetweenSearches == 0) search();
-            weigh();
+            weigh(round % 3);
             move();
         }
     }
 
 private:
-    /// The likeliest of some contenders, the first of equals; minus infinity where none is
-    /// possible.
-    std::pair<std::size_t, double> best(const std::vector<std::size_t>& among,
-                                        const std::vector<int>& symbols) const {
-        std::pair<std::size_t, double> found{among.front(),
-                                             -std::numeric_limits<double>::infinity()};
-        for (const std::size_t c : among) {
-            const double likelihood = contenders[c].model->logLikelihood(symbols);
-            if (likelihood > found.second) found = {c, likelihood};
+    /// ln P of the symbols under each of some contenders.
+    std::vector<double> logProbabilities(const std::vector<std::size_t>& among,
+                                         const std::vector<int>& symbols) const {
+        std::vector<HMM*> models;
+        models.reserve(among.size());
+        for (const std::size_t c : among) models.push_back(contenders[c].model);
+        const auto found = RecognitionModelHMM(std::move(models), 1.0).evaluate(symbols).gestures;
+        std::vector<double> logs(among.size());
+        for (std::size_t k = 0; k < among.size(); ++k) {
+            logs[k] = logProbability(found[k].probability, *contenders[among[k]].model, symbols);
         }
-        return found;
+        return logs;
     }
 
+    /// Finds everybody's rivals.
     void search() {
+        std::vector<std::size_t> everyone(contenders.size());
+        std::iota(everyone.begin(), everyone.end(), std::size_t{0});
         parallelFor(contests.size(), settings.threads, [&](std::size_t i) {
             Contest& contest = contests[i];
-            std::vector<std::pair<double, std::size_t>> all;
-            for (std::size_t c = 0; c < contenders.size(); ++c) {
-                if (contenders[c].gesture == contest.gesture) continue;
-                // Sorted by falling likelihood, then by place.
-                all.emplace_back(-contenders[c].model->logLikelihood(*contest.symbols), c);
-            }
-            const std::size_t kept = std::min(rivalsKept, all.size());
-            std::partial_sort(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(kept),
-                              all.end());
-            contest.rivals.clear();
-            for (std::size_t k = 0; k < kept; ++k) contest.rivals.push_back(all[k].second);
+            const std::vector<double> logs = logProbabilities(everyone, *contest.symbols);
+            const auto likelier = [&](std::size_t x, std::size_t y) {
+                return logs[x] != logs[y] ? logs[x] > logs[y] : x < y;
+            };
+            std::vector<std::size_t> order = everyone;
+            const auto rivals = std::stable_partition(
+                order.begin(), order.end(),
+                [&](std::size_t c) { return contenders[c].gesture == contest.gesture; });
+            const auto kept =
+                std::min(static_cast<std::ptrdiff_t>(rivalsKept), order.end() - rivals);
+            std::partial_sort(rivals, rivals + kept, order.end(), likelier);
+            const std::size_t best = *std::min_element(order.begin(), rivals, likelier);
+            contest.settled = logs[best] - logs[*rivals] > settledLead;
+            contest.own = static_cast<std::size_t>(rivals - order.begin());
+            order.erase(rivals + kept, order.end());
+            contest.contenders = std::move(order);
         });
     }
 
-    void weigh() {
+    /// The symbols as drawn, or turned a little: models that tell these apart too rely less on
+    /// the very traces that they have seen.
+    std::vector<int> turned(const std::vector<int>& symbols, int turn) const {
+        std::vector<int> result = symbols;
+        if (turn == 0) return result;
+        const std::vector<int>& to = turns[static_cast<std::size_t>(turn - 1)];
+        for (int& symbol : result) symbol = to[static_cast<std::size_t>(symbol)];
+        return result;
+    }
+
+    /// How every contest stands with its trace as drawn (turn 0) or turned (1, 2).
+    void weigh(int turn) {
         standings.assign(contests.size(), {});
         parallelFor(contests.size(), settings.threads, [&](std::size_t i) {
             const Contest& contest = contests[i];
-            const std::vector<int>& symbols = *contest.symbols;
-            const auto [own, likelihood] = best(contest.own, symbols);
-            const auto [rival, other] = best(contest.rivals, symbols);
-            const double lead = likelihood - other;
+            if (contest.settled) return;
+            std::vector<int> symbols = turned(*contest.symbols, turn);
+            const std::vector<double> logs = logProbabilities(contest.contenders, symbols);
+            const auto rivals = logs.begin() + static_cast<std::ptrdiff_t>(contest.own);
+            const auto own = std::max_element(logs.begin(), rivals);
+            const auto rival = std::max_element(rivals, logs.end());
+            const double lead = *own - *rival;
             const double weight = 1.0 / (1.0 + std::exp((lead - safeLead) / widthOfLeads));
             // Written so that a lead that is no number counts nothing.
             if (!(weight >= leastWeight)) return;
-            standings[i] = {own, rival, weight, bestPath(*contenders[own].model, symbols),
-                            bestPath(*contenders[rival].model, symbols)};
+            Standing& standing = standings[i];
+            standing.weight = weight;
+            standing.own = contest.contenders[static_cast<std::size_t>(own - logs.begin())];
+            standing.rival = contest.contenders[static_cast<std::size_t>(rival - logs.begin())];
+            standing.ownPath = bestPath(*contenders[standing.own].model, symbols);
+            standing.rivalPath = bestPath(*contenders[standing.rival].model, symbols);
+            standing.symbols = std::move(symbols);
         });
     }
 
-    void note(std::size_t contender, const std::vector<int>& path, const std::vector<int>& symbols,
-              double weight) {
-        MatrixT<double>& evidence = contenders[contender].evidence;
-        for (std::size_t t = 0; t < symbols.size(); ++t) evidence(path[t], symbols[t]) += weight;
-    }
-
     void move() {
-        for (std::size_t i = 0; i < contests.size(); ++i) {
-            const Standing& standing = standings[i];
+        for (const Standing& standing : standings) {
             if (standing.weight == 0.0) continue;
-            const std::vector<int>& symbols = *contests[i].symbols;
-            note(standing.own, standing.ownPath, symbols, standing.weight);
-            note(standing.rival, standing.rivalPath, symbols, -standing.weight);
+            MatrixT<double>& own = contenders[standing.own].evidence;
+            MatrixT<double>& rival = contenders[standing.rival].evidence;
+            for (std::size_t t = 0; t < standing.symbols.size(); ++t) {
+                own(standing.ownPath[t], standing.symbols[t]) += standing.weight;
+                rival(standing.rivalPath[t], standing.symbols[t]) -= standing.weight;
+            }
         }
         parallelFor(contenders.size(), settings.threads,
                     [&](std::size_t c) { move(contenders[c]); });
@@ -196,6 +232,7 @@ private:
 
     const TrainingOptions& settings;
     MatrixT<double> influence;
+    std::array<std::vector<int>, 2> turns;
     double rate;
     std::vector<Contender> contenders;
     std::vector<Contest> contests;

@@ -41,19 +41,27 @@ void oddsToProbabilities(MatrixT<double>& b) {
     for (double& value : b.data) value = std::isinf(value) ? 1.0 : value / (1.0 + value);
 }
 
-void smoothEmissions(MatrixT<double>& b, const std::vector<double>& codebook, double sigma) {
-    if (sigma <= 0.0) return;
-    const int M = b.cols;
-    MatrixT<double> weights(M, M);  // row l: how symbol l spreads
+MatrixT<double> circularGaussian(const std::vector<double>& codebook, double sigma) {
+    const int M = static_cast<int>(codebook.size());
+    MatrixT<double> weights(M, M);
     for (int l = 0; l < M; ++l) {
-        double sum = 0.0;
         for (int k = 0; k < M; ++k) {
             double angle = std::abs(codebook[static_cast<std::size_t>(k)] -
                                     codebook[static_cast<std::size_t>(l)]);
             angle = std::min(angle, 360.0 - angle) / sigma;
             weights(l, k) = std::exp(-0.5 * angle * angle);
-            sum += weights(l, k);
         }
+    }
+    return weights;
+}
+
+void smoothEmissions(MatrixT<double>& b, const std::vector<double>& codebook, double sigma) {
+    if (sigma <= 0.0) return;
+    const int M = b.cols;
+    MatrixT<double> weights = circularGaussian(codebook, sigma);  // row l: how symbol l spreads
+    for (int l = 0; l < M; ++l) {
+        double sum = 0.0;
+        for (int k = 0; k < M; ++k) sum += weights(l, k);
         for (int k = 0; k < M; ++k) weights(l, k) /= sum;
     }
     std::vector<double> smooth(static_cast<std::size_t>(M));

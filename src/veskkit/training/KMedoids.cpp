@@ -2,6 +2,7 @@
 #include <veskkit/training/KMedoids.h>
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -110,6 +111,31 @@ Indices lasting(const Clustering& clustering, std::size_t smallest) {
     return result;
 }
 
+double meanDistance(const std::vector<double>& distances, const Clustering& clustering) {
+    const std::size_t n = clustering.cluster.size();
+    double sum = 0.0;
+    for (std::size_t i = 0; i < n; ++i) {
+        sum += distances[i * n + clustering.medoids[clustering.cluster[i]]];
+    }
+    return sum / static_cast<double>(n);
+}
+
+/// The first of 1, 2, ... `most` clusters whose items are close enough to their medoids, else the
+/// closest.
+Clustering closestClustering(const std::vector<double>& distances, std::size_t n, std::size_t most,
+                             std::size_t smallest, double closeEnough) {
+    Clustering closest;
+    double least = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 1; k <= std::max<std::size_t>(most, 1) && least > closeEnough; ++k) {
+        Clustering clustering = clusterAroundMedoids(distances, n, k, smallest);
+        const double mean = meanDistance(distances, clustering);
+        if (mean >= least) continue;
+        least = mean;
+        closest = std::move(clustering);
+    }
+    return closest;
+}
+
 }  // namespace
 
 std::vector<Indices> Clustering::members() const {
@@ -133,8 +159,8 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
     return search.assign(std::move(staying));
 }
 
-Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t k,
-                          std::size_t smallest) {
+Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t most,
+                          std::size_t smallest, double closeEnough) {
     std::vector<std::vector<double>> shapes;
     shapes.reserve(traces.size());
     for (const Points* trace : traces) shapes.push_back(internal::shapeOf(*trace));
@@ -151,7 +177,7 @@ Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t 
             distances[j * n + i] = d;
         }
     }
-    Clustering clustering = clusterAroundMedoids(distances, n, k, smallest);
+    Clustering clustering = closestClustering(distances, n, most, smallest, closeEnough);
     for (std::size_t& medoid : clustering.medoids) medoid = compared[medoid];
     if (stride <= 1) return clustering;
 

@@ -33,8 +33,12 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
 /// centred, divided by the largest absolute coordinate, squared Euclidean distance. InputError for
 /// a trace without a direction (Resampler.h). Of more than 1000 traces every n-th takes part in
 /// finding the medoids; the others join the nearest.
-Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t k,
-                          std::size_t smallest);
+///
+/// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` from their
+/// medoids on average, and takes the clustering with the least average: after clusters were
+/// dissolved, fewer may be better. O(most^2 n^2) time.
+Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t most,
+                          std::size_t smallest, double closeEnough = 0.0);
 
 }  // namespace Vesk::Kit
 

@@ -26,7 +26,8 @@ using Vesk::ML::TrainingStep;
 namespace {
 
 constexpr std::size_t enoughForSubModels = 20;
-constexpr int subModelsByDefault = 4;
+constexpr int subModelsByDefault = 6;
+constexpr double oneWayOfDrawing = 0.5;  ///< mean distance of shapes that one sub-model serves
 constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
@@ -78,8 +79,9 @@ std::vector<Sequences> partition(const std::vector<Sample>& samples,
     if (most <= 1) return {sequencesOf(samples)};
     std::vector<const Points*> traces;
     for (const Sample& sample : samples) traces.push_back(&sample.trace->points);
-    const Clustering clustering = clusterByShape(
-        traces, static_cast<std::size_t>(most), static_cast<std::size_t>(options.smallestSubModel));
+    const Clustering clustering =
+        clusterByShape(traces, static_cast<std::size_t>(most),
+                       static_cast<std::size_t>(options.smallestSubModel), oneWayOfDrawing);
     std::vector<Sequences> parts;
     for (const std::vector<std::size_t>& members : clustering.members()) {
         Sequences part;

@@ -30,8 +30,8 @@ struct TrainingOptions {
     int states = 32;  ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
     int delta = 1;    ///< largest forward jump, 1 to `states` - 1
 
-    /// Most sub-models a gesture, 1 to 16: one a way of drawing it. Unset: 1 below 20 traces of
-    /// the gesture, else 4. Handwriting gains from 8.
+    /// Most sub-models a gesture, 1 to 16: one a way of drawing it, as many as its traces differ in
+    /// shape (KMedoids.h). Unset: 1 below 20 traces of the gesture, else 6.
     std::optional<int> subModels;
     int smallestSubModel = 5;  ///< traces that a sub-model is made from at least
 
@@ -44,7 +44,7 @@ struct TrainingOptions {
     std::optional<double> smoothing;
 
     /// Rounds in which the gestures' models learn to tell each other's traces apart, 0 to 1000.
-    int discrimination = 16;
+    int discrimination = 24;
 
     int thresholdStates = 10;          ///< per gesture in the threshold model, 2 to 200
     double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions

@@ -18,6 +18,10 @@ void floorEmissions(Vesk::Math::MatrixT<double>& b, double floor);
 /// Turns trained emissions, which are odds p / (1 - p), back into the probabilities p.
 void oddsToProbabilities(Vesk::Math::MatrixT<double>& b);
 
+/// M x M: a Gaussian on the circle, `sigma` degrees wide, between any two directions; 1 from each
+/// to itself.
+Vesk::Math::MatrixT<double> circularGaussian(const std::vector<double>& codebook, double sigma);
+
 /// Spreads every emission over the neighbouring directions with a Gaussian on the circle, `sigma`
 /// degrees wide. A row's sum stays. Nothing happens for a sigma of 0.
 void smoothEmissions(Vesk::Math::MatrixT<double>& b, const std::vector<double>& codebook,
