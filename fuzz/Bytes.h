@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <string>
 #include <vector>
 
 namespace Vesk::Fuzz {
@@ -12,12 +13,10 @@ namespace Vesk::Fuzz {
 /// Values made of the fuzzer's bytes, one after the other; zeros once these are used up.
 class Bytes {
 public:
-    Bytes(const std::uint8_t* start, std::size_t size) : at(start), left(size) {}
+    explicit Bytes(const std::string& text) : source(text) {}
 
     std::uint8_t byte() {
-        if (left == 0) return 0;
-        --left;
-        return *at++;
+        return next < source.size() ? static_cast<std::uint8_t>(source[next++]) : 0;
     }
 
     /// In low .. high, both included, at most 256 apart.
@@ -72,8 +71,8 @@ private:
         return value;
     }
 
-    const std::uint8_t* at;
-    std::size_t left;
+    const std::string& source;
+    std::size_t next = 0;
 };
 
 }  // namespace Vesk::Fuzz

@@ -11,8 +11,8 @@
 
 using namespace Vesk::Fuzz;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const MemoryFile file(textOf(data, size));
+void Vesk::Fuzz::take(const std::string& text) {
+    const MemoryFile file(text);
     Vesk::ML::VectorQuantizer2D quantizer;
     expect(quantizer.loadCodebook(file.path().c_str()), "a file that can be opened is read");
     Vesk::Test::Reference::Quantizer literal;
@@ -27,5 +27,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         expect(symbol >= 0 && symbol < quantizer.codebookSize, "symbols of the codebook");
     }
     expect(quantizer.save("/dev/null"), "every codebook can be written");
-    return 0;
 }

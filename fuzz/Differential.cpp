@@ -7,14 +7,12 @@
 
 using namespace Vesk::Fuzz;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Mute mute;
-    Bytes bytes(data, size);
+void Vesk::Fuzz::take(const std::string& text) {
+    Bytes bytes(text);
     switch (bytes.integer(0, 3)) {
         case 0: compareGeneral(bytes); break;
         case 1: compareLeftRight(bytes); break;
         case 2: compareRecognition(bytes); break;
         default: compareQuantizer(bytes); break;
     }
-    return 0;
 }

@@ -51,8 +51,7 @@ void use(HMM& model) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text = textOf(data, size);
+void Vesk::Fuzz::take(const std::string& text) {
     const MemoryFile file(text);
     const Bounds bounds = boundsOf(text);
     std::unique_ptr<HMM> model;
@@ -60,7 +59,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         model.reset(Vesk::ML::load(file.path().c_str()));
     } catch (const std::bad_alloc&) {
         expect(bounds.exceeded(), "only what is too large is refused");
-        return 0;
+        return;
     }
     expect(!bounds.exceeded(), "what is too large is refused");
     expect(model != nullptr, "a file that can be opened gives a model");
@@ -69,5 +68,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                "read as the literal reader does");
     }
     use(*model);
-    return 0;
 }

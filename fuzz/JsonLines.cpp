@@ -9,14 +9,13 @@
 
 using namespace Vesk::Fuzz;
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::istringstream in(textOf(data, size));
+void Vesk::Fuzz::take(const std::string& text) {
+    std::istringstream in(text);
     Vesk::Kit::JsonLinesReader reader(in, "traces");
-    for (const Vesk::Kit::Trace& trace : readAll(reader, size)) {
+    for (const Vesk::Kit::Trace& trace : readAll(reader, text.size())) {
         std::istringstream line(Vesk::Kit::jsonLine(trace));
         Vesk::Kit::JsonLinesReader again(line, "again");
         const auto traces = readAll(again, line.str().size());
         expect(traces.size() == 1 && same(trace, traces[0], false), "a line comes back");
     }
-    return 0;
 }

@@ -1,7 +1,7 @@
 // Runs a target on files and on all files below folders: usage: fuzz_TARGET_replay PATH...
 // What the fuzzer does with a corpus, for any compiler.
 
-#include "Target.h"
+#include "Entry.h"
 
 #include <algorithm>
 #include <filesystem>

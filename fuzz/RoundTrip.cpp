@@ -100,13 +100,12 @@ void codebook(Bytes& bytes) {
 
 }  // namespace
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Bytes bytes(data, size);
+void Vesk::Fuzz::take(const std::string& text) {
+    Bytes bytes(text);
     switch (bytes.integer(0, 3)) {
         case 0: general(bytes); break;
         case 1: leftRight(bytes); break;
         case 2: recognition(bytes); break;
         default: codebook(bytes); break;
     }
-    return 0;
 }
