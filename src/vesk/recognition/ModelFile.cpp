@@ -131,14 +131,13 @@ std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name
 
 /// Appends a gesture that is to stay valid for ever. std::bad_alloc deletes it.
 void append(std::unique_ptr<LeftRightHMM> gesture, std::vector<HMM*>& gestures) {
-    gestures.push_back(gesture.get());
+    gestures.push_back(nullptr);
     try {
-        internal::rememberForever(gesture.get());
+        gestures.back() = internal::keepForever(std::move(gesture));
     } catch (...) {
         gestures.pop_back();
         throw;
     }
-    gesture.release();
 }
 
 bool readModel(RecognitionModelHMM& model, const char* path,
