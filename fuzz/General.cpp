@@ -35,11 +35,13 @@ Bounds boundsOf(const std::string& text) {
     return bounds;
 }
 
-void use(HMM& model) {
+/// To the full where that takes no time; else, so that the fuzzer gets on, once.
+void use(HMM& model, bool small) {
     const int last = static_cast<int>(model.vocabSize) - 1;
     const std::vector<int> symbols{0, last, last / 2};
     const int T = static_cast<int>(symbols.size());
     const double forward = model.forwardProbability(symbols, T);
+    if (!small) return;
     expect(Vesk::Test::bitEqual(forward, HMM(model).forwardProbability(symbols, T)),
            "a copy answers as its original");
     model.backwardProbability(symbols, T);
@@ -67,5 +69,5 @@ void Vesk::Fuzz::take(const std::string& text) {
         expect(Vesk::Test::modelsEqual(Vesk::Test::Reference::parse(text), *model),
                "read as the literal reader does");
     }
-    use(*model);
+    use(*model, bounds.small());
 }
