@@ -16,6 +16,7 @@ target_compile_options(vesk_private INTERFACE
     # g++ 12 sees overlaps that cannot be in concatenations of std::string at -O3.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<BOOL:${VESK_WARNINGS_AS_ERRORS}>:-Werror>)
+target_compile_definitions(vesk_private INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 if(VESK_SANITIZE)
     target_compile_options(vesk_private INTERFACE
         -fsanitize=${VESK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -32,11 +33,23 @@ if(VESK_COVERAGE)
     target_link_options(vesk_private INTERFACE --coverage)
 endif()
 
+# What is shipped: no conversion that loses bits unseen; in optimised builds the stack, copies of the
+# C library and the tables of the linker are guarded.
+add_library(vesk_shipped INTERFACE)
+target_compile_options(vesk_shipped INTERFACE -Wconversion)
+if(NOT VESK_SANITIZE)
+    set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
+    target_compile_options(vesk_shipped INTERFACE
+        "$<${optimised}:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+    target_link_options(vesk_shipped INTERFACE "$<${optimised}:LINKER:-z,relro,-z,now>")
+endif()
+
 # vesk_library(<name> <exported name> SHARED|STATIC <source>...): a library of the project.
 function(vesk_library name exported type)
     add_library(${name} ${type} ${ARGN})
     add_library(Vesk::${exported} ALIAS ${name})
-    target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:vesk_private>)
+    target_link_libraries(${name} PRIVATE
+        $<BUILD_INTERFACE:vesk_private> $<BUILD_INTERFACE:vesk_shipped>)
     target_compile_features(${name} INTERFACE cxx_std_17)
     target_include_directories(${name} PUBLIC
         $<BUILD_INTERFACE:${VESK_INCLUDE_ROOT}> $<BUILD_INTERFACE:${VESK_GENERATED_ROOT}>)

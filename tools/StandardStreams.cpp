@@ -25,7 +25,9 @@ bool quiet = false;
 
 }  // namespace
 
-void outliveClosedPipes() { std::signal(SIGPIPE, SIG_IGN); }
+void outliveFailedWrites() {
+    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
+}
 
 void writeResult(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) refuseOutput();

@@ -5,8 +5,9 @@
 
 namespace Vesk::Tool {
 
-/// Makes writing to a pipe that nobody reads an error rather than a signal.
-void outliveClosedPipes();
+/// Makes writing to a pipe that nobody reads, or beyond the largest size of a file, an error rather
+/// than a signal.
+void outliveFailedWrites();
 
 /// Writes results. OutputError where standard output cannot take them, at the latest on flushing.
 void writeResult(std::string_view text);

@@ -108,7 +108,7 @@ int fail(const std::string& problem, ExitStatus status) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    outliveClosedPipes();
+    outliveFailedWrites();
     watchForInterruption();
     std::ios::sync_with_stdio(false);
     try {

@@ -9,6 +9,8 @@
 #                                      no fused multiply-add, which rounds once where two roundings
 #                                      are promised; but in the functions whose names match, which
 #                                      divide by them exactly
+#   symbols.sh hardened FILE           tables of the linker are read-only once the program runs, and
+#                                      the stack is guarded
 set -euo pipefail
 export LC_ALL=C
 
@@ -65,6 +67,15 @@ case $check in
                     exit wrong || !some
                 }'
         echo "no fused multiply-add"
+        ;;
+    hardened)
+        grep -qE 'FLAGS.*(BIND_NOW|NOW)' <<<"$dynamic" || { echo "binds lazily"; exit 1; }
+        headers=$(readelf --program-headers --wide "$library")
+        grep -q GNU_RELRO <<<"$headers" || { echo "tables stay writable"; exit 1; }
+        if grep -qE 'GNU_STACK.*RWE' <<<"$headers"; then echo "the stack is executable"; exit 1; fi
+        undefined=$(nm --dynamic --undefined-only "$library")
+        grep -q __stack_chk_fail <<<"$undefined" || { echo "no guard on the stack"; exit 1; }
+        echo "hardened"
         ;;
     *)
         echo "no such check: $check"

@@ -10,6 +10,7 @@ Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double>
     : symbols(symbols),
       columns(scratch, static_cast<std::size_t>(symbols.count()), b.rows, margin),
       N(b.rows) {
+    if (N == 0) return;  // a pass that reads none was given none
     const Vesk::Kernels::Set& kernels = Vesk::Kernels::kernels();
     if (symbols.inOrder()) {
         kernels.transposeTable(b.data, b.stride, N, symbols.count(), columns[0], columns.pitch());

@@ -3,6 +3,8 @@
 #include <vesk/hmm/internal/Parameters.h>
 #include <vesk/hmm/internal/PlainPasses.h>
 
+#include <cassert>
+
 namespace Vesk::ML {
 
 using Vesk::Math::MatrixT;
@@ -62,6 +64,7 @@ double HMM::xi(int i, int j, int t, VectorT<int> observation, MatrixT<double> al
                MatrixT<double> beta) {
     const internal::Parameters p =
         internal::parametersFor(*this, vocabSize, t + 2, internal::Direction::Backward);
+    assert(i >= 0 && i < p.N && j >= 0 && j < p.N && t >= 0);
     const auto forwards = givenTable(alpha, p.N, t + 1);
     const auto backwards = givenTable(beta, p.N, t + 2);
     const int symbol = internal::observed(observation, t + 2, vocabSize)[t + 1];
@@ -76,6 +79,7 @@ double HMM::xi(int i, int j, int t, VectorT<int> observation, MatrixT<double> al
 
 double HMM::gamma(int i, int t, MatrixT<double> alpha, MatrixT<double> beta) {
     const auto N = static_cast<int>(numStates);
+    assert(i >= 0 && i < N && t >= 0);
     const auto forwards = givenTable(alpha, N, t + 1);
     const auto backwards = givenTable(beta, N, t + 1);
     double sum = 0.0;

@@ -1,6 +1,7 @@
 #ifndef VESK_MATH_MATRIXT_H
 #define VESK_MATH_MATRIXT_H
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <new>
@@ -86,13 +87,16 @@ public:
         std::swap(this->cols, other.cols);
     }
 
-    /// Element (r, c), both zero-based; undefined outside the storage.
+    /// Element (r, c), both zero-based; undefined outside the storage (asserted in debug
+    /// builds).
     T& operator()(int r, int c) { return this->data[position(r, c)]; }
     const T& operator()(int r, int c) const { return this->data[position(r, c)]; }
 
 private:
     std::size_t position(int r, int c) const {
-        return static_cast<std::size_t>(this->cols * r + c);
+        const auto at = static_cast<std::size_t>(this->cols * r + c);
+        assert(at < this->data.size());
+        return at;
     }
 };
 

@@ -106,6 +106,7 @@ HMM* newCombinedModel(const RecognitionModelHMM& model) {
     auto combined = std::make_unique<HMM>(1, 1);
     combined->numStates = N;
     combined->vocabSize = M;
+    combined->name.reserve(model.name.size());
     combined->a.data.reserve(model.a.data.size());
     combined->b.data.reserve(model.b.data.size());
     combined->vocab.data.reserve(model.vocab.data.size());

@@ -11,6 +11,7 @@
 #include <iostream>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace Vesk::ML {
 namespace {
@@ -128,6 +129,17 @@ std::unique_ptr<LeftRightHMM> readGesture(InputFile& in, const std::string& name
     return gesture;
 }
 
+/// Appends a gesture that is to stay valid for ever. std::bad_alloc deletes it.
+void append(std::unique_ptr<LeftRightHMM> gesture, std::vector<HMM*>& gestures) {
+    gestures.push_back(nullptr);
+    try {
+        gestures.back() = internal::keepForever(std::move(gesture));
+    } catch (...) {
+        gestures.pop_back();
+        throw;
+    }
+}
+
 bool readModel(RecognitionModelHMM& model, const char* path,
                const std::function<void(const std::string&)>& observer) {
     InputFile in(path);
@@ -137,7 +149,7 @@ bool readModel(RecognitionModelHMM& model, const char* path,
     std::string gestureName;
     while (in.readWord(gestureName)) {
         if (observer) observer(gestureName);
-        model.gestures.push_back(internal::keepForever(readGesture(in, gestureName, model.vocab)));
+        append(readGesture(in, gestureName, model.vocab), model.gestures);
     }
     model.setModelTransitionProb(model.modelTransitionProb);
     return model.createRecognitionHMMfromParameters() && model.recognitionHMM != nullptr;

@@ -51,7 +51,7 @@ std::array<std::vector<double>, 3> measured(const Examination& examination,
         double low[2] = {points[0][0], points[0][1]};
         double high[2] = {points[0][0], points[0][1]};
         for (const std::vector<double>& point : points) {
-            for (const std::size_t axis : {0, 1}) {
+            for (const std::size_t axis : {std::size_t{0}, std::size_t{1}}) {
                 low[axis] = std::min(low[axis], point[axis]);
                 high[axis] = std::max(high[axis], point[axis]);
             }

@@ -60,7 +60,7 @@ std::string problemOfPoints(const Trace& trace) {
         if (point.size() < 2)
             return joined("found ", point.size(), point.size() == 1 ? " number" : " numbers",
                           " as points[", p, "], expected 2");
-        for (const std::size_t axis : {0, 1}) {
+        for (const std::size_t axis : {std::size_t{0}, std::size_t{1}}) {
             if (std::isfinite(point[axis])) continue;
             return joined("found ", point[axis], " in points[", p, "], expected a finite number");
         }

@@ -137,9 +137,12 @@ public:
         fd = -1;
         if (closed != 0) fail(requested, errno);
         if (destination.through) return;
+        // Nothing may fail once the file is in place.
+        const fs::path parent = destination.path.parent_path();
+        const std::string folder = parent.empty() ? "." : parent.string();
         if (::rename(temporary.c_str(), destination.path.c_str()) != 0) fail(requested, errno);
         temporary.clear();
-        syncFolder();
+        syncFolder(folder.c_str());
     }
 
     std::ostream& stream() { return out; }
@@ -196,10 +199,8 @@ private:
     }
 
     /// Makes the rename itself last; the file is in place whether that works or not.
-    void syncFolder() const {
-        const fs::path parent = destination.path.parent_path();
-        const int folder =
-            ::open(parent.empty() ? "." : parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    static void syncFolder(const char* path) {
+        const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (folder < 0) return;
         ::fsync(folder);
         ::close(folder);

@@ -85,7 +85,8 @@ CsvReader::~CsvReader() = default;
 
 bool CsvReader::next(Trace& result) {
     if (!started) readHead();
-    if (!rowAtHand) return false;
+    // Stays so where something is refused: the table ends there.
+    if (!std::exchange(rowAtHand, false)) return false;
     Trace read;
     read.source = lines->source();
     read.line = lines->number();
@@ -96,13 +97,16 @@ bool CsvReader::next(Trace& result) {
     do {
         const Key own{field(trace), field(gesture), field(user)};
         if (!(own == key)) {
-            if (trace != absent) break;
+            if (trace != absent) {
+                rowAtHand = true;
+                break;
+            }
             throw InputError(joined(lines->place(), ": found a row of gesture ",
                                     quoted(own.gesture), " and user ", quoted(own.user),
                                     " in the file of one trace, expected a column \"trace\""));
         }
         read.points.push_back({number(x, "x"), number(y, "y")});
-    } while ((rowAtHand = readRow()));
+    } while (readRow());
     result = std::move(read);
     return true;
 }

@@ -15,7 +15,8 @@ public:
     virtual ~TraceReader() = default;
 
     /// Reads the next trace into `trace`; false at the end. InputError of one line,
-    /// "<source>:<line>: found ..., expected ...", lines counted from 1.
+    /// "<source>:<line>: found ..., expected ...", lines counted from 1. The next call
+    /// goes on behind what was refused; a table ends there.
     virtual bool next(Trace& trace) = 0;
 };
 

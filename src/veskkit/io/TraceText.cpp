@@ -9,10 +9,12 @@ namespace Vesk::Kit {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using Json = nlohmann::json;
 
-std::string dumped(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+/// A single value as JSON.
+template <typename Value>
+std::string dumped(const Value& value) {
+    return Json(value).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 /// A field of a table, in quotation marks where it needs them: with blanks, which readers trim, and
@@ -35,11 +37,20 @@ std::string field(const Trace& trace, const std::string& text) {
 
 std::string jsonLine(const Trace& trace) {
     requireUsablePoints(trace);
-    Json json;
-    if (!trace.gesture.empty()) json["gesture"] = trace.gesture;
-    if (!trace.user.empty()) json["user"] = trace.user;
-    json["points"] = trace.points;
-    return dumped(json) + "\n";
+    // Put together here: a JSON list cannot be destroyed where memory is short.
+    std::string line = "{";
+    if (!trace.gesture.empty()) line += "\"gesture\":" + dumped(trace.gesture) + ',';
+    if (!trace.user.empty()) line += "\"user\":" + dumped(trace.user) + ',';
+    line += "\"points\":[";
+    for (const std::vector<double>& point : trace.points) {
+        line += line.back() == '[' ? "[" : ",[";
+        for (const double number : point) {
+            if (line.back() != '[') line += ',';
+            line += dumped(number);
+        }
+        line += ']';
+    }
+    return line + "]}\n";
 }
 
 std::string tableHeader() { return "gesture,user,trace,x,y\n"; }

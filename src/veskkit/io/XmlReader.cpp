@@ -52,12 +52,43 @@ pugi::xml_node following(pugi::xml_node node) {
     return node.next_sibling();
 }
 
+/// Tells the line of any position in a text in constant time.
+class LineNumbers {
+public:
+    explicit LineNumbers(const std::string& indexed) : text(indexed) {
+        for (std::size_t at = 0; at < text.size(); at += block) {
+            before.push_back(before.empty() ? 0 : before.back() + lineEnds(at - block, at));
+        }
+    }
+
+    /// Counted from 1; beyond the text that of its end.
+    std::size_t at(std::ptrdiff_t offset) const {
+        if (text.empty() || offset <= 0) return 1;
+        const std::size_t end = std::min(static_cast<std::size_t>(offset), text.size());
+        const std::size_t last = (end - 1) / block;
+        return before[last] + lineEnds(last * block, end) + 1;
+    }
+
+private:
+    static constexpr std::size_t block = 256;
+
+    std::size_t lineEnds(std::size_t first, std::size_t end) const {
+        const auto at = [this](std::size_t i) {
+            return text.begin() + static_cast<std::ptrdiff_t>(i);
+        };
+        return static_cast<std::size_t>(std::count(at(first), at(end), '\n'));
+    }
+
+    const std::string& text;
+    std::vector<std::size_t> before;  ///< line ends before each block
+};
+
 }  // namespace
 
 class XmlReader::Document {
 public:
     Document(std::istream& in, std::string name)
-        : source(std::move(name)), text(readAll(in, source)) {
+        : source(std::move(name)), text(readAll(in, source)), lines(text) {
         const pugi::xml_parse_result parsed = document.load_buffer(
             text.data(), text.size(), pugi::parse_default, pugi::encoding_auto);
         if (parsed) {
@@ -71,7 +102,7 @@ public:
     bool next(Trace& result) {
         while (node && std::string_view(node.name()) != "Gesture") node = following(node);
         if (!node) {
-            if (any) return false;
+            if (std::exchange(any, true)) return false;
             throw InputError(oneLine(source) + ": found no element Gesture, expected at least 1");
         }
         any = true;
@@ -86,7 +117,7 @@ private:
     Trace read(pugi::xml_node gesture) const {
         Trace trace;
         trace.source = source;
-        trace.line = lineAt(gesture.offset_debug());
+        trace.line = lines.at(gesture.offset_debug());
         trace.gesture = withoutDigitsAtEnd(gesture.attribute("Name").value());
         trace.user = gesture.attribute("Subject").value();
         std::size_t strokes = 0;
@@ -117,17 +148,13 @@ private:
                                 ", expected a finite number"));
     }
 
-    std::size_t lineAt(std::ptrdiff_t offset) const {
-        const auto length = static_cast<std::ptrdiff_t>(text.size());
-        const auto end = text.begin() + std::clamp<std::ptrdiff_t>(offset, 0, length);
-        return static_cast<std::size_t>(std::count(text.begin(), end, '\n')) + 1;
-    }
     std::string placeAt(std::ptrdiff_t offset) const {
-        return joined(oneLine(source), ':', lineAt(offset));
+        return joined(oneLine(source), ':', lines.at(offset));
     }
 
     std::string source;
     std::string text;
+    LineNumbers lines;
     pugi::xml_document document;
     pugi::xml_node node;  ///< where to look for the next gesture
     bool any = false;

@@ -33,6 +33,8 @@ class Words {
 public:
     Words(std::istream& stream, std::string name) : in(stream), source(std::move(name)) {
         converter.imbue(std::locale::classic());
+        // An allocation that fails inside an extraction is not to pass for a bad number.
+        converter.exceptions(std::ios_base::badbit);
     }
 
     /// Skips white space; whether anything follows.

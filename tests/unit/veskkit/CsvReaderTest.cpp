@@ -149,5 +149,21 @@ TEST(CsvReaderTest, HoldsOneTraceAtATime) {
     EXPECT_EQ(count, 100000u);
 }
 
+TEST(CsvReaderTest, ATableEndsWithWhatIsRefused) {
+    for (const char* text : {"x,y\n1,one\n2,2\n", "x,y\n1,\"1\n2,2\n", "a,b\n1,1\n",
+                             "trace,x,y\n1,1,1\n2,2,2\n1,3,3\n4,4,4\n"}) {
+        SCOPED_TRACE(text);
+        std::istringstream in(text);
+        CsvReader reader(in, "t");
+        Trace trace;
+        const auto readOn = [&] {
+            while (reader.next(trace)) {
+            }
+        };
+        EXPECT_THROW(readOn(), InputError);
+        EXPECT_FALSE(reader.next(trace));
+    }
+}
+
 }  // namespace
 }  // namespace Vesk::Kit

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <ctime>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -85,6 +87,14 @@ TEST(XmlReaderTest, GoesOnAfterABadGesture) {
     EXPECT_FALSE(reader.next(trace));
 }
 
+TEST(XmlReaderTest, SaysOnceThatThereIsNoGesture) {
+    std::istringstream in("<Log/>");
+    XmlReader reader(in, "t");
+    Trace trace;
+    EXPECT_THROW(reader.next(trace), InputError);
+    EXPECT_FALSE(reader.next(trace));
+}
+
 TEST(XmlReaderTest, TakesDeepAndEntityLadenDocuments) {
     std::string deep;
     for (int i = 0; i < 20000; ++i) deep += "<a>";
@@ -93,6 +103,38 @@ TEST(XmlReaderTest, TakesDeepAndEntityLadenDocuments) {
     EXPECT_EQ(read(deep).size(), 1u);
     EXPECT_EQ(read("<!DOCTYPE Gesture [<!ENTITY a \"b\">]><Gesture Name=\"&a;\"/>")[0].gesture,
               "&a;");
+}
+
+TEST(XmlReaderTest, LinesAreCountedAcrossLongTexts) {
+    std::string text = "<Log>";
+    std::vector<std::size_t> expected;
+    for (std::size_t i = 0; i < 3000; ++i) {
+        text.append(i % 7, '\n').append(i % 61, ' ') += "<Gesture/>";
+        expected.push_back((expected.empty() ? 1 : expected.back()) + i % 7);
+    }
+    std::vector<std::size_t> found;
+    for (const Trace& trace : read(text + "</Log>")) found.push_back(trace.line);
+    EXPECT_EQ(found, expected);
+}
+
+TEST(XmlReaderTest, ManyGesturesTakeNoMoreThanTheirShare) {
+    std::string text = "<Log>";
+    for (int i = 0; i < 400000; ++i) text += "<Gesture>\n<Point/></Gesture>";
+    std::istringstream in(text + "</Log>");
+    XmlReader reader(in, "t");
+    // Counting lines from the start for each of them takes minutes.
+    const std::clock_t start = std::clock();
+    Trace trace;
+    std::size_t refused = 0;
+    for (bool more = true; more;) {
+        try {
+            more = reader.next(trace);
+        } catch (const InputError&) {
+            ++refused;
+        }
+        ASSERT_LT(std::clock() - start, 30 * CLOCKS_PER_SEC) << refused;
+    }
+    EXPECT_EQ(refused, 400000u);
 }
 
 TEST(XmlReaderTest, RefusesFilesThatAreTooLarge) {

@@ -1,0 +1,73 @@
+// Any bytes as the file of a general model: read as the literal reader does, refused where
+// docs/formats.md says so and nowhere else; what comes out can be used for everything.
+
+#include "Bounds.h"
+#include "MemoryFile.h"
+#include "Target.h"
+
+#include <support/HmmModels.h>
+#include <vesk/hmm/HMM.h>
+
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+
+using namespace Vesk::Fuzz;
+using Vesk::ML::HMM;
+
+namespace {
+
+Bounds boundsOf(const std::string& text) {
+    std::istringstream in(text);
+    std::string name;
+    unsigned int N = 0;
+    unsigned int M = 0;
+    int D = 1;
+    in >> name >> N >> M >> D;
+    Bounds bounds(text.size());
+    const std::uint64_t states = N < 1 ? 1 : N;
+    const std::uint64_t symbols = M < 1 ? 1 : M;
+    bounds.table(states, 1);
+    bounds.table(states, states);
+    bounds.table(states, symbols);
+    bounds.table(symbols, D < 1 ? 1 : static_cast<std::uint64_t>(D));
+    return bounds;
+}
+
+/// To the full where that takes no time; else, so that the fuzzer gets on, once.
+void use(HMM& model, bool small) {
+    const int last = static_cast<int>(model.vocabSize) - 1;
+    const std::vector<int> symbols{0, last, last / 2};
+    const int T = static_cast<int>(symbols.size());
+    const double forward = model.forwardProbability(symbols, T);
+    if (!small) return;
+    expect(Vesk::Test::bitEqual(forward, HMM(model).forwardProbability(symbols, T)),
+           "a copy answers as its original");
+    model.backwardProbability(symbols, T);
+    model.viterbi(symbols, T);
+    model.genSeq(T);
+    expect(model.save("/dev/null"), "every model that was read can be written");
+    if (model.numStates <= 64) model.baumWelch(symbols, T, 2);
+}
+
+}  // namespace
+
+void Vesk::Fuzz::take(const std::string& text) {
+    const MemoryFile file(text);
+    const Bounds bounds = boundsOf(text);
+    std::unique_ptr<HMM> model;
+    try {
+        model.reset(Vesk::ML::load(file.path().c_str()));
+    } catch (const std::bad_alloc&) {
+        expect(bounds.exceeded(), "only what is too large is refused");
+        return;
+    }
+    expect(!bounds.exceeded(), "what is too large is refused");
+    expect(model != nullptr, "a file that can be opened gives a model");
+    if (bounds.small()) {
+        expect(Vesk::Test::modelsEqual(Vesk::Test::Reference::parse(text), *model),
+               "read as the literal reader does");
+    }
+    use(*model, bounds.small());
+}
