@@ -222,10 +222,13 @@ private:
                 }
                 evidence(i, l) = 0.0;
             }
+            double sum = 0.0;
             for (int k = 0; k < b.cols; ++k) {
                 b(i, k) *= std::exp(std::clamp(rate * total[static_cast<std::size_t>(k)],
                                                -longestMove, longestMove));
+                sum += b(i, k);
             }
+            for (int k = 0; k < b.cols; ++k) b(i, k) /= sum;
         }
         floorEmissions(b, settings.emissionFloor);
     }

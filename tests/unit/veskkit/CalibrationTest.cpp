@@ -164,6 +164,7 @@ TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
     options.states = 4;
     options.thresholdStates = 3;
     options.iterations = 2;
+    options.discrimination = 0;
     const std::vector<double> codebook{0, 90, 180, 270};
     int trained = 0;
     const auto count = [&] { ++trained; };

@@ -104,7 +104,7 @@ TEST(CodebookTest, RefusesNumbersOfSymbolsOutOfRange) {
 
 TEST(CodebookTest, ModelsAreTrainedWithTheDirectionsGiven) {
     TrainingOptions options;
-    options.states = 12;
+    options.states = 24;
     options.codebook = learntCodebook(drawnTraces(1, 2, 4), 20).directions;
     const TrainingResult result = GestureTrainer(options).train(drawnTraces(1, 2, 4));
     EXPECT_EQ(result.model.get().codebook, options.codebook);

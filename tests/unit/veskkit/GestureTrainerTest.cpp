@@ -207,16 +207,21 @@ TEST(GestureTrainerTest, ReportsWhatItDid) {
     EXPECT_TRUE(report.skipped.empty());
 }
 
-TEST(GestureTrainerTest, SubModelsFollowTheNumberOfTraces) {
+TEST(GestureTrainerTest, SubModelsFollowTheNumberOfTracesAndHowTheyDiffer) {
     TrainingOptions options = quick();
     options.subModels.reset();
     options.calibrate = false;
     TrainingResult few = GestureTrainer(options).train(drawnTraces(1, 1, 19));
     EXPECT_EQ(few.report.gestures[0].subModels.size(), 1u);
     EXPECT_NEAR(few.report.acceptanceRatio, 1e3, 1.0);
-    TrainingResult more = GestureTrainer(options).train(drawnTraces(1, 1, 60));
+    std::vector<Trace> traces = drawnTraces(1, 1, 60);
+    EXPECT_EQ(GestureTrainer(options).train(traces).report.gestures[0].subModels.size(), 1u);
+    for (std::size_t i = 0; i < traces.size(); i += 2) {
+        std::reverse(traces[i].points.begin(), traces[i].points.end());
+    }
+    TrainingResult more = GestureTrainer(options).train(traces);
     EXPECT_GT(more.report.gestures[0].subModels.size(), 1u);
-    EXPECT_LE(more.report.gestures[0].subModels.size(), 4u);
+    EXPECT_LE(more.report.gestures[0].subModels.size(), 6u);
     EXPECT_NEAR(more.report.acceptanceRatio, 1e4, 30.0);
     EXPECT_EQ(more.model.gestureNames().size(), 5u);
     EXPECT_EQ(more.model.gestures()[0]->name, more.model.gestures()[1]->name);

@@ -105,6 +105,12 @@ TEST(KMedoidsTest, EveryItemIsWithItsNearestMedoid) {
     }
 }
 
+std::vector<const Points*> pointersTo(const std::vector<Points>& traces) {
+    std::vector<const Points*> pointers;
+    for (const Points& trace : traces) pointers.push_back(&trace);
+    return pointers;
+}
+
 TEST(KMedoidsTest, ShapesAreToldWhateverTheirSizeAndPlace) {
     std::vector<Points> traces;
     for (int i = 0; i < 5; ++i) {
@@ -112,10 +118,33 @@ TEST(KMedoidsTest, ShapesAreToldWhateverTheirSizeAndPlace) {
         traces.push_back({{size, size}, {2 * size, size}, {2 * size, 3 * size}});
         traces.push_back({{-size, 0}, {-size, 2 * size}, {size, 2 * size}});
     }
-    std::vector<const Points*> pointers;
-    for (const Points& trace : traces) pointers.push_back(&trace);
-    const Clustering clustering = clusterByShape(pointers, 2, 2);
+    const Clustering clustering = clusterByShape(pointersTo(traces), 2, 2);
     EXPECT_EQ(clustering.members(), (std::vector<Indices>{{0, 2, 4, 6, 8}, {1, 3, 5, 7, 9}}));
+}
+
+/// Five lines up, five to the right, and two to the left.
+std::vector<Points> threeWays() {
+    std::vector<Points> traces(5, Points{{0, 0}, {0, 1}});
+    traces.insert(traces.end(), 5, Points{{0, 0}, {1, 0}});
+    traces.insert(traces.end(), 2, Points{{0, 0}, {-1, 0}});
+    return traces;
+}
+
+TEST(KMedoidsTest, ShapesGetAsManyClustersAsItTakesToBeClose) {
+    const std::vector<Points> traces = threeWays();
+    EXPECT_EQ(clusterByShape(pointersTo(traces), 9, 1).medoids.size(), 3u);
+    EXPECT_EQ(clusterByShape(pointersTo(traces), 2, 1).medoids.size(), 2u);
+    EXPECT_EQ(clusterByShape(pointersTo(traces), 9, 1, 1e9).medoids.size(), 1u);
+}
+
+TEST(KMedoidsTest, MoreClustersThanLastDoNotCostTheGoodOnes) {
+    // Of three clusters the smallest is dissolved; none of the tries after it is better.
+    const std::vector<Points> traces = threeWays();
+    const Clustering clustering = clusterByShape(pointersTo(traces), 6, 3);
+    ASSERT_EQ(clustering.medoids.size(), 2u);
+    EXPECT_EQ(clustering.cluster[0], clustering.cluster[4]);
+    EXPECT_EQ(clustering.cluster[5], clustering.cluster[9]);
+    EXPECT_NE(clustering.cluster[0], clustering.cluster[5]);
 }
 
 TEST(KMedoidsTest, ThousandsOfTracesAreClusteredThroughSomeOfThem) {
