@@ -127,7 +127,8 @@ private:
         std::vector<HMM*> models;
         models.reserve(among.size());
         for (const std::size_t c : among) models.push_back(contenders[c].model);
-        const auto found = RecognitionModelHMM(std::move(models), 1.0).evaluate(symbols).gestures;
+        const RecognitionModelHMM together(std::move(models), 1.0);
+        const auto found = together.evaluate(symbols).gestures;
         std::vector<double> logs(among.size());
         for (std::size_t k = 0; k < among.size(); ++k) {
             logs[k] = logProbability(found[k].probability, *contenders[among[k]].model, symbols);
@@ -212,6 +213,8 @@ private:
     void move(Contender& contender) const {
         MatrixT<double>& b = contender.model->b;
         MatrixT<double>& evidence = contender.evidence;
+        const auto isNone = [](double value) { return value == 0.0; };
+        if (std::all_of(evidence.data.begin(), evidence.data.end(), isNone)) return;
         std::vector<double> total(static_cast<std::size_t>(b.cols));
         for (int i = 0; i < b.rows; ++i) {
             std::fill(total.begin(), total.end(), 0.0);
