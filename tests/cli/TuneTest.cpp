@@ -94,7 +94,7 @@ TEST_F(Tune, WarnsWhereNoSettingKeepsUnknownGesturesOut) {
     writeFile(path("twice.jsonl"), content);
     const Outcome outcome =
         run({"tune", path("twice.jsonl"), "--symbols", "16", "--states", "10", "--iterations", "1",
-             "--rounds", "1", "--target-false-accept", "0"});
+             "--discrimination", "1", "--rounds", "1", "--target-false-accept", "0"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.err, testing::ContainsRegex("^vesk: warning: .* of unknown gestures are "
                                                     "accepted even at the largest ratio, expected "
