@@ -14,7 +14,8 @@ namespace Vesk::Kit {
 
 /// How a set of traces is examined.
 struct DoctorOptions {
-    /// How models are trained for the cross-validation. Nothing is calibrated.
+    /// How models are trained for the cross-validation: each by itself (`discrimination` counts
+    /// nothing). Nothing is calibrated.
     TrainingOptions training;
 
     /// Whether traces are recognised by models trained without them, which takes most of the time.

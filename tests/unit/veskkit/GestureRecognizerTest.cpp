@@ -261,6 +261,7 @@ const RecognitionModel& trainedModel() {
         options.states = 12;
         options.symbols = 16;
         options.subModels = 2;
+        options.discrimination = 0;
         options.acceptanceRatio = 1e5;
         return GestureTrainer(options).train(Vesk::Test::drawnTraces(1, 2, 6)).model.clone();
     }();
