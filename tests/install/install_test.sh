@@ -69,7 +69,7 @@ package() {
     build_and_test "$scratch/package-$argument"
     if [[ $kit == ON ]]; then
         # Without the kit's own dependencies the library is still there.
-        configure "$here/package" "$scratch/package-alone" -DSTANDARD="$argument" -DKIT=OFF \
+        configure "$here/package" "$scratch/package-$argument-alone" -DSTANDARD="$argument" -DKIT=OFF \
             -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_DISABLE_FIND_PACKAGE_fmt=TRUE \
             -DCMAKE_DISABLE_FIND_PACKAGE_pugixml=TRUE \
             -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
