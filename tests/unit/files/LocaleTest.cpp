@@ -3,6 +3,7 @@
 #include "Subjects.h"
 
 #include <support/Capture.h>
+#include <support/GlobalLocale.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,17 +24,6 @@ class Elsewhere : public std::numpunct<char> {
 };
 
 std::locale elsewhere() { return {std::locale::classic(), new Elsewhere}; }
-
-class GlobalLocale {
-public:
-    explicit GlobalLocale(const std::locale& locale) : previous(std::locale::global(locale)) {}
-    ~GlobalLocale() { std::locale::global(previous); }
-    GlobalLocale(const GlobalLocale&) = delete;
-    GlobalLocale& operator=(const GlobalLocale&) = delete;
-
-private:
-    std::locale previous;
-};
 
 TEST(Locale, OfTheHostChangesNoFile) {
     Subjects subjects;

@@ -1,52 +1,13 @@
 #include <vesk/leftright/LeftRightHMM.h>
 
+#include <support/FailingAllocator.h>
 #include <support/Files.h>
 #include <support/LeftRightModels.h>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <iostream>
 #include <new>
-#include <streambuf>
 #include <vector>
-
-// This program's allocation functions count what is held and fail on request.
-
-namespace {
-
-long held = 0;           // allocations that are not yet freed
-long untilFailure = -1;  // allocations that still succeed; negative: all do
-
-void* allocate(std::size_t size) {
-    if (untilFailure == 0) return nullptr;
-    if (untilFailure > 0) --untilFailure;
-    void* const memory = std::malloc(size == 0 ? 1 : size);
-    if (memory != nullptr) ++held;
-    return memory;
-}
-
-void release(void* memory) {
-    if (memory == nullptr) return;
-    --held;
-    std::free(memory);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-    if (void* const memory = allocate(size)) return memory;
-    throw std::bad_alloc();
-}
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
 
 namespace {
 
@@ -54,45 +15,14 @@ using Vesk::ML::HMM;
 using Vesk::ML::LeftRightHMM;
 using namespace Vesk::Test;
 
-/// Swallows standard output without allocating.
-class Silence : public std::streambuf {
-public:
-    Silence() : previous(std::cout.rdbuf(this)) {}
-    ~Silence() override { std::cout.rdbuf(previous); }
-
-protected:
-    int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-    std::streamsize xsputn(const char*, std::streamsize count) override { return count; }
-
-private:
-    std::streambuf* previous;
-};
-
-/// Runs `work` with its first, second, ... allocation failing until it needs no more: each failure
-/// must come out as std::bad_alloc and leave nothing behind. Returns how many failed.
+/// Each failure has to leave nothing behind and the objects as they were.
 template <typename Work, typename Check>
-long failEachAllocation(Work work, Check unchangedAfterFailure) {
-    for (long successes = 0; successes < 100000; ++successes) {
-        bool failed = false;
-        bool other = false;
-        const long before = held;
-        untilFailure = successes;
-        try {
-            work();
-        } catch (const std::bad_alloc&) {
-            failed = true;
-        } catch (...) {
-            other = true;
-        }
-        untilFailure = -1;
-        EXPECT_FALSE(other) << "after " << successes << " allocations";
-        if (!failed) return successes;
-        EXPECT_EQ(held, before) << "after " << successes << " allocations";
-        EXPECT_TRUE(unchangedAfterFailure()) << "after " << successes << " allocations";
-        if (testing::Test::HasFailure()) return successes;
-    }
-    ADD_FAILURE() << "never succeeds";
-    return -1;
+long failEachAllocationOf(Work work, Check unchanged) {
+    const long before = blocksHeld();
+    return failEachAllocation(work, [&] {
+        EXPECT_EQ(blocksHeld(), before);
+        EXPECT_TRUE(unchanged());
+    });
 }
 
 struct Example {
@@ -112,8 +42,8 @@ Example threeStates() {
 TEST(LeftRightAllocationFailure, ConstructionReleasesWhatItBuilt) {
     const auto nothing = [] { return true; };
     Sequences sequences = {{0, 1, 2, 3}, {1, 2}, {3}};
-    EXPECT_GE(failEachAllocation([] { const LeftRightHMM model(3, 4, 1); }, nothing), 4);
-    EXPECT_GE(failEachAllocation([&] { const LeftRightHMM model(3, 4, sequences, 1); }, nothing),
+    EXPECT_GE(failEachAllocationOf([] { const LeftRightHMM model(3, 4, 1); }, nothing), 4);
+    EXPECT_GE(failEachAllocationOf([&] { const LeftRightHMM model(3, 4, sequences, 1); }, nothing),
               8);
 }
 
@@ -123,7 +53,7 @@ TEST(LeftRightAllocationFailure, EstimateFreesItsTables) {
     for (const auto type : {HMM::StateSymbols, HMM::EqualSegments}) {
         LeftRightHMM model = libraryModel(example.start);
         // What the arguments' copies allocate is the caller's affair; all of it must come back.
-        const long failures = failEachAllocation(
+        const long failures = failEachAllocationOf(
             [&] { model.calcInitialProbs(type, example.sequences); }, [] { return true; });
         EXPECT_GE(failures, 1);
         Reference::LeftRightModel expected = example.start;
@@ -139,10 +69,12 @@ TEST(LeftRightAllocationFailure, ScaledPassesFreeTheirTables) {
     const int T = static_cast<int>(O.size());
     std::vector<double> scale(O.size());
     const auto unchanged = [&] { return sameModel(example.start, model); };
-    EXPECT_GE(failEachAllocation([&] { model.forwardProcWithScale(O, T, scale); }, unchanged), 1);
-    EXPECT_GE(failEachAllocation([&] { model.backwardProcWithScale(O, T, scale); }, unchanged), 1);
+    EXPECT_GE(failEachAllocationOf([&] { model.forwardProcWithScale(O, T, scale); }, unchanged), 1);
+    EXPECT_GE(failEachAllocationOf([&] { model.backwardProcWithScale(O, T, scale); }, unchanged),
+              1);
     EXPECT_GE(
-        failEachAllocation([&] { model.forwardProbabilityWithScale(O, T, scale); }, unchanged), 1);
+        failEachAllocationOf([&] { model.forwardProbabilityWithScale(O, T, scale); }, unchanged),
+        1);
 }
 
 TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
@@ -153,15 +85,15 @@ TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
     const auto unchanged = [&] { return sameModel(example.start, model); };
 
     EXPECT_GE(
-        failEachAllocation([&] { model.baumWelch(O, static_cast<int>(O.size()), 1); }, unchanged),
+        failEachAllocationOf([&] { model.baumWelch(O, static_cast<int>(O.size()), 1); }, unchanged),
         1);
     Reference::LeftRightModel single = example.start;
     ASSERT_EQ(Reference::baumWelch(single, O, static_cast<int>(O.size()), 1), 1);
     EXPECT_TRUE(sameModel(single, model));
 
     model = libraryModel(example.start);
-    EXPECT_GE(failEachAllocation([&] { model.baumWelchMultiple(example.sequences, 1); }, unchanged),
-              1);
+    EXPECT_GE(
+        failEachAllocationOf([&] { model.baumWelchMultiple(example.sequences, 1); }, unchanged), 1);
     Reference::LeftRightModel multiple = example.start;
     ASSERT_TRUE(Reference::baumWelchMultiple(multiple, example.sequences, 1).back().accepted);
     EXPECT_TRUE(sameModel(multiple, model));
@@ -170,7 +102,7 @@ TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
 TEST(LeftRightAllocationFailure, LoadingLeavesNothingBehind) {
     const TemporaryFolder folder;
     Example example = threeStates();
-    example.start.name = "a name that is too long to be held inside of the string itself";
+    example.start.name = "a name that is too long to be blocksHeld() inside of the string itself";
     example.start.vocabValues = {0, 1, 2, 3};
     const std::string path = folder.path("model");
     writeFile(path, Reference::fileText(example.start));
@@ -179,17 +111,17 @@ TEST(LeftRightAllocationFailure, LoadingLeavesNothingBehind) {
     int models = 0;
     for (long successes = 0; successes < 60; ++successes) {
         LeftRightHMM* model = nullptr;
-        const long before = held;
-        untilFailure = successes;
+        const long before = blocksHeld();
+        failAllocationsAfter(successes);
         try {
             model = Vesk::ML::loadLR(path.c_str());
         } catch (const std::bad_alloc&) {
             ++failures;
         }
-        untilFailure = -1;
+        failAllocationsAfter(-1);
         if (model != nullptr) ++models;
         delete model;
-        ASSERT_EQ(held, before) << "after " << successes << " allocations";
+        ASSERT_EQ(blocksHeld(), before) << "after " << successes << " allocations";
     }
     EXPECT_GE(failures, 5);
     EXPECT_GE(models, 1);

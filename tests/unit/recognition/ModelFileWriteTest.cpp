@@ -1,5 +1,6 @@
 #include <support/Capture.h>
 #include <support/Files.h>
+#include <support/GlobalLocale.h>
 #include <support/RecognitionModels.h>
 
 #include <gtest/gtest.h>
@@ -357,17 +358,6 @@ class Commas : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
-};
-
-class GlobalLocale {
-public:
-    explicit GlobalLocale(const std::locale& locale) : previous(std::locale::global(locale)) {}
-    ~GlobalLocale() { std::locale::global(previous); }
-    GlobalLocale(const GlobalLocale&) = delete;
-    GlobalLocale& operator=(const GlobalLocale&) = delete;
-
-private:
-    std::locale previous;
 };
 
 TEST(WriteModelFile, TheGlobalLocaleChangesNothing) {
