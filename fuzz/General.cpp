@@ -44,6 +44,9 @@ void use(HMM& model, bool small) {
     if (!small) return;
     expect(Vesk::Test::bitEqual(forward, HMM(model).forwardProbability(symbols, T)),
            "a copy answers as its original");
+    expect(
+        Vesk::Test::bitEqual(std::vector<double>{forward, 0.0}, model.likelihoods({symbols, {}})),
+        "several sequences are answered as one");
     model.backwardProbability(symbols, T);
     model.viterbi(symbols, T);
     model.genSeq(T);

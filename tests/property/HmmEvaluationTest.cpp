@@ -86,6 +86,24 @@ TEST(HmmEvaluationProperty, ProbabilitiesAreThePlainOnes) {
     }
 }
 
+TEST(HmmEvaluationProperty, LikelihoodsOfManySequencesAreThePlainOnes) {
+    for (std::uint64_t seed = 50001; seed <= 50000 + cases; ++seed) {
+        SCOPED_TRACE(seed);
+        Case c(seed);
+        const HMM model = modelOf(c.model);
+        std::vector<std::vector<int>> sequences;
+        std::vector<double> expected;
+        for (int k = c.random.integer(0, 9); k > 0; --k) {
+            const int T = c.random.chance(0.15) ? 0 : c.random.integer(1, 30);
+            sequences.push_back(c.random.symbols(T, c.model.M));
+            expected.push_back(T < 1 ? 0.0
+                                     : Reference::forwardProbability(c.model, sequences.back(), T));
+        }
+        ASSERT_TRUE(bitEqual(expected, model.likelihoods(sequences)));
+        ASSERT_TRUE(modelsEqual(c.model, model));
+    }
+}
+
 TEST(HmmEvaluationProperty, PosteriorsOfTheModelsOwnTablesAreThePlainOnes) {
     for (std::uint64_t seed = 30001; seed <= 33000; ++seed) {
         SCOPED_TRACE(seed);

@@ -92,6 +92,12 @@ TEST(TransitionForms, PassesAndPathsAreTheLiteralOnes) {
             bitEqual(matrixOf(Reference::forwardProc(reference, o, T)), model.forwardProc(o, T)));
         ASSERT_TRUE(bitEqual(Reference::forwardProbability(reference, o, T),
                              model.forwardProbability(o, T)));
+        const std::vector<int> o2 = random.symbols(random.integer(1, 5), M);
+        const double likelihood = Reference::forwardProbability(reference, o, T);
+        const double likelihood2 =
+            Reference::forwardProbability(reference, o2, static_cast<int>(o2.size()));
+        ASSERT_TRUE(bitEqual({likelihood, likelihood2, likelihood, 0.0, likelihood2, likelihood},
+                             model.likelihoods({o, o2, o, {}, o2, o})));
         ASSERT_TRUE(
             bitEqual(matrixOf(Reference::backwardProc(reference, o, T)), model.backwardProc(o, T)));
         ASSERT_TRUE(bitEqual(Reference::backwardProbability(reference, o, T),

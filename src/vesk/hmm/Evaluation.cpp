@@ -3,7 +3,9 @@
 #include <vesk/hmm/internal/Parameters.h>
 #include <vesk/hmm/internal/PlainPasses.h>
 
+#include <algorithm>
 #include <cassert>
+#include <vector>
 
 namespace Vesk::ML {
 
@@ -45,6 +47,17 @@ double HMM::forwardProbabilityHMM(VectorT<int> observation, int T, int N, Vector
     if (T < 1) return 0.0;
     return internal::forwardLikelihood(internal::givenParameters(N, pi, a, b),
                                        internal::observed(observation, T, b.cols), T);
+}
+
+std::vector<double> HMM::likelihoods(const std::vector<std::vector<int>>& sequences) const {
+    int longest = 0;
+    for (const std::vector<int>& o : sequences) {
+        const auto T = static_cast<int>(o.size());
+        internal::observed(o, T, vocabSize);
+        longest = std::max(longest, T);
+    }
+    return internal::forwardLikelihoods(internal::parametersFor(*this, vocabSize, longest),
+                                        sequences);
 }
 
 double HMM::backwardProbability(VectorT<int> observation, int T) {

@@ -132,6 +132,12 @@ public:
                                  Vesk::Math::VectorT<double> pi, Vesk::Math::MatrixT<double> a,
                                  Vesk::Math::MatrixT<double> b);
 
+    /// P(o) of each of many sequences, whole: what `forwardProbability` gives, 0.0 for an empty
+    /// one. The model is laid out once for all of them, and several are passed over together.
+    /// Symbols below M. O(N (N + M + N S)) for S symbols in all, O(N (N + M)) memory beside the
+    /// result.
+    std::vector<double> likelihoods(const std::vector<std::vector<int>>& sequences) const;
+
     /// P(o) from beta. O(N^2 T).
     double backwardProbability(Vesk::Math::VectorT<int> observation, int T);
     double backwardProbabilityHMM(Vesk::Math::VectorT<int> observation, int T, int N,

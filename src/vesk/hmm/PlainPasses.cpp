@@ -2,6 +2,9 @@
 
 #include <vesk/hmm/internal/Passes.h>
 
+#include <cstddef>
+#include <cstdint>
+
 namespace Vesk::ML::internal {
 
 MatrixT<double> forward(const Parameters& parameters, const int* o, int T) {
@@ -77,6 +80,45 @@ double forwardLikelihood(const Parameters& parameters, const Symbols& symbols, c
     double sum = 0.0;
     passes.exactly([&] { sum = orderedSum(lastColumn(passes, o, T, columns), parameters.N); });
     return sum;
+}
+
+std::vector<double> forwardLikelihoods(const Parameters& parameters,
+                                       const std::vector<std::vector<int>>& sequences) {
+    std::vector<double> results(sequences.size(), 0.0);
+    std::int64_t length = 0;
+    for (const std::vector<int>& o : sequences) length += static_cast<std::int64_t>(o.size());
+    if (length == 0) return results;
+    Scratch scratch;
+    Symbols symbols(scratch, parameters.b.cols, length);
+    for (const std::vector<int>& o : sequences) symbols.add(o.data(), static_cast<int>(o.size()));
+    Passes passes(scratch, parameters, symbols);
+    std::vector<Columns> columns;
+    for (std::size_t k = 0; k < passesTogether; ++k) columns.push_back(passes.columns(2));
+
+    std::vector<std::size_t> together;
+    const auto passOverAll = [&] {
+        const auto passOver = [&](std::size_t k) {
+            const std::vector<int>& o = sequences[together[k]];
+            return ForwardPass(passes, o.data(), static_cast<int>(o.size()),
+                               alternating(columns[k]), asItIs);
+        };
+        std::vector<decltype(passOver(0))> all;
+        all.reserve(together.size());
+        for (std::size_t k = 0; k < together.size(); ++k) all.push_back(passOver(k));
+        completeTogether(all);
+    };
+    for (std::size_t next = 0; next < sequences.size();) {
+        for (together.clear(); next < sequences.size() && together.size() < passesTogether;
+             ++next) {
+            if (!sequences[next].empty()) together.push_back(next);
+        }
+        passes.exactly(passOverAll);
+        for (std::size_t k = 0; k < together.size(); ++k) {
+            const auto T = static_cast<int>(sequences[together[k]].size());
+            results[together[k]] = orderedSum(alternating(columns[k])(T - 1), parameters.N);
+        }
+    }
+    return results;
 }
 
 double backwardLikelihood(const Parameters& parameters, const int* o, int T) {

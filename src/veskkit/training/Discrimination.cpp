@@ -3,8 +3,6 @@
 #include <veskkit/training/internal/Discrimination.h>
 #include <veskkit/training/internal/Emissions.h>
 
-#include <vesk/recognition/RecognitionModelHMM.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,17 +15,18 @@ namespace Vesk::Kit::internal {
 using Vesk::Math::MatrixT;
 using Vesk::ML::HMM;
 using Vesk::ML::LeftRightHMM;
-using Vesk::ML::RecognitionModelHMM;
 
 namespace {
 
 constexpr int roundsBetweenSearches = 8;
 constexpr std::size_t rivalsKept = 4;
+constexpr std::size_t contestsAtOnce = 1024;  ///< in a search
 
 // Leads are natural logarithms: how much likelier the right model is than any rival.
 constexpr double safeLead = 10.0;
 constexpr double widthOfLeads = 2.0;  ///< the lead's change that changes its weight by e
 constexpr double settledLead = 30.0;  ///< beyond it, nothing is looked at until the next search
+constexpr double farLead = 60.0;      ///< beyond it, nothing is looked at any more
 constexpr double leastWeight = 0.01;
 
 /// How far the logarithm of an emission moves for a model whose every trace counts in full.
@@ -47,9 +46,16 @@ struct Contender {
 struct Contest {
     std::size_t gesture;
     const std::vector<int>* symbols;
+    std::vector<std::size_t> near = {};  ///< contenders that may come into reach
     bool settled = false;
     std::size_t own = 0;                       ///< contenders of its gesture, the first of them,
     std::vector<std::size_t> contenders = {};  ///< and the likeliest others, as last searched
+};
+
+/// What to ask some contenders.
+struct Question {
+    std::vector<int> symbols;
+    const std::vector<std::size_t>* contenders;
 };
 
 /// How a contest stands: the better ones of both sides with their best paths, and how much it
@@ -62,6 +68,16 @@ struct Standing {
     std::vector<int> ownPath = {};
     std::vector<int> rivalPath = {};
 };
+
+/// ln P of every sequence.
+std::vector<double> logProbabilities(const LeftRightHMM& model,
+                                     const std::vector<std::vector<int>>& sequences) {
+    std::vector<double> logs = model.likelihoods(sequences);
+    for (std::size_t n = 0; n < logs.size(); ++n) {
+        logs[n] = logProbability(logs[n], model, sequences[n]);
+    }
+    return logs;
+}
 
 std::vector<int> bestPath(const LeftRightHMM& model, const std::vector<int>& symbols) {
     const int T = static_cast<int>(symbols.size());
@@ -107,6 +123,9 @@ public:
                 contests.push_back({g, &sample.symbols});
             }
         }
+        std::vector<std::size_t> everyone(contenders.size());
+        std::iota(everyone.begin(), everyone.end(), std::size_t{0});
+        for (Contest& contest : contests) contest.near = everyone;
         const double share =
             static_cast<double>(contests.size()) / static_cast<double>(contenders.size());
         rate = step / std::max(share, fewestTraces);
@@ -121,44 +140,77 @@ public:
     }
 
 private:
-    /// ln P of the symbols under each of some contenders.
-    std::vector<double> logProbabilities(const std::vector<std::size_t>& among,
-                                         const std::vector<int>& symbols) const {
-        std::vector<HMM*> models;
-        models.reserve(among.size());
-        for (const std::size_t c : among) models.push_back(contenders[c].model);
-        const RecognitionModelHMM together(std::move(models), 1.0);
-        const auto found = together.evaluate(symbols).gestures;
-        std::vector<double> logs(among.size());
-        for (std::size_t k = 0; k < among.size(); ++k) {
-            logs[k] = logProbability(found[k].probability, *contenders[among[k]].model, symbols);
+    /// ln P of every question's symbols under each of its contenders.
+    std::vector<std::vector<double>> answers(const std::vector<Question>& questions) const {
+        struct Place {
+            std::size_t question;
+            std::size_t contender;
+        };
+        std::vector<std::vector<double>> logs(questions.size());
+        std::vector<std::vector<Place>> places(contenders.size());
+        for (std::size_t q = 0; q < questions.size(); ++q) {
+            const std::vector<std::size_t>& asked = *questions[q].contenders;
+            logs[q].resize(asked.size());
+            for (std::size_t k = 0; k < asked.size(); ++k) places[asked[k]].push_back({q, k});
         }
+        parallelFor(contenders.size(), settings.threads, [&](std::size_t c) {
+            std::vector<std::vector<int>> sequences;
+            sequences.reserve(places[c].size());
+            for (const Place& place : places[c]) {
+                sequences.push_back(questions[place.question].symbols);
+            }
+            const std::vector<double> found = logProbabilities(*contenders[c].model, sequences);
+            for (std::size_t n = 0; n < found.size(); ++n) {
+                logs[places[c][n].question][places[c][n].contender] = found[n];
+            }
+        });
         return logs;
     }
 
-    /// Finds everybody's rivals.
+    /// Finds everybody's rivals, so many contests at a time that the table of all likelihoods
+    /// stays small.
     void search() {
-        std::vector<std::size_t> everyone(contenders.size());
-        std::iota(everyone.begin(), everyone.end(), std::size_t{0});
-        parallelFor(contests.size(), settings.threads, [&](std::size_t i) {
-            Contest& contest = contests[i];
-            const std::vector<double> logs = logProbabilities(everyone, *contest.symbols);
-            const auto likelier = [&](std::size_t x, std::size_t y) {
-                return logs[x] != logs[y] ? logs[x] > logs[y] : x < y;
-            };
-            std::vector<std::size_t> order = everyone;
-            const auto rivals = std::stable_partition(
-                order.begin(), order.end(),
-                [&](std::size_t c) { return contenders[c].gesture == contest.gesture; });
-            const auto kept =
-                std::min(static_cast<std::ptrdiff_t>(rivalsKept), order.end() - rivals);
-            std::partial_sort(rivals, rivals + kept, order.end(), likelier);
-            const std::size_t best = *std::min_element(order.begin(), rivals, likelier);
-            contest.settled = logs[best] - logs[*rivals] > settledLead;
-            contest.own = static_cast<std::size_t>(rivals - order.begin());
-            order.erase(rivals + kept, order.end());
-            contest.contenders = std::move(order);
+        for (std::size_t first = 0; first < contests.size(); first += contestsAtOnce) {
+            const std::size_t count = std::min(contestsAtOnce, contests.size() - first);
+            std::vector<Question> questions(count);
+            for (std::size_t k = 0; k < count; ++k) {
+                const Contest& contest = contests[first + k];
+                questions[k] = {*contest.symbols, &contest.near};
+            }
+            const std::vector<std::vector<double>> logs = answers(questions);
+            parallelFor(count, settings.threads,
+                        [&](std::size_t k) { findRivals(contests[first + k], logs[k]); });
+        }
+    }
+
+    void findRivals(Contest& contest, const std::vector<double>& logs) const {
+        struct Found {
+            std::size_t contender;
+            double log;
+        };
+        std::vector<Found> found;
+        found.reserve(logs.size());
+        for (std::size_t k = 0; k < logs.size(); ++k) found.push_back({contest.near[k], logs[k]});
+        const auto likelier = [](const Found& x, const Found& y) { return x.log > y.log; };
+        const auto rivals = std::stable_partition(found.begin(), found.end(), [&](const Found& it) {
+            return contenders[it.contender].gesture == contest.gesture;
         });
+        std::stable_sort(rivals, found.end(), likelier);
+        const double best = std::min_element(found.begin(), rivals, likelier)->log;
+
+        contest.near.clear();
+        contest.contenders.clear();
+        contest.own = 0;
+        std::size_t rival = 0;
+        for (auto it = found.begin(); it != found.end(); ++it) {
+            const double behind = best - it->log;
+            if (behind > farLead) continue;
+            contest.near.push_back(it->contender);
+            if (behind > settledLead || (it >= rivals && ++rival > rivalsKept)) continue;
+            contest.contenders.push_back(it->contender);
+            if (it < rivals) ++contest.own;
+        }
+        contest.settled = rival == 0;
     }
 
     /// The symbols as drawn, or turned a little: models that tell these apart too rely less on
@@ -173,27 +225,34 @@ private:
 
     /// How every contest stands with its trace as drawn (turn 0) or turned (1, 2).
     void weigh(int turn) {
-        standings.assign(contests.size(), {});
-        parallelFor(contests.size(), settings.threads, [&](std::size_t i) {
-            const Contest& contest = contests[i];
-            if (contest.settled) return;
-            std::vector<int> symbols = turned(*contest.symbols, turn);
-            const std::vector<double> logs = logProbabilities(contest.contenders, symbols);
-            const auto rivals = logs.begin() + static_cast<std::ptrdiff_t>(contest.own);
-            const auto own = std::max_element(logs.begin(), rivals);
-            const auto rival = std::max_element(rivals, logs.end());
-            const double lead = *own - *rival;
-            const double weight = 1.0 / (1.0 + std::exp((lead - safeLead) / widthOfLeads));
-            // Written so that a lead that is no number counts nothing.
-            if (!(weight >= leastWeight)) return;
-            Standing& standing = standings[i];
-            standing.weight = weight;
-            standing.own = contest.contenders[static_cast<std::size_t>(own - logs.begin())];
-            standing.rival = contest.contenders[static_cast<std::size_t>(rival - logs.begin())];
-            standing.ownPath = bestPath(*contenders[standing.own].model, symbols);
-            standing.rivalPath = bestPath(*contenders[standing.rival].model, symbols);
-            standing.symbols = std::move(symbols);
+        std::vector<const Contest*> open;
+        std::vector<Question> questions;
+        for (const Contest& contest : contests) {
+            if (contest.settled) continue;
+            open.push_back(&contest);
+            questions.push_back({turned(*contest.symbols, turn), &contest.contenders});
+        }
+        const std::vector<std::vector<double>> logs = answers(questions);
+        standings.assign(open.size(), {});
+        parallelFor(open.size(), settings.threads, [&](std::size_t k) {
+            standings[k].symbols = std::move(questions[k].symbols);
+            weigh(*open[k], logs[k], standings[k]);
         });
+    }
+
+    void weigh(const Contest& contest, const std::vector<double>& logs, Standing& standing) const {
+        const auto rivals = logs.begin() + static_cast<std::ptrdiff_t>(contest.own);
+        const auto own = std::max_element(logs.begin(), rivals);
+        const auto rival = std::max_element(rivals, logs.end());
+        const double lead = *own - *rival;
+        const double weight = 1.0 / (1.0 + std::exp((lead - safeLead) / widthOfLeads));
+        // Written so that a lead that is no number counts nothing.
+        if (!(weight >= leastWeight)) return;
+        standing.weight = weight;
+        standing.own = contest.contenders[static_cast<std::size_t>(own - logs.begin())];
+        standing.rival = contest.contenders[static_cast<std::size_t>(rival - logs.begin())];
+        standing.ownPath = bestPath(*contenders[standing.own].model, standing.symbols);
+        standing.rivalPath = bestPath(*contenders[standing.rival].model, standing.symbols);
     }
 
     void move() {

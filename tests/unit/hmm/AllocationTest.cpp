@@ -141,6 +141,7 @@ TEST(HmmAllocation, FailedEvaluationIsBadAllocAndLeavesTheModel) {
     EXPECT_GT(failEveryAllocation([&] { model.backwardProc(o, 4); }, unchanged), 1);
     EXPECT_GT(failEveryAllocation([&] { model.forwardProbability(o, 4); }, unchanged), 0);
     EXPECT_GT(failEveryAllocation([&] { model.backwardProbability(o, 4); }, unchanged), 0);
+    EXPECT_GT(failEveryAllocation([&] { model.likelihoods({o, {}, o}); }, unchanged), 1);
     EXPECT_GT(failEveryAllocation([&] { model.viterbi(o, 4); }, unchanged), 1);
     EXPECT_GT(failEveryAllocation([&] { model.genSeq(4); }, unchanged), 0);
 }

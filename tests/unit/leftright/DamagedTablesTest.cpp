@@ -60,6 +60,8 @@ TEST(LeftRightDamagedTables, ForwardPassThrowsBeforeItWritesAScale) {
         EXPECT_THROW(model.forwardProcWithScale(O, T, scale), std::out_of_range);
         EXPECT_THROW(model.forwardProbabilityWithScale(O, T, scale), std::out_of_range);
         EXPECT_THROW(model.logLikelihood(O), std::out_of_range);
+        EXPECT_THROW(model.likelihoods({O}), std::out_of_range);
+        EXPECT_TRUE(bitEqual(std::vector<double>{0.0, 0.0}, model.likelihoods({{}, {}})));
         EXPECT_TRUE(bitEqual(std::vector<double>(6, 9.0), scale));
     }
 }

@@ -63,6 +63,7 @@ TEST_F(PreconditionsDeathTest, SymbolsAndLengthsOfLeftRightModels) {
         EXPECT_ASSERTED(gesture.baumWelch(o, T, 1));
     }
     EXPECT_ASSERTED(gesture.logLikelihood({0, M}));
+    EXPECT_ASSERTED(gesture.likelihoods({good, {0, M}}));
     EXPECT_ASSERTED(gesture.trainMultiple({good, {-1, 0}}, 1));
 }
 

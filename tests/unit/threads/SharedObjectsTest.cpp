@@ -100,6 +100,7 @@ TEST(SharedObjects, ALeftRightModelAnswersEightThreads) {
         for (const auto& sequence : sequences) answers.push_back(shared.logLikelihood(sequence));
         return answers;
     });
+    expectOneAnswer([&] { return shared.likelihoods(sequences); });
 }
 
 std::vector<std::vector<double>> zigzag(int length) {

@@ -26,6 +26,10 @@ std::vector<ForwardResult> forwardResults(const std::vector<Parameters>& models,
 double forwardLikelihood(const Parameters& parameters, const int* o, int T);
 double forwardLikelihood(const Parameters& parameters, const Symbols& symbols, const int* o, int T);
 
+/// The same of many sequences, with columns of b for all symbols.
+std::vector<double> forwardLikelihoods(const Parameters& parameters,
+                                       const std::vector<std::vector<int>>& sequences);
+
 /// P(o) from beta, which rounds differently.
 double backwardLikelihood(const Parameters& parameters, const int* o, int T);
 
