@@ -6,9 +6,11 @@
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
 #include <veskkit/training/GestureTrainer.h>
+#include <veskkit/training/internal/Discrimination.h>
 #include <veskkit/training/internal/TrainedSet.h>
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <map>
 #include <optional>
@@ -59,8 +61,9 @@ void compare(const Result& result, Outcome& outcome) {
 class Recognizers {
 public:
     Recognizers(const TrainedSet& set, const std::vector<const Trace*>& training,
-                const std::set<std::string>& unknown, const EvaluationOptions& options)
-        : all(set.compose(), options.training.preparation) {
+                const std::set<std::string>& unknown, const EvaluationOptions& options,
+                internal::TrainingSteps& steps)
+        : all(set.compose(std::ref(steps)), options.training.preparation) {
         if (options.templates) templates.emplace(training, options.training.falseRejection);
         for (const std::string& gesture : unknown) {
             const bool trained = std::any_of(
@@ -68,7 +71,8 @@ public:
                 [&](const internal::GestureModels& it) { return it.report.gesture == gesture; });
             // Without its only gesture there is nothing left to recognise with.
             if (!trained || set.gestures.size() < 2) continue;
-            without.try_emplace(gesture, set.composeWithout(gesture), options.training.preparation);
+            without.try_emplace(gesture, set.composeWithout(gesture, std::ref(steps)),
+                                options.training.preparation);
         }
     }
 
@@ -121,14 +125,16 @@ std::vector<Outcome> evaluate(const std::vector<Trace>& traces, const std::vecto
             outcomes.push_back({i, f, expected, {}, {}, Rejection::TooShort, 0.0, {}, {}});
         }
         const std::vector<const Trace*> training = picked(traces, folds[f].training);
-        const TrainedSet set =
-            internal::trainSet(training, options.training, [&](const TrainingProgress& progress) {
-                const double share =
-                    static_cast<double>(progress.done) / static_cast<double>(progress.total);
-                if (observer) observer({f, folds.size(), shareOfTraining * share});
-            });
         if (!options.unknownGestures) tested.clear();
-        const Recognizers recognizers(set, training, tested, options);
+        internal::TrainingSteps steps([&](const TrainingProgress& progress) {
+            const double share =
+                static_cast<double>(progress.done) / static_cast<double>(progress.total);
+            if (observer) observer({f, folds.size(), shareOfTraining * share});
+        });
+        steps.expect(tested.size() *
+                     internal::discriminationRounds(tested.size(), options.training));
+        const TrainedSet set = internal::trainSet(training, options.training, steps);
+        const Recognizers recognizers(set, training, tested, options, steps);
         internal::parallelFor(outcomes.size() - first, options.training.threads,
                               [&](std::size_t i) {
                                   Outcome& outcome = outcomes[first + i];

@@ -110,16 +110,16 @@ std::vector<CalibrationRun> runsBySample(const std::vector<GestureSamples>& gest
 }
 
 double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector<double>& codebook,
-                      const TrainingOptions& options, const std::function<void()>& trained) {
+                      const TrainingOptions& options, const std::function<void()>& step) {
     TrainingOptions quick = options;
     quick.iterations = std::min(options.iterations, enoughIterations);
     const std::size_t stride = testTraces(runs) / enoughTraces + 1;
     LogRatios ratios;
     for (const CalibrationRun& run : runs) {
-        std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, trained);
+        std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, step);
         std::vector<const GestureSamples*> samples;
         for (const GestureSamples& gesture : run.training) samples.push_back(&gesture);
-        discriminate(gestures, samples, codebook, quick);
+        discriminate(gestures, samples, codebook, quick, step);
         addLogRatios(composeRecognitionModel(gestures, codebook, 1.0, options.name), run.test,
                      stride, ratios);
     }

@@ -18,7 +18,7 @@ using Vesk::ML::LeftRightHMM;
 
 namespace {
 
-constexpr int roundsBetweenSearches = 8;
+constexpr std::size_t roundsBetweenSearches = 8;
 constexpr std::size_t rivalsKept = 4;
 constexpr std::size_t contestsAtOnce = 1024;  ///< in a search
 
@@ -131,11 +131,12 @@ public:
         rate = step / std::max(share, fewestTraces);
     }
 
-    void run() {
-        for (int round = 0; round < settings.discrimination; ++round) {
+    void run(std::size_t rounds, const std::function<void()>& told) {
+        for (std::size_t round = 0; round < rounds; ++round) {
             if (round % roundsBetweenSearches == 0) search();
             weigh(round % 3);
             move();
+            told();
         }
     }
 
@@ -215,16 +216,16 @@ private:
 
     /// The symbols as drawn, or turned a little: models that tell these apart too rely less on
     /// the very traces that they have seen.
-    std::vector<int> turned(const std::vector<int>& symbols, int turn) const {
+    std::vector<int> turned(const std::vector<int>& symbols, std::size_t turn) const {
         std::vector<int> result = symbols;
         if (turn == 0) return result;
-        const std::vector<int>& to = turns[static_cast<std::size_t>(turn - 1)];
+        const std::vector<int>& to = turns[turn - 1];
         for (int& symbol : result) symbol = to[static_cast<std::size_t>(symbol)];
         return result;
     }
 
     /// How every contest stands with its trace as drawn (turn 0) or turned (1, 2).
-    void weigh(int turn) {
+    void weigh(std::size_t turn) {
         std::vector<const Contest*> open;
         std::vector<Question> questions;
         for (const Contest& contest : contests) {
@@ -308,9 +309,11 @@ private:
 
 void discriminate(std::vector<GestureModels>& gestures,
                   const std::vector<const GestureSamples*>& samples,
-                  const std::vector<double>& codebook, const TrainingOptions& options) {
-    if (gestures.size() < 2 || options.discrimination == 0) return;
-    Discrimination(gestures, samples, codebook, options).run();
+                  const std::vector<double>& codebook, const TrainingOptions& options,
+                  const std::function<void()>& told) {
+    const std::size_t rounds = discriminationRounds(gestures.size(), options);
+    if (rounds == 0) return;
+    Discrimination(gestures, samples, codebook, options).run(rounds, told);
 }
 
 }  // namespace Vesk::Kit::internal

@@ -6,6 +6,7 @@
 #include <veskkit/training/internal/TrainedSet.h>
 
 #include <cstddef>
+#include <functional>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -65,8 +66,9 @@ TrainingResult GestureTrainer::train(const std::vector<Trace>& traces,
     std::vector<const Trace*> borrowed;
     borrowed.reserve(traces.size());
     for (const Trace& trace : traces) borrowed.push_back(&trace);
-    internal::TrainedSet set = internal::trainSet(borrowed, settings, observer);
-    TrainingResult result{set.compose(), std::move(set.report)};
+    internal::TrainingSteps steps(observer);
+    internal::TrainedSet set = internal::trainSet(borrowed, settings, steps);
+    TrainingResult result{set.compose(std::ref(steps)), std::move(set.report)};
     result.report.acceptanceRatio = internal::acceptanceRatio(
         result.model.get().modelTransitionProb, result.model.gestures().size());
     return result;

@@ -12,13 +12,14 @@
 
 namespace Vesk::Kit {
 
-/// How far a training is, counted in gestures trained, calibration runs included.
+/// How far a training is, counted in gestures trained and rounds of discrimination, calibration
+/// runs included.
 struct TrainingProgress {
     std::size_t done;
     std::size_t total;
 };
 
-/// Told after every gesture, by one thread at a time, which may be another one than that of the
+/// Told after every step, by one thread at a time, which may be another one than that of the
 /// call. An exception that it throws ends the training and passes through.
 using TrainingObserver = std::function<void(const TrainingProgress&)>;
 

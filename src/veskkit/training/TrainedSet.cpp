@@ -9,6 +9,7 @@
 #include <vesk/quantizer/VectorQuantizer2D.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -141,9 +142,12 @@ double ordinaryRatio(const std::vector<GestureModels>& gestures) {
 
 }  // namespace
 
-RecognitionModel TrainedSet::compose() const { return composeWithout({}); }
+RecognitionModel TrainedSet::compose(const std::function<void()>& step) const {
+    return composeWithout({}, step);
+}
 
-RecognitionModel TrainedSet::composeWithout(const std::string& gesture) const {
+RecognitionModel TrainedSet::composeWithout(const std::string& gesture,
+                                            const std::function<void()>& step) const {
     std::vector<GestureModels> parts;
     std::vector<const GestureSamples*> theirs;
     for (std::size_t g = 0; g < gestures.size(); ++g) {
@@ -151,12 +155,12 @@ RecognitionModel TrainedSet::composeWithout(const std::string& gesture) const {
         parts.push_back(gestures[g]);
         theirs.push_back(&samples[g]);
     }
-    discriminate(parts, theirs, codebook, options);
+    discriminate(parts, theirs, codebook, options, step);
     return composeRecognitionModel(parts, codebook, ratio, options.name);
 }
 
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
-                    const TrainingObserver& observer) {
+                    TrainingSteps& steps) {
     if (traces.empty()) throw InputError("found no traces, expected at least 1");
     TrainedSet set;
     set.options = options;
@@ -175,15 +179,14 @@ TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptio
     const bool byUser = !runs.empty();
     if (calibrated && !byUser) runs = runsBySample(gestures);
     report.calibrationRuns = runs.size();
-    TrainingProgress progress{0, gestures.size()};
-    for (const CalibrationRun& run : runs) progress.total += run.training.size();
-    const auto trained = [&] {
-        ++progress.done;
-        if (observer) observer(progress);
+    const auto expect = [&](std::size_t count) {
+        steps.expect(count + discriminationRounds(count, options));
     };
+    expect(gestures.size());
+    for (const CalibrationRun& run : runs) expect(run.training.size());
 
-    const double found = calibrateRatio(runs, set.codebook, options, trained);
-    set.gestures = trainGestures(gestures, set.codebook, options, trained);
+    const double found = calibrateRatio(runs, set.codebook, options, std::ref(steps));
+    set.gestures = trainGestures(gestures, set.codebook, options, std::ref(steps));
     for (const GestureModels& gesture : set.gestures) report.gestures.push_back(gesture.report);
     set.ratio = options.acceptanceRatio.value_or(ordinaryRatio(set.gestures));
     if (found > 0.0) {

@@ -42,6 +42,11 @@ std::vector<const Trace*> pointersTo(const std::vector<Trace>& traces) {
     return pointers;
 }
 
+TrainedSet setOf(const std::vector<Trace>& traces, const TrainingOptions& options) {
+    TrainingSteps unwatched;
+    return trainSet(pointersTo(traces), options, unwatched);
+}
+
 /// Gestures trained each by itself, and then told apart.
 struct Both {
     TrainedSet set;
@@ -49,7 +54,7 @@ struct Both {
 };
 
 Both trained(const std::vector<Trace>& traces, const TrainingOptions& options) {
-    Both result{trainSet(pointersTo(traces), options, {}), {}};
+    Both result{setOf(traces, options), {}};
     result.apart = result.set.gestures;
     std::vector<const GestureSamples*> samples;
     for (const GestureSamples& gesture : result.set.samples) samples.push_back(&gesture);
@@ -195,8 +200,8 @@ TEST(DiscriminationTest, AGestureThatIsUnknownWasNoRival) {
         if (trace.gesture != "hook") others.push_back(trace);
     }
     const TrainingOptions options = quick(8);
-    const RecognitionModel without = trainSet(pointersTo(all), options, {}).composeWithout("hook");
-    const RecognitionModel never = trainSet(pointersTo(others), options, {}).compose();
+    const RecognitionModel without = setOf(all, options).composeWithout("hook");
+    const RecognitionModel never = setOf(others, options).compose();
     ASSERT_EQ(without.gestures().size(), never.gestures().size());
     for (std::size_t m = 0; m < never.gestures().size(); ++m) {
         EXPECT_TRUE(bitEqual(without.gestures()[m]->b, never.gestures()[m]->b));

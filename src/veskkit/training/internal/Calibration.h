@@ -24,10 +24,10 @@ std::vector<CalibrationRun> runsBySample(const std::vector<GestureSamples>& gest
 
 /// The likelihood ratio that a gesture may be asked for: of the test traces whose likeliest gesture
 /// is the right one all but the share `falseRejection` reach it, and half of every single gesture's
-/// reach twice as much. 0.0 where there are none. `trained` is called after every gesture of every
-/// run.
+/// reach twice as much. 0.0 where there are none. `step` is called after every gesture and every
+/// round of discrimination of every run.
 double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector<double>& codebook,
-                      const TrainingOptions& options, const std::function<void()>& trained);
+                      const TrainingOptions& options, const std::function<void()>& step);
 
 }  // namespace Vesk::Kit::internal
 

@@ -3,6 +3,8 @@
 
 #include <veskkit/training/internal/ModelTraining.h>
 
+#include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace Vesk::Kit::internal {
@@ -16,11 +18,17 @@ namespace Vesk::Kit::internal {
 ///
 /// `samples` are the gestures' own, in the same order. `options.discrimination` rounds; nothing
 /// happens for 0 or for a single gesture. Emissions stay floored rows of sum 1. The same bits at
-/// any number of threads. O(rounds * samples * N T) beside O(samples * models * N T) for a search
-/// of rivals every eight rounds.
-void discriminate(std::vector<GestureModels>& gestures,
-                  const std::vector<const GestureSamples*>& samples,
-                  const std::vector<double>& codebook, const TrainingOptions& options);
+/// any number of threads. `told` is called after every round. O(rounds * samples * N T) beside
+/// O(samples * models * N T) for a search of rivals every eight rounds.
+void discriminate(
+    std::vector<GestureModels>& gestures, const std::vector<const GestureSamples*>& samples,
+    const std::vector<double>& codebook, const TrainingOptions& options,
+    const std::function<void()>& told = [] {});
+
+/// How many rounds that takes for so many gestures.
+inline std::size_t discriminationRounds(std::size_t gestures, const TrainingOptions& options) {
+    return gestures < 2 ? 0 : static_cast<std::size_t>(options.discrimination);
+}
 
 }  // namespace Vesk::Kit::internal
 

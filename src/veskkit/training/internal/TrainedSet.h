@@ -4,7 +4,10 @@
 #include <veskkit/training/GestureTrainer.h>
 #include <veskkit/training/internal/ModelTraining.h>
 
+#include <cstddef>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Vesk::Kit::internal {
@@ -24,17 +27,35 @@ struct TrainedSet {
     TrainingReport report;  ///< but for the ratio that the composed model has
 
     /// The recognition model of all gestures, told apart, as it reads back from its file.
-    RecognitionModel compose() const;
+    RecognitionModel compose(const std::function<void()>& step = [] {}) const;
 
     /// The same without one gesture of several, with the same R: what would be known of the
     /// gesture's traces if it had never been trained.
-    RecognitionModel composeWithout(const std::string& gesture) const;
+    RecognitionModel composeWithout(
+        const std::string& gesture, const std::function<void()>& step = [] {}) const;
 };
 
-/// The whole of GestureTrainer::train but the last step; the traces have to stay for the set's
-/// life.
+/// Counts the steps of a training and tells its observer.
+class TrainingSteps {
+public:
+    explicit TrainingSteps(TrainingObserver observer = {}) : observer(std::move(observer)) {}
+
+    void expect(std::size_t count) { progress.total += count; }
+
+    void operator()() {
+        ++progress.done;
+        if (observer) observer(progress);
+    }
+
+private:
+    TrainingObserver observer;
+    TrainingProgress progress{0, 0};
+};
+
+/// The whole of GestureTrainer::train but the last step, the composition, whose steps are expected
+/// too; the traces have to stay for the set's life.
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
-                    const TrainingObserver& observer);
+                    TrainingSteps& steps);
 
 }  // namespace Vesk::Kit::internal
 
