@@ -63,6 +63,7 @@ void registerTraining();
 void registerRecognition();
 void registerQuantizer();
 void registerFiles();
+void registerHost();
 void registerCurves();
 
 }  // namespace Vesk::Bench

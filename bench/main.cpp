@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
             Vesk::Bench::registerRecognition();
             Vesk::Bench::registerQuantizer();
             Vesk::Bench::registerFiles();
+            Vesk::Bench::registerHost();
         }
     } catch (const std::exception& failure) {
         std::cerr << "vesk_bench: " << failure.what() << '\n';

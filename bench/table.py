@@ -25,6 +25,7 @@ GOALS = [
     (r".*baumWelch", {"plain": 5}),
     (r"classify ", {"plain": 1 / 1.5}),
     (r"learn ", {"plain": 10}),
+    (r"recognise ", {"plain": 1 / 1.3}),
 ]
 
 
