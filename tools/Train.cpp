@@ -64,7 +64,7 @@ void train(Options& options) {
     if (!unseen.empty()) throw Kit::InputError(unseen.front());
 
     const Kit::TrainingResult result = [&] {
-        ProgressBar bar("training");
+        ProgressBar bar("training", "steps");
         return trainer.train(traces, [&](const Kit::TrainingProgress& progress) {
             bar.show(progress.done, progress.total);
         });

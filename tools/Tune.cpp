@@ -65,7 +65,7 @@ Kit::TuningResult search(const Options& options, const TuningFindings& findings,
 void train(const Options& options, const TuningFindings& findings) {
     Kit::TrainingOptions training = findings.result.training;
     training.name = options.output.modelName();
-    ProgressBar bar("training");
+    ProgressBar bar("training", "steps");
     const Kit::TrainingResult result = Kit::GestureTrainer(training).train(
         findings.traces,
         [&](const Kit::TrainingProgress& progress) { bar.show(progress.done, progress.total); });

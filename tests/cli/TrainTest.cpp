@@ -392,7 +392,7 @@ TEST_F(Train, TerminalSeesHowFastItGoesAndHowLongItWillTake) {
 
     EXPECT_EQ(status, 0);
     EXPECT_THAT(terminal.text(),
-                testing::ContainsRegex(" [0-9]+ %  [0-9.]+ gestures/s  [0-9]+:[0-9][0-9] left"));
+                testing::ContainsRegex(" [0-9]+ %  [0-9.]+ steps/s  [0-9]+:[0-9][0-9] left"));
 }
 
 TEST_F(Train, DumbTerminalSeesNoProgressBar) {
