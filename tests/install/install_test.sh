@@ -51,11 +51,14 @@ runtime() {
     rm -rf "$scratch/runtime"
     cmake --install "$build" --prefix "$scratch/runtime" --component runtime >/dev/null
     expect_no_lines "not for running" "$(find "$scratch/runtime" ! -type d |
-        grep -vE '/(libHMM|libVeskcore)\.so\.1(\.[0-9]+\.[0-9]+)?$|/bin/vesk$' || true)"
+        grep -vE '/(libHMM|libVeskcore)\.so\.1(\.[0-9]+\.[0-9]+)?$' || true)"
     [[ -e $(find "$scratch/runtime" -name libHMM.so.1) ]] || fail "no libHMM.so.1"
     [[ -e $(find "$scratch/runtime" -name libVeskcore.so.1) ]] || fail "no libVeskcore.so.1"
     if [[ $kit == ON ]]; then
+        cmake --install "$build" --prefix "$scratch/runtime" --component tools >/dev/null
         (cd / && env -u LD_LIBRARY_PATH "$scratch/runtime/bin/vesk" --version)
+        [[ -s $scratch/runtime/share/man/man1/vesk-train.1 ]] || fail "no manual page"
+        [[ -s $scratch/runtime/share/bash-completion/completions/vesk ]] || fail "no completion"
     fi
 }
 
