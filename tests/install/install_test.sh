@@ -142,5 +142,40 @@ without_dependencies() {
     fi
 }
 
+# The Debian packages: made, looked at by lintian, unpacked into an empty root, and run there.
+packages() {
+    local dir=$scratch/packages root=$scratch/root package depends
+    rm -rf "$dir" "$root"
+    cpack --config "$build/CPackConfig.cmake" -B "$dir"
+    (($(find "$dir" -maxdepth 1 -name '*.deb' | wc -l) == 4)) || fail "expected 4 packages"
+    for package in "$dir"/*.deb; do
+        echo "$(stat --format '%n, %s bytes' "$package"), needs $(dpkg-deb --field "$package" Depends)"
+    done
+    lintian --allow-root --fail-on error "$dir"/*.deb
+    # What shlibdeps found, and what the packages say of one another.
+    depends=$(dpkg-deb --field "$dir"/vesk-tools_*.deb Depends)
+    for package in libvesk-hmm1 libc6 libstdc++6; do
+        [[ $depends == *"$package ("* ]] || fail "vesk-tools does not depend on $package: $depends"
+    done
+
+    mkdir -p "$root/var/lib/dpkg"/{info,updates}
+    touch "$root/var/lib/dpkg/status"
+    if ((EUID == 0)); then
+        dpkg --root="$root" --log=/dev/null --force-depends --unpack "$dir"/*.deb
+    else
+        for package in "$dir"/*.deb; do dpkg-deb --extract "$package" "$root"; done
+    fi
+    for package in libvesk-hmm1 libvesk-hmm-dev libvesk-hmm-doc vesk-tools; do
+        grep -q 'No licence has been chosen' "$root/usr/share/doc/$package/copyright"
+    done
+    cd "$scratch"
+    export LD_LIBRARY_PATH=$root/usr/lib
+    ldd "$root/usr/bin/vesk" | grep -F "$root" | grep -c . | grep -qx 2
+    "$root/usr/bin/vesk" generate -o traces.jsonl --users 3 --repetitions 3
+    "$root/usr/bin/vesk" train traces.jsonl -o gestures.model --no-calibration --discrimination 0
+    "$root/usr/bin/vesk" recognize -m gestures.model traces.jsonl --table
+    "$root/usr/bin/vesk" --version
+}
+
 declare -F "$test_name" >/dev/null || fail "no such test: $test_name"
 "$test_name"
