@@ -103,3 +103,6 @@ install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG
     DESTINATION "${vesk_doc_dir}" COMPONENT documentation)
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs"
     DESTINATION "${vesk_doc_dir}" COMPONENT documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples"
+    DESTINATION "${vesk_doc_dir}" COMPONENT documentation
+    FILES_MATCHING PATTERN "*.cpp" PATTERN "*.sh")
