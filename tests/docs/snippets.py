@@ -122,8 +122,10 @@ def run_document(document, environment):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("documents", nargs="*", type=pathlib.Path, help="all where none is given")
     arguments = parser.parse_args()
-    documents = [ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted(ROOT.glob("docs/*.md"))]
+    documents = arguments.documents or [
+        ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted(ROOT.glob("docs/*.md"))]
 
     total = {}
     with tempfile.TemporaryDirectory() as prefix:
