@@ -79,6 +79,39 @@ package() {
     fi
 }
 
+# The project's version is written once; everything that tells one has it from there.
+versions() {
+    local version major
+    version=$(sed -nE 's/^ *VERSION ([0-9.]+)$/\1/p' "$source/CMakeLists.txt")
+    major=${version%%.*}
+    agree() {  # <what> <its version> [<expected>]
+        [[ $2 == "${3-$version}" ]] || fail "$1 says '$2', the project is ${3-$version}"
+        echo "$1: $2"
+    }
+    local header=$prefix/include/vesk/Version.h libdir name
+    libdir=$(dirname "$(find "$prefix" -name libHMM.so)")
+    agree "VESK_VERSION" "$(sed -n 's/^#define VESK_VERSION "\(.*\)"$/\1/p' "$header")"
+    agree "VESK_VERSION_MAJOR and so on" \
+        "$(sed -nE 's/^#define VESK_VERSION_[MP][A-Z]+ ([0-9]+)$/\1/p' "$header" | paste -sd.)"
+    agree "the CMake package" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")$/\1/p' \
+        "$libdir/cmake/VeskHMM/VeskHMMConfigVersion.cmake")"
+    for name in "$libdir"/pkgconfig/*.pc; do
+        agree "${name##*/}" "$(sed -n 's/^Version: //p' "$name")"
+    done
+    for name in libHMM libVeskcore; do
+        agree "$name.so" "$(basename "$(realpath "$libdir/$name.so")" | sed "s/^$name.so.//")"
+        agree "the soname of $name" "$(readelf --dynamic "$libdir/$name.so" |
+            sed -nE 's/.*\(SONAME\).*\[.*\.so\.(.*)\]/\1/p')" "$major"
+    done
+    if [[ $kit == ON ]]; then
+        agree "vesk --version" "$("$prefix/bin/vesk" --version | sed 's/^vesk //')"
+        for name in "$prefix"/share/man/man1/*; do
+            agree "${name##*/}" "$(sed -n 's/^\.TH .* "vesk \([^"]*\)".*/\1/p' "$name")"
+        done
+    fi
+    agree "CHANGELOG.md" "$(sed -nE '0,/^## /s/^## ([0-9.]+).*/\1/p' "$source/CHANGELOG.md")"
+}
+
 # A version that the package does not have is refused.
 package_version() {
     mkdir -p "$scratch/version"

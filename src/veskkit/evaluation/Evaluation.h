@@ -106,8 +106,8 @@ struct Confusion {
     Share precision(std::size_t gesture) const;
 };
 
-/// Counts the verdicts of the models or of the templates: `&Outcome::models`, `&Outcome::templates`.
-/// O(n log k), n outcomes of k gestures.
+/// Counts the verdicts of the models or of the templates: `&Outcome::models`,
+/// `&Outcome::templates`. O(n log k), n outcomes of k gestures.
 Confusion confusionOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
 
 }  // namespace Vesk::Kit
