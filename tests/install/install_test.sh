@@ -64,18 +64,18 @@ runtime() {
 
 # find_package, at the language level given.
 package() {
-    local dir
-    dir=$(dirname "$(find "$prefix" -name VeskHMMConfig.cmake)")
-    configure "$here/package" "$scratch/package-$argument" -DSTANDARD="$argument" -DKIT="$kit" \
+    local dir=$scratch/package-$argument-${compiler##*/} config
+    config=$(dirname "$(find "$prefix" -name VeskHMMConfig.cmake)")
+    configure "$here/package" "$dir" -DSTANDARD="$argument" -DKIT="$kit" \
         -DCMAKE_PREFIX_PATH="$prefix" \
-        -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
-    build_and_test "$scratch/package-$argument"
+        -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$config" "$prefix")"
+    build_and_test "$dir"
     if [[ $kit == ON ]]; then
         # Without the kit's own dependencies the library is still there.
-        configure "$here/package" "$scratch/package-$argument-alone" -DSTANDARD="$argument" -DKIT=OFF \
+        configure "$here/package" "$dir-alone" -DSTANDARD="$argument" -DKIT=OFF \
             -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_DISABLE_FIND_PACKAGE_fmt=TRUE \
             -DCMAKE_DISABLE_FIND_PACKAGE_pugixml=TRUE \
-            -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
+            -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$config" "$prefix")"
     fi
 }
 
@@ -123,7 +123,7 @@ package_version() {
 
 # A plain compiler call with what pkg-config says, at the language level given.
 pkg_config() {
-    local libdir version
+    local libdir version program=$scratch/pkg-config-$argument-${compiler##*/}
     libdir=$(dirname "$(find "$prefix" -name 'libHMM.so')")
     export PKG_CONFIG_PATH=$libdir/pkgconfig
     version=$(pkg-config --modversion vesk-hmm)
@@ -131,14 +131,14 @@ pkg_config() {
     read -ra cflags <<<"$(pkg-config --cflags vesk-hmm)"
     read -ra libs <<<"$(pkg-config --libs vesk-hmm)"
     "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
-        "$here/library.cpp" "${libs[@]}" -o "$scratch/pkg-config-$argument"
-    LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-$argument" "$version"
+        "$here/library.cpp" "${libs[@]}" -o "$program"
+    LD_LIBRARY_PATH=$libdir "$program" "$version"
     if [[ $kit == ON ]]; then
         read -ra cflags <<<"$(pkg-config --cflags vesk-kit)"
         read -ra libs <<<"$(pkg-config --libs vesk-kit)"
         "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
-            "$here/kit.cpp" "${libs[@]}" -o "$scratch/pkg-config-kit-$argument"
-        LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-kit-$argument" "$version"
+            "$here/kit.cpp" "${libs[@]}" -o "$program-kit"
+        LD_LIBRARY_PATH=$libdir "$program-kit" "$version"
     fi
 }
 
