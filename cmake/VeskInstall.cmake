@@ -1,8 +1,10 @@
 # Installation: the libraries, their public headers, the program, a CMake package and pkg-config
-# files. An installed tree can be moved as a whole.
+# files, documentation. An installed tree can be moved as a whole.
 #
-#   cmake --install <build> --component runtime       shared objects and program
-#   cmake --install <build> --component development   headers, links, archive, package files
+#   cmake --install <build> --component runtime         shared objects
+#   cmake --install <build> --component development     headers, links, archive, package files
+#   cmake --install <build> --component tools           program, manual pages, completion
+#   cmake --install <build> --component documentation   README and docs
 
 include(CMakePackageConfigHelpers)
 
@@ -53,7 +55,13 @@ if(TARGET vesk)
     file(RELATIVE_PATH vesk_bin_to_lib
         "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
     set_property(TARGET vesk APPEND PROPERTY INSTALL_RPATH "$ORIGIN/${vesk_bin_to_lib}")
-    install(TARGETS vesk RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT runtime)
+    install(TARGETS vesk RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    get_target_property(vesk_pages vesk VESK_PAGES)
+    install(DIRECTORY "${vesk_pages}/" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+        COMPONENT tools FILES_MATCHING PATTERN "*.1")
+    install(FILES "${vesk_pages}/vesk.bash"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME vesk
+        COMPONENT tools)
 endif()
 
 configure_package_config_file(
@@ -87,3 +95,14 @@ foreach(name IN LISTS vesk_pc_names)
         DESTINATION "${vesk_pkgconfig_dir}"
         COMPONENT development)
 endforeach()
+
+# The pages keep their places, so that the links between them hold.
+set(vesk_doc_dir "${CMAKE_INSTALL_DATADIR}/doc/vesk-hmm")
+install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+        "${PROJECT_SOURCE_DIR}/CONTRIBUTING.md"
+    DESTINATION "${vesk_doc_dir}" COMPONENT documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs"
+    DESTINATION "${vesk_doc_dir}" COMPONENT documentation)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples"
+    DESTINATION "${vesk_doc_dir}" COMPONENT documentation
+    FILES_MATCHING PATTERN "*.cpp" PATTERN "*.sh")

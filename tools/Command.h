@@ -6,6 +6,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace Vesk::Tool {
 
@@ -17,6 +18,17 @@ enum ExitStatus {
     inputRefused = 3,  ///< a file is missing, unreadable or not what it has to be
     signalled = 128    ///< plus the signal's number: 130 for SIGINT
 };
+
+/// An exit status as users are told of it.
+struct Ending {
+    int status;
+    const char* meaning;
+};
+inline constexpr Ending endings[] = {{done, "done"},
+                                     {failed, "output could not be written"},
+                                     {usage, "usage"},
+                                     {inputRefused, "input refused"},
+                                     {signalled + 2, "interrupted"}};
 
 /// A command line that the options' own checks cannot refuse.
 class UsageError : public std::runtime_error {
@@ -43,6 +55,10 @@ Command addInspect(CLI::App& program);
 Command addRecognize(CLI::App& program);
 Command addTrain(CLI::App& program);
 Command addTune(CLI::App& program);
+
+/// Hidden: writes the manual pages and the completion of what was added before. `commands` has to
+/// outlive the run.
+Command addPages(CLI::App& program, const std::vector<Command>& commands);
 
 }  // namespace Vesk::Tool
 

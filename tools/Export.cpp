@@ -19,13 +19,15 @@ namespace {
 struct Options {
     std::string model;
     std::string output;
+    bool withPrototypes = false;
 };
 
 void exportModel(const Options& options) {
     OutputFile::probe(options.output);
     const Kit::RecognitionModel model = readModel(options.model);
     OutputFile output(options.output);
-    output.write(Kit::sceneText(model.get()));
+    output.write(options.withPrototypes ? Kit::sceneTextWithPrototypes(model.get())
+                                        : Kit::sceneText(model.get()));
     output.commit();
     if (isStandard(options.output)) return;
     writeResult(fmt::format("node of {} written to {}\n",
@@ -45,6 +47,8 @@ Command addExport(CLI::App& program) {
     line->add_option("-o,--output", options->output, "Scene file to write; - is standard output")
         ->required()
         ->type_name("SCENE");
+    line->add_flag("--with-prototypes", options->withPrototypes,
+                   "Declare the node types first, for viewers that do not bring them along");
     return {line, [options] { exportModel(*options); }, "vesk export gestures.model -o scene.wrl"};
 }
 

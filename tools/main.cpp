@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <exception>
 #include <iostream>
+#include <iterator>
 #include <new>
 #include <sstream>
 #include <string>
@@ -23,7 +24,10 @@ using namespace Vesk::Tool;
 
 std::vector<std::string> namesOf(const std::vector<const CLI::App*>& subcommands) {
     std::vector<std::string> names;
-    for (const CLI::App* subcommand : subcommands) names.push_back(subcommand->get_name());
+    for (const CLI::App* subcommand : subcommands) {
+        const bool hidden = subcommand->get_group().empty();
+        if (!hidden) names.push_back(subcommand->get_name());
+    }
     return names;
 }
 
@@ -66,11 +70,18 @@ int answer(const CLI::App& program, const CLI::ParseError& stop) {
     return usage;
 }
 
-void runChosen(const std::vector<Command>& commands) {
-    for (const Command& command : commands) {
-        if (command.line->parsed()) command.run();
+/// "Exit status: 0 done, ..."
+std::string exitStatuses() {
+    std::string text = "Exit status:";
+    for (const Ending& ending : endings) {
+        const bool first = &ending == std::begin(endings);
+        text += fmt::format("{} {} {}", first ? "" : ",", ending.status, ending.meaning);
     }
-    flushResults();
+    return text + ".";
+}
+
+void runIfChosen(const Command& command) {
+    if (command.line->parsed()) command.run();
 }
 
 int run(int argc, char* argv[]) {
@@ -78,9 +89,7 @@ int run(int argc, char* argv[]) {
     program.set_version_flag("--version", "vesk " VESK_VERSION);
     program.set_help_flag("-h,--help", "Print this and exit");
     program.require_subcommand(1);
-    const std::string statuses =
-        "Exit status: 0 done, 1 output could not be written, 2 usage, 3 input refused, "
-        "130 interrupted.";
+    const std::string statuses = exitStatuses();
     program.footer(statuses);
     const std::vector<Command> commands{
         addTrain(program),    addTune(program),    addRecognize(program), addEvaluate(program),
@@ -91,12 +100,15 @@ int run(int argc, char* argv[]) {
             "-q,--quiet", [](std::int64_t) { beQuiet(); }, "Neither warnings nor progress");
         command.line->footer("Example: " + command.example + "\n\n" + statuses);
     }
+    const Command pages = addPages(program, commands);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& stop) {
         return answer(program, stop);
     }
-    runChosen(commands);
+    for (const Command& command : commands) runIfChosen(command);
+    runIfChosen(pages);
+    flushResults();
     return done;
 }
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <sstream>
+
 namespace {
 
 using namespace Vesk::Test;
@@ -72,6 +74,50 @@ TEST_F(Export, WritesTheNodeOfAModel) {
     const Outcome piped = run({"export", "-", "-o", "-"}, readFile(file));
     EXPECT_TRUE(succeeded(piped));
     EXPECT_EQ(piped.out, readFile(scene));
+}
+
+/// The first words of a node's lines with as many tabs as given, up to its end.
+std::vector<std::string> fieldsOf(const std::string& text, const std::string& node, int tabs) {
+    std::vector<std::string> fields;
+    const std::string indented(static_cast<std::size_t>(tabs), '\t');
+    for (const std::string& line : lines(text.substr(text.find(node)))) {
+        if (line.rfind(indented, 0) != 0 && !fields.empty()) break;
+        const std::size_t begin = line.find_first_not_of('\t');
+        if (begin == indented.size() && line[begin] != ']')
+            fields.push_back(line.substr(begin, line.find(' ') - begin));
+    }
+    return fields;
+}
+
+/// The names of the fields that a prototype declares, in their order.
+std::vector<std::string> declaredFields(const std::string& text, const std::string& prototype) {
+    std::vector<std::string> fields;
+    for (const std::string& line : lines(text.substr(text.find("PROTO " + prototype)))) {
+        if (line[0] == ']') break;
+        std::istringstream words(line);
+        std::string field, type, name;
+        if (words >> field >> type >> name && field == "field") fields.push_back(name);
+    }
+    return fields;
+}
+
+TEST_F(Export, PrototypesDeclareEveryFieldOfTheNodes) {
+    const std::string file = model();
+    const std::string plain = run({"export", file, "-o", "-"}).out;
+    const Outcome outcome = run({"export", file, "-o", "-", "--with-prototypes"});
+    EXPECT_TRUE(succeeded(outcome));
+
+    // The header stays the first line, the node what it is.
+    const std::size_t header = plain.find('\n') + 1;
+    const std::string& text = outcome.out;
+    ASSERT_GT(text.size(), plain.size());
+    EXPECT_EQ(text.substr(0, header), plain.substr(0, header));
+    EXPECT_EQ(text.substr(text.size() - (plain.size() - header)), plain.substr(header));
+
+    EXPECT_EQ(declaredFields(text, "RecognitionModel"), fieldsOf(plain, "RecognitionModel {", 1));
+    EXPECT_EQ(declaredFields(text, "Gesture"), fieldsOf(plain, "\t\tGesture {", 3));
+    EXPECT_EQ(declaredFields(text, "RecognitionModel").size(), 14U);
+    EXPECT_EQ(declaredFields(text, "Gesture").size(), 8U);
 }
 
 TEST_F(Export, RefusesWhatIsNoModelAndLeavesNothing) {

@@ -1,11 +1,24 @@
 #!/usr/bin/env python3
-"""Compiles and runs the snippets of the documentation.
+"""Runs the snippets of the documentation as a reader would, with the installed build.
 
-A block marked cpp is a whole program, a block marked sh a script; each runs in a folder of its own
-that holds generated traces in traces.jsonl. Other blocks are not run.
+What stands behind the opening fence says what a block is:
+
+    cpp          a whole program: compiled and run
+    cpp FILE     a source: written to that file, for the blocks behind it
+    cmake FILE   the same
+    sh           a script: run
+    sh tree      commands for a checkout: their scripts, options and presets have to exist, but they
+                 are not run, since they build all of this
+    text         what the block before it printed; "..." stands for anything, on a line
+                 of its own for any lines
+
+and other languages (python, js, html, json) are left to their own tests.
+
+Blocks of a document run in their order in one folder, which holds generated traces in traces.jsonl.
 """
 
 import argparse
+import json
 import os
 import pathlib
 import re
@@ -13,51 +26,124 @@ import subprocess
 import sys
 import tempfile
 
+OTHERS = {"python", "js", "html", "json"}
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+
 
 def snippets(document):
     text = document.read_text(encoding="utf-8")
-    for match in re.finditer(r"^```(cpp|sh)\n(.*?)^```$", text, re.MULTILINE | re.DOTALL):
+    for match in re.finditer(r"^( *)```(.*)\n((?:.*\n)*?)^ *```$", text, re.MULTILINE):
         line = text.count("\n", 0, match.start()) + 1
-        yield f"{document.name}:{line}", match.group(1), match.group(2)
+        yield f"{document.name}:{line}", match[2].strip(), match[3]
 
 
 def run(place, command, folder, environment):
     done = subprocess.run(command, cwd=folder, env=environment, text=True, capture_output=True)
     if done.returncode != 0:
-        sys.exit(f"{place}: {command[0]} failed\n{done.stdout}{done.stderr}")
+        sys.exit(f"{place}: status {done.returncode}\n{done.stdout}{done.stderr}")
     return done.stdout
+
+
+def compiled(place, code, folder, environment):
+    pathlib.Path(folder, "snippet.cpp").write_text(code, encoding="utf-8")
+    command = ("${CXX:-c++} -std=c++17 snippet.cpp -o snippet $(pkg-config --cflags --libs vesk-kit)"
+               " && ./snippet")
+    return run(place, ["bash", "-c", command], folder, environment)
+
+
+def check_tree_commands(place, code):
+    """Whether a checkout has what the commands name."""
+    presets = {preset["name"] for preset in
+               json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]}
+    for line in code.splitlines():
+        for command in line.split("#")[0].split("&&"):
+            words = command.split()
+            if not words:
+                continue
+            if words[0] in ("cmake", "ctest"):
+                named = [words[i + 1] for i, word in enumerate(words) if word == "--preset"]
+                named += [word.removeprefix("build/") for word in words if word.startswith("build/")]
+                if not named or not presets.issuperset(named):
+                    sys.exit(f"{place}: no such preset: {command}")
+                continue
+            script = ROOT / words[0]
+            if not os.access(script, os.X_OK):
+                sys.exit(f"{place}: no such script: {words[0]}")
+            text = script.read_text()
+            for option in (word for word in words[1:] if word.startswith("-")):
+                if option not in text:
+                    sys.exit(f"{place}: {words[0]} has no {option}")
+
+
+def compare(place, found, expected):
+    """Fails unless the lines are the expected ones."""
+    pattern = ""
+    for line in expected.rstrip("\n").split("\n"):
+        line = line.rstrip()
+        parts = map(re.escape, line.split("..."))
+        pattern += "(?:.*\n)*?" if line == "..." else ".*".join(parts) + "\n"
+    text = "".join(line.rstrip() + "\n" for line in found.splitlines())
+    if not re.fullmatch(pattern, text):
+        sys.exit(f"{place}: the block before it printed\n{text}expected\n{expected}")
+
+
+def run_document(document, environment):
+    counts = dict.fromkeys(["run", "written", "compared", "looked up", "left to others"], 0)
+    with tempfile.TemporaryDirectory() as folder:
+        run(document.name, ["vesk", "generate", "-o", "traces.jsonl", "--users", "2"], folder,
+            environment)
+        printed = None
+        for place, kind, code in snippets(document):
+            language, _, name = kind.partition(" ")
+            if kind == "text":
+                if printed is None:
+                    sys.exit(f"{place}: nothing was run before")
+                compare(place, printed, code)
+                counts["compared"] += 1
+            elif kind == "sh tree":
+                check_tree_commands(place, code)
+                counts["looked up"] += 1
+            elif kind in ("sh", "cpp"):
+                printed = (compiled(place, code, folder, environment) if kind == "cpp" else
+                           run(place, ["bash", "-euo", "pipefail", "-c", code], folder, environment))
+                if not printed.strip() and kind == "cpp":
+                    sys.exit(f"{place}: says nothing")
+                counts["run"] += 1
+            elif language in ("cpp", "cmake") and name:
+                pathlib.Path(folder, name).write_text(code, encoding="utf-8")
+                counts["written"] += 1
+            elif language in OTHERS:
+                counts["left to others"] += 1
+            else:
+                sys.exit(f"{place}: a block of kind {kind!r}, expected cpp, cmake FILE, sh or text")
+    return counts
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--vesk", required=True, type=pathlib.Path)
-    parser.add_argument("--compile", required=True, help="command line up to the source")
-    parser.add_argument("--link", required=True, help="command line behind the source")
-    parser.add_argument("documents", nargs="+", type=pathlib.Path)
+    parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("documents", nargs="*", type=pathlib.Path, help="all where none is given")
     arguments = parser.parse_args()
+    documents = arguments.documents or [
+        ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted(ROOT.glob("docs/*.md"))]
 
-    environment = dict(os.environ)
-    environment["PATH"] = f"{arguments.vesk.parent}:{environment['PATH']}"
-    count = 0
-    for document in arguments.documents:
-        for place, language, code in snippets(document):
-            with tempfile.TemporaryDirectory() as folder:
-                generate = ["vesk", "generate", "-o", "traces.jsonl", "--users", "2"]
-                run(place, generate, folder, environment)
-                if language == "sh":
-                    command = ["bash", "-euo", "pipefail", "-c", code]
-                else:
-                    pathlib.Path(folder, "snippet.cpp").write_text(code, encoding="utf-8")
-                    compiler = arguments.compile.split() + ["snippet.cpp", "-o", "snippet"]
-                    run(place, compiler + arguments.link.split(), folder, environment)
-                    command = ["./snippet"]
-                output = run(place, command, folder, environment)
-            if not output.strip():
-                sys.exit(f"{place}: says nothing")
-            count += 1
-            print(f"{place}: {language} runs")
-    if count == 0:
+    total = {}
+    with tempfile.TemporaryDirectory() as prefix:
+        subprocess.run(["cmake", "--install", arguments.build, "--prefix", prefix], check=True,
+                       stdout=subprocess.DEVNULL)
+        libdir = next(pathlib.Path(prefix).rglob("libHMM.so")).parent
+        environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}",
+                       "LD_LIBRARY_PATH": str(libdir), "PKG_CONFIG_PATH": f"{libdir}/pkgconfig",
+                       "CMAKE_PREFIX_PATH": prefix}
+        for document in documents:
+            counts = run_document(document, environment)
+            for key, count in counts.items():
+                total[key] = total.get(key, 0) + count
+            print(f"{document.name}: " +
+                  ", ".join(f"{count} {key}" for key, count in counts.items() if count))
+    if not total["run"]:
         sys.exit("no snippet found")
+    print("in all: " + ", ".join(f"{count} {key}" for key, count in total.items()))
 
 
 if __name__ == "__main__":

@@ -51,29 +51,65 @@ runtime() {
     rm -rf "$scratch/runtime"
     cmake --install "$build" --prefix "$scratch/runtime" --component runtime >/dev/null
     expect_no_lines "not for running" "$(find "$scratch/runtime" ! -type d |
-        grep -vE '/(libHMM|libVeskcore)\.so\.1(\.[0-9]+\.[0-9]+)?$|/bin/vesk$' || true)"
+        grep -vE '/(libHMM|libVeskcore)\.so\.1(\.[0-9]+\.[0-9]+)?$' || true)"
     [[ -e $(find "$scratch/runtime" -name libHMM.so.1) ]] || fail "no libHMM.so.1"
     [[ -e $(find "$scratch/runtime" -name libVeskcore.so.1) ]] || fail "no libVeskcore.so.1"
     if [[ $kit == ON ]]; then
+        cmake --install "$build" --prefix "$scratch/runtime" --component tools >/dev/null
         (cd / && env -u LD_LIBRARY_PATH "$scratch/runtime/bin/vesk" --version)
+        [[ -s $scratch/runtime/share/man/man1/vesk-train.1 ]] || fail "no manual page"
+        [[ -s $scratch/runtime/share/bash-completion/completions/vesk ]] || fail "no completion"
     fi
 }
 
 # find_package, at the language level given.
 package() {
-    local dir
-    dir=$(dirname "$(find "$prefix" -name VeskHMMConfig.cmake)")
-    configure "$here/package" "$scratch/package-$argument" -DSTANDARD="$argument" -DKIT="$kit" \
+    local dir=$scratch/package-$argument-${compiler##*/} config
+    config=$(dirname "$(find "$prefix" -name VeskHMMConfig.cmake)")
+    configure "$here/package" "$dir" -DSTANDARD="$argument" -DKIT="$kit" \
         -DCMAKE_PREFIX_PATH="$prefix" \
-        -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
-    build_and_test "$scratch/package-$argument"
+        -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$config" "$prefix")"
+    build_and_test "$dir"
     if [[ $kit == ON ]]; then
         # Without the kit's own dependencies the library is still there.
-        configure "$here/package" "$scratch/package-$argument-alone" -DSTANDARD="$argument" -DKIT=OFF \
+        configure "$here/package" "$dir-alone" -DSTANDARD="$argument" -DKIT=OFF \
             -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_DISABLE_FIND_PACKAGE_fmt=TRUE \
             -DCMAKE_DISABLE_FIND_PACKAGE_pugixml=TRUE \
-            -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$dir" "$prefix")"
+            -DPREFIX_FROM_PACKAGE="$(realpath --relative-to="$config" "$prefix")"
     fi
+}
+
+# The project's version is written once; everything that tells one has it from there.
+versions() {
+    local version major
+    version=$(sed -nE 's/^ *VERSION ([0-9.]+)$/\1/p' "$source/CMakeLists.txt")
+    major=${version%%.*}
+    agree() {  # <what> <its version> [<expected>]
+        [[ $2 == "${3-$version}" ]] || fail "$1 says '$2', the project is ${3-$version}"
+        echo "$1: $2"
+    }
+    local header=$prefix/include/vesk/Version.h libdir name
+    libdir=$(dirname "$(find "$prefix" -name libHMM.so)")
+    agree "VESK_VERSION" "$(sed -n 's/^#define VESK_VERSION "\(.*\)"$/\1/p' "$header")"
+    agree "VESK_VERSION_MAJOR and so on" \
+        "$(sed -nE 's/^#define VESK_VERSION_[MP][A-Z]+ ([0-9]+)$/\1/p' "$header" | paste -sd.)"
+    agree "the CMake package" "$(sed -n 's/^set(PACKAGE_VERSION "\(.*\)")$/\1/p' \
+        "$libdir/cmake/VeskHMM/VeskHMMConfigVersion.cmake")"
+    for name in "$libdir"/pkgconfig/*.pc; do
+        agree "${name##*/}" "$(sed -n 's/^Version: //p' "$name")"
+    done
+    for name in libHMM libVeskcore; do
+        agree "$name.so" "$(basename "$(realpath "$libdir/$name.so")" | sed "s/^$name.so.//")"
+        agree "the soname of $name" "$(readelf --dynamic "$libdir/$name.so" |
+            sed -nE 's/.*\(SONAME\).*\[.*\.so\.(.*)\]/\1/p')" "$major"
+    done
+    if [[ $kit == ON ]]; then
+        agree "vesk --version" "$("$prefix/bin/vesk" --version | sed 's/^vesk //')"
+        for name in "$prefix"/share/man/man1/*; do
+            agree "${name##*/}" "$(sed -n 's/^\.TH .* "vesk \([^"]*\)".*/\1/p' "$name")"
+        done
+    fi
+    agree "CHANGELOG.md" "$(sed -nE '0,/^## /s/^## ([0-9.]+).*/\1/p' "$source/CHANGELOG.md")"
 }
 
 # A version that the package does not have is refused.
@@ -87,7 +123,7 @@ package_version() {
 
 # A plain compiler call with what pkg-config says, at the language level given.
 pkg_config() {
-    local libdir version
+    local libdir version program=$scratch/pkg-config-$argument-${compiler##*/}
     libdir=$(dirname "$(find "$prefix" -name 'libHMM.so')")
     export PKG_CONFIG_PATH=$libdir/pkgconfig
     version=$(pkg-config --modversion vesk-hmm)
@@ -95,14 +131,14 @@ pkg_config() {
     read -ra cflags <<<"$(pkg-config --cflags vesk-hmm)"
     read -ra libs <<<"$(pkg-config --libs vesk-hmm)"
     "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
-        "$here/library.cpp" "${libs[@]}" -o "$scratch/pkg-config-$argument"
-    LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-$argument" "$version"
+        "$here/library.cpp" "${libs[@]}" -o "$program"
+    LD_LIBRARY_PATH=$libdir "$program" "$version"
     if [[ $kit == ON ]]; then
         read -ra cflags <<<"$(pkg-config --cflags vesk-kit)"
         read -ra libs <<<"$(pkg-config --libs vesk-kit)"
         "$compiler" -std=c++"$argument" -Wall -Wextra -Wpedantic -Werror "${cflags[@]}" \
-            "$here/kit.cpp" "${libs[@]}" -o "$scratch/pkg-config-kit-$argument"
-        LD_LIBRARY_PATH=$libdir "$scratch/pkg-config-kit-$argument" "$version"
+            "$here/kit.cpp" "${libs[@]}" -o "$program-kit"
+        LD_LIBRARY_PATH=$libdir "$program-kit" "$version"
     fi
 }
 
@@ -137,6 +173,41 @@ without_dependencies() {
     if [[ $kit == ON ]]; then
         configure "$source" "$scratch/untested" -DBUILD_TESTING=OFF "${absent[@]:0:3}"
     fi
+}
+
+# The Debian packages: made, looked at by lintian, unpacked into an empty root, and run there.
+packages() {
+    local dir=$scratch/packages root=$scratch/root package depends
+    rm -rf "$dir" "$root"
+    cpack --config "$build/CPackConfig.cmake" -B "$dir"
+    (($(find "$dir" -maxdepth 1 -name '*.deb' | wc -l) == 4)) || fail "expected 4 packages"
+    for package in "$dir"/*.deb; do
+        echo "$(stat --format '%n, %s bytes' "$package"), needs $(dpkg-deb --field "$package" Depends)"
+    done
+    lintian --allow-root --fail-on error "$dir"/*.deb
+    # What shlibdeps found, and what the packages say of one another.
+    depends=$(dpkg-deb --field "$dir"/vesk-tools_*.deb Depends)
+    for package in libvesk-hmm1 libc6 libstdc++6; do
+        [[ $depends == *"$package ("* ]] || fail "vesk-tools does not depend on $package: $depends"
+    done
+
+    mkdir -p "$root/var/lib/dpkg"/{info,updates}
+    touch "$root/var/lib/dpkg/status"
+    if ((EUID == 0)); then
+        dpkg --root="$root" --log=/dev/null --force-depends --unpack "$dir"/*.deb
+    else
+        for package in "$dir"/*.deb; do dpkg-deb --extract "$package" "$root"; done
+    fi
+    for package in libvesk-hmm1 libvesk-hmm-dev libvesk-hmm-doc vesk-tools; do
+        grep -q 'No licence has been chosen' "$root/usr/share/doc/$package/copyright"
+    done
+    cd "$scratch"
+    export LD_LIBRARY_PATH=$root/usr/lib
+    ldd "$root/usr/bin/vesk" | grep -F "$root" | grep -c . | grep -qx 2
+    "$root/usr/bin/vesk" generate -o traces.jsonl --users 3 --repetitions 3
+    "$root/usr/bin/vesk" train traces.jsonl -o gestures.model --no-calibration --discrimination 0
+    "$root/usr/bin/vesk" recognize -m gestures.model traces.jsonl --table
+    "$root/usr/bin/vesk" --version
 }
 
 declare -F "$test_name" >/dev/null || fail "no such test: $test_name"

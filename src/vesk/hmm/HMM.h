@@ -49,6 +49,7 @@ public:
     /// N = numStates, M = vocabSize, D = dimension (1 where not given), each raised to 1 where
     /// below. Every parameter is 0.0: initialise, train or load before use.
     HMM(int numStates, int vocabSize);
+    /// The same with D.
     HMM(int numStates, int vocabSize, int dimension);
     HMM(const HMM&) = default;
     HMM(HMM&&) = default;
@@ -87,6 +88,7 @@ public:
     /// so 0.0 unless N or M is 1. Both arguments are ignored.
     virtual void calcInitialProbs(SegmentationType type, std::vector<std::vector<int>> sequences);
 
+    /// The same for a literal or a string of the host's.
     void write(const char* path) { write(const_cast<char*>(path)); }
 
     /// Writes the same file as this class's `write`: true only when every byte was written and
@@ -115,6 +117,7 @@ public:
 
     /// alpha, N x T: alpha(i, t) = P(o[0..t], state i at t) (Rabiner 1989, eqs. 19, 20). O(N^2 T).
     Vesk::Math::MatrixT<double> forwardProc(Vesk::Math::VectorT<int> observation, int T);
+    /// alpha of the parameters passed in.
     Vesk::Math::MatrixT<double> forwardProcHMM(Vesk::Math::VectorT<int> observation, int T, int N,
                                                Vesk::Math::VectorT<double> pi,
                                                Vesk::Math::MatrixT<double> a,
@@ -122,12 +125,14 @@ public:
 
     /// beta, N x T: beta(i, t) = P(o[t+1..T-1] | state i at t) (eqs. 24, 25). O(N^2 T).
     Vesk::Math::MatrixT<double> backwardProc(Vesk::Math::VectorT<int> observation, int T);
+    /// beta of the parameters passed in.
     Vesk::Math::MatrixT<double> backwardProcHMM(Vesk::Math::VectorT<int> observation, int T, int N,
                                                 Vesk::Math::MatrixT<double> a,
                                                 Vesk::Math::MatrixT<double> b);
 
     /// P(o) from alpha (eq. 21). O(N^2 T) time, O(N) memory.
     double forwardProbability(Vesk::Math::VectorT<int> observation, int T);
+    /// P(o) from the alpha of the parameters passed in.
     double forwardProbabilityHMM(Vesk::Math::VectorT<int> observation, int T, int N,
                                  Vesk::Math::VectorT<double> pi, Vesk::Math::MatrixT<double> a,
                                  Vesk::Math::MatrixT<double> b);
@@ -140,6 +145,7 @@ public:
 
     /// P(o) from beta. O(N^2 T).
     double backwardProbability(Vesk::Math::VectorT<int> observation, int T);
+    /// P(o) from the beta of the parameters passed in.
     double backwardProbabilityHMM(Vesk::Math::VectorT<int> observation, int T, int N,
                                   Vesk::Math::VectorT<double> pi, Vesk::Math::MatrixT<double> a,
                                   Vesk::Math::MatrixT<double> b);
@@ -166,6 +172,7 @@ public:
 /// Null where the file cannot be opened. Other damage is not reported: values that cannot be read
 /// stay 0.0. std::bad_alloc for sizes beyond what the file could hold (docs/formats.md).
 VESK_API HMM* load(char* path);
+/// The same for a literal or a string of the host's.
 inline HMM* load(const char* path) { return load(const_cast<char*>(path)); }
 
 }  // namespace Vesk::ML

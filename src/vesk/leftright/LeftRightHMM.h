@@ -35,6 +35,7 @@ public:
 
     /// pi, a and b are 0.0 until estimated or loaded. `vocab(k, 0)` = k.
     LeftRightHMM(int numStates, int vocabSize, int delta);
+    /// The same with `sequences` kept in `trainingSequences`.
     LeftRightHMM(int numStates, int vocabSize, std::vector<std::vector<int>>& sequences, int delta);
     LeftRightHMM(const LeftRightHMM&) = default;
     LeftRightHMM(LeftRightHMM&&) = default;
@@ -69,6 +70,7 @@ public:
     /// alpha, N x T, each column summing to 1 (or all zero); fills scale[0..T-1].
     Vesk::Math::MatrixT<double> forwardProcWithScale(std::vector<int> O, int T,
                                                      std::vector<double>& scale);
+    /// The same of the parameters passed in.
     Vesk::Math::MatrixT<double> forwardProcWithScaleHMM(std::vector<int> O, int T,
                                                         std::vector<double>& scale, int N,
                                                         Vesk::Math::VectorT<double> pi,
@@ -79,6 +81,7 @@ public:
     /// alpha(i, t) * beta(i, t) * scale[t] = P(i at t | O). Infinite or NaN where a factor is 0.
     Vesk::Math::MatrixT<double> backwardProcWithScale(std::vector<int> O, int T,
                                                       std::vector<double>& scale);
+    /// The same of the parameters passed in.
     Vesk::Math::MatrixT<double> backwardProcWithScaleHMM(std::vector<int> O, int T,
                                                          std::vector<double>& scale, int N,
                                                          Vesk::Math::VectorT<double> pi,
@@ -87,6 +90,7 @@ public:
 
     /// ln P(O): minus infinity for an impossible sequence, 0.0 for T < 1. Fills scale.
     double forwardProbabilityWithScale(std::vector<int> O, int T, std::vector<double>& scale);
+    /// The same of the parameters passed in.
     double forwardProbabilityWithScaleHMM(std::vector<int> O, int T, std::vector<double>& scale,
                                           int N, Vesk::Math::VectorT<double> pi,
                                           Vesk::Math::MatrixT<double> a,
@@ -120,6 +124,7 @@ public:
     /// or written. Only a model whose
     /// `vocabValues` holds M values is read back whole by `loadLR`.
     void write(char* path) override;
+    /// The same for a literal or a string of the host's.
     void write(const char* path) { write(const_cast<char*>(path)); }
 
     /// The same file: true only when every byte was written and the file closed.
@@ -131,6 +136,7 @@ public:
 /// Always takes M per-symbol values after the header, also where the file has none: such a file
 /// is read back shifted. Null where the file cannot be opened; otherwise as `load`.
 VESK_API LeftRightHMM* loadLR(char* path);
+/// The same for a literal or a string of the host's.
 inline LeftRightHMM* loadLR(const char* path) { return loadLR(const_cast<char*>(path)); }
 
 }  // namespace Vesk::ML

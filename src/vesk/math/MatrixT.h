@@ -55,6 +55,7 @@ public:
     /// 0 x 0.
     MatrixT() = default;
     MatrixT(const MatrixT& other) = default;
+    /// Takes shape and values over and leaves `other` 0 x 0. O(1).
     MatrixT(MatrixT&& other) noexcept { swap(other); }
     ~MatrixT() = default;
 
@@ -75,12 +76,14 @@ public:
         return *this;
     }
 
+    /// Takes shape and values over and leaves `other` 0 x 0. O(1).
     MatrixT& operator=(MatrixT&& other) noexcept {
         MatrixT taken(std::move(other));
         swap(taken);
         return *this;
     }
 
+    /// Exchanges shapes and values. O(1).
     void swap(MatrixT& other) noexcept {
         this->data.swap(other.data);
         std::swap(this->rows, other.rows);
@@ -90,6 +93,7 @@ public:
     /// Element (r, c), both zero-based; undefined outside the storage (asserted in debug
     /// builds).
     T& operator()(int r, int c) { return this->data[position(r, c)]; }
+    /// The same for reading.
     const T& operator()(int r, int c) const { return this->data[position(r, c)]; }
 
 private:

@@ -18,7 +18,9 @@ public:
     using std::vector<T>::vector;
 
     VectorT() = default;
+    /// A copy of the elements. O(n).
     VectorT(const std::vector<T>& other) : std::vector<T>(other) {}
+    /// Takes the elements over. O(1).
     VectorT(std::vector<T>&& other) noexcept : std::vector<T>(std::move(other)) {}
 };
 

@@ -18,6 +18,7 @@ class VESK_API KMeansMotionVec {
 public:
     std::vector<double> centres;  ///< k centres, degrees; in the order given, also after `learn`
 
+    /// Starts from k centres, degrees; `data` holds rows of angles, degrees.
     KMeansMotionVec(std::vector<double> centres, std::vector<std::vector<double>>& data);
 
     /// Moves every centre to the circular mean of the angles nearest to it, and repeats

@@ -22,6 +22,7 @@ public:
     static void run(std::vector<std::vector<T>>& in, std::vector<std::vector<T>>& out, T threshold);
 };
 
+/// For double, in the library.
 template <>
 VESK_API void ProximityFilter<double>::run(std::vector<std::vector<double>>& in,
                                            std::vector<std::vector<double>>& out, double threshold);

@@ -14,6 +14,7 @@ namespace Vesk::ML {
 /// Told, for one trace of a codebook training, how many positions each filter left. First the
 /// repeated-position filter's count, then the proximity filter's, then the end of the trace.
 enum class CodebookTrainingEvent { AfterEqFilter, AfterProxFilter, EndOfTrace };
+/// Told of every event with the count of positions left; 0 at the end of a trace.
 using CodebookTrainingObserver = std::function<void(CodebookTrainingEvent, std::size_t count)>;
 
 /// Turns a 2D trace into direction symbols: indices into a codebook of directions.
@@ -99,6 +100,7 @@ public:
 
     /// Writes the file; returns whether it could be opened.
     bool printCodebook(char* path);
+    /// The same for a literal or a string of the host's.
     bool printCodebook(const char* path) { return printCodebook(const_cast<char*>(path)); }
 
     /// Writes the same file: true only when every byte was written and the file closed.
@@ -108,6 +110,7 @@ public:
     /// is empty). A line without a number counts as 0, a blank line repeats the line before.
     /// std::bad_alloc for more entries than docs/formats.md allows.
     bool loadCodebook(char* path);
+    /// The same for a literal or a string of the host's.
     bool loadCodebook(const char* path) { return loadCodebook(const_cast<char*>(path)); }
 };
 

@@ -113,6 +113,7 @@ public:
     /// where it cannot, nothing without a combined model. Every gesture must be a LeftRightHMM
     /// (else std::bad_cast).
     void write(char* path);
+    /// The same for a literal or a string of the host's.
     void write(const char* path) { write(const_cast<char*>(path)); }
 
     /// The same file: true only when every byte was written and the file closed. False without a
@@ -128,6 +129,7 @@ public:
     /// where the file cannot be opened; other damage is not reported. std::bad_alloc for sizes
     /// beyond what the file could hold; what was read until then is kept.
     bool load(char* path);
+    /// The same for a literal or a string of the host's.
     bool load(const char* path) { return load(const_cast<char*>(path)); }
 
     /// `load` without announcements; `observer`, where given, is told the name of every gesture
@@ -138,6 +140,7 @@ public:
     /// Writes a VRML 2.0 file with one `RecognitionModel` node from the staging fields and the
     /// gestures; silent where it cannot. Names are not escaped. std::bad_cast as `write`.
     void exportNode(char* path);
+    /// The same for a literal or a string of the host's.
     void exportNode(const char* path) { exportNode(const_cast<char*>(path)); }
 
     /// The same file: true only when every byte was written and the file closed.

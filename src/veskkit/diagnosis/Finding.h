@@ -65,22 +65,22 @@ const char* toString(Weight weight);
 
 /// A trace that a finding concerns.
 struct TracePlace {
-    std::size_t trace;  ///< its place in the list of traces
-    std::string source;
-    std::size_t line;
-    std::string user;
+    std::size_t trace;   ///< its place in the list of traces
+    std::string source;  ///< as in Trace
+    std::size_t line;    ///< as in Trace
+    std::string user;    ///< as in Trace
 };
 
 /// How a gesture is drawn on average: 32 positions, centred, the largest coordinate about 1.
 struct MeanTrace {
-    std::string gesture;
-    Points points;
+    std::string gesture;  ///< its label
+    Points points;        ///< 32, x at index 0, y at index 1
 };
 
 /// One thing that is wrong, with what to do about it.
 struct Finding {
-    FindingKind kind;
-    Weight weight;
+    FindingKind kind;                        ///< what is wrong
+    Weight weight;                           ///< how much it matters
     std::vector<std::string> gestures = {};  ///< labels, or names in the model; the first one sorts
     std::vector<TracePlace> traces = {};     ///< in the order of the list
     std::optional<double> found = {};        ///< the number that counts, where there is one

@@ -35,21 +35,24 @@ struct Outcome {
     Rejection rejection;   ///< why the models rejected it
     double margin;         ///< as in Result
 
-    /// What the models would answer at other acceptance ratios, and where the trace's own gesture
-    /// was never trained; the latter empty where that was not asked.
+    /// What the models would answer at other acceptance ratios.
     std::vector<Answer> answers = {};
+
+    /// The same where the trace's own gesture was never trained; empty where that was not asked.
     std::vector<Answer> answersAsUnknown = {};
 
-    /// The likeliest gesture of the models but its own, and how much likelier its own is: the
-    /// difference of natural logarithms, negative where the trace is taken for the rival. Empty and
-    /// 0 where one of the two was not trained or the trace is too short.
+    /// The likeliest gesture of the models but its own; empty where one of the two was not trained
+    /// or the trace is too short.
     std::string rival = {};
+
+    /// How much likelier than the rival its own gesture is: the difference of natural logarithms,
+    /// negative where the trace is taken for the rival, 0 where there is none.
     double lead = 0.0;
 };
 
 /// What an evaluation consists of besides the folds.
 struct EvaluationOptions {
-    TrainingOptions training;
+    TrainingOptions training;  ///< of every fold
 
     /// Whether each gesture is also taken for unknown in turn (`Verdict::asUnknown`). What was
     /// trained for the fold is put together without it, with the same acceptance ratio.
@@ -59,11 +62,11 @@ struct EvaluationOptions {
     bool templates = true;
 };
 
-/// How far an evaluation is: some share of fold `fold` of `folds`, from 0 to 1.
+/// How far an evaluation is.
 struct EvaluationProgress {
-    std::size_t fold;
-    std::size_t folds;
-    double share;
+    std::size_t fold;   ///< that is worked on, from 0
+    std::size_t folds;  ///< in all
+    double share;       ///< of the fold, 0 to 1
 };
 
 /// As TrainingObserver.
@@ -103,6 +106,8 @@ struct Confusion {
     Share precision(std::size_t gesture) const;
 };
 
+/// Counts the verdicts of the models or of the templates: `&Outcome::models`,
+/// `&Outcome::templates`. O(n log k), n outcomes of k gestures.
 Confusion confusionOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
 
 }  // namespace Vesk::Kit

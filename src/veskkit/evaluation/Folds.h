@@ -13,8 +13,8 @@ namespace Vesk::Kit {
 /// A training on some traces and its test on others, by their places in a list, ascending.
 struct Fold {
     std::string name;  ///< "without s02", "without 19 users from w001 on", "fold 3 of 5"
-    std::vector<std::size_t> training;
-    std::vector<std::size_t> test;
+    std::vector<std::size_t> training;  ///< places of the traces to train on
+    std::vector<std::size_t> test;      ///< places of the traces to test
 };
 
 /// One fold a user, in the order of the users' names, whose test is all of that user's traces.

@@ -7,15 +7,16 @@ namespace Vesk::Kit {
 
 /// Bounds in [0, 1].
 struct Interval {
-    double low;
-    double high;
+    double low;   ///< lower bound, not below 0
+    double high;  ///< upper bound
 };
 
 /// How many of some trials came out in a certain way.
 struct Share {
-    std::size_t count = 0;
-    std::size_t total = 0;
+    std::size_t count = 0;  ///< trials that came out so
+    std::size_t total = 0;  ///< trials in all
 
+    /// Adds a trial.
     void add(bool counted) {
         count += counted ? 1 : 0;
         ++total;

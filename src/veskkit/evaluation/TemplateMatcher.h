@@ -16,6 +16,7 @@ namespace Vesk::Kit {
 /// Immutable; const calls from any number of threads.
 class TemplateMatcher {
 public:
+    /// The outcome of a comparison with all templates.
     struct Match {
         std::string gesture;  ///< the nearest training trace's label, blanks as underscores
         double distance;      ///< squared, between shapes
@@ -31,7 +32,10 @@ public:
     /// direction or no other gesture is known. O(traces).
     Match nearest(const Trace& trace, const std::string& but = {}) const;
 
+    /// The largest distance that is accepted, squared, between shapes.
     double threshold() const { return limit; }
+
+    /// Whether there is a match within the threshold.
     bool accepts(const Match& match) const {
         return !match.gesture.empty() && match.distance <= limit;
     }

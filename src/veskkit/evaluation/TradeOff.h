@@ -17,6 +17,7 @@ struct TradeOffPoint {
     Share unknownAccepted;  ///< of the traces taken for unknown; of none where none were
 };
 
+/// The point at one ratio, 0 or above. O(n log k), n outcomes of k gestures.
 TradeOffPoint tradeOffAt(const std::vector<Outcome>& outcomes, double ratio);
 
 /// Points by rising ratio, four a decade, from 1e-6 to 1e5: all that a model can be given.

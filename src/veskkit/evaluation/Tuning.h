@@ -12,8 +12,10 @@ namespace Vesk::Kit {
 
 /// A training option that is tuned, and the values that are tried.
 struct TunedOption {
-    std::string name;  ///< as in messages: "symbols"
-    std::vector<double> values;
+    std::string name;            ///< as in messages: "symbols"
+    std::vector<double> values;  ///< that are tried, in this order
+
+    /// Puts a value into the options.
     void (*set)(TrainingOptions&, double);
 };
 
@@ -21,9 +23,10 @@ struct TunedOption {
 /// 30, 40 degrees.
 std::vector<TunedOption> usualTunedOptions();
 
+/// Where a tuning begins, what it tries, and what it is asked for.
 struct TuningOptions {
-    TrainingOptions training;  ///< where the search begins
-    std::vector<TunedOption> options = usualTunedOptions();
+    TrainingOptions training;                                ///< where the search begins
+    std::vector<TunedOption> options = usualTunedOptions();  ///< that are gone through
 
     /// Share of the unknown gestures' traces that may be accepted, 0 to 1.
     double falseAccept = 0.02;
@@ -34,12 +37,13 @@ struct TuningOptions {
 
 /// One setting and what it came to in cross-validation.
 struct Trial {
-    std::string change;  ///< from the best one before: "states 24"; "start" of the first
-    TrainingOptions training;
-    TradeOffPoint result;  ///< at the least ratio that keeps the share asked for
-    bool adopted;          ///< better than all before by more than chance
+    std::string change;        ///< from the best one before: "states 24"; "start" of the first
+    TrainingOptions training;  ///< with the change
+    TradeOffPoint result;      ///< at the least ratio that keeps the share asked for
+    bool adopted;              ///< better than all before by more than chance
 };
 
+/// What a tuning found, and how.
 struct TuningResult {
     TrainingOptions training;       ///< the best one, with its ratio in `acceptanceRatio`
     std::vector<Trial> trials;      ///< in order, at least the start
@@ -47,12 +51,13 @@ struct TuningResult {
     std::vector<Outcome> outcomes;  ///< of that trial: for tradeOffOf
 };
 
-/// How far a tuning is, within round `round` of `rounds` at the most.
+/// How far a tuning is.
 struct TuningProgress {
-    int round;
-    int rounds;
+    int round;     ///< that is worked on
+    int rounds;    ///< at the most
     double share;  ///< of the round, 0 to 1
 };
+/// Told while a setting is tried and after it.
 using TuningObserver = std::function<void(const TuningProgress&)>;
 
 /// Looks for the training options that recognise most traces of the folds' tests right while they

@@ -16,6 +16,7 @@ RecognitionModel loadModel(const std::string& path);
 /// for a model that is not sound, a non-finite parameter for instance, which no reader could take
 /// back: nothing is written then.
 void saveModel(const Vesk::ML::RecognitionModelHMM& model, const std::string& path);
+/// The same for a model of the kit.
 void saveModel(const RecognitionModel& model, const std::string& path);
 
 }  // namespace Vesk::Kit

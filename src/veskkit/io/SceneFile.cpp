@@ -41,6 +41,41 @@ public:
     std::filesystem::path path;
 };
 
+/// Field by field what RecognitionModelHMM::exportNode writes. Neither node shows anything.
+const char* const prototypes = R"(
+PROTO Gesture [
+	field SFString modelname ""
+	field SFInt32 numStates 0
+	field SFInt32 vocabSize 0
+	field SFInt32 dimension 1
+	field SFInt32 delta 1
+	field MFFloat initialStateProbs [ ]
+	field MFFloat transitionProbs [ ]
+	field MFFloat emissionProbs [ ]
+] {
+	Group { }
+}
+
+PROTO RecognitionModel [
+	field SFString name ""
+	field SFInt32 numStates 0
+	field SFInt32 vocabSize 0
+	field SFInt32 dimension 1
+	field SFInt32 delta -1
+	field SFFloat modelTransitionProb 1
+	field MFFloat initialStateProbs [ ]
+	field MFFloat transitionProbs [ ]
+	field MFFloat emissionProbs [ ]
+	field MFFloat vocab [ ]
+	field MFFloat codebook [ ]
+	field SFFloat proxFilterThreshold 1
+	field SFBool rotationAllowed TRUE
+	field MFNode gestures [ ]
+] {
+	Group { children IS gestures }
+}
+)";
+
 void requireQuotable(const char* what, const std::string& name) {
     if (name.find_first_of("\"\\") == std::string::npos) return;
     throw InputError(
@@ -62,6 +97,12 @@ std::string sceneText(const Vesk::ML::RecognitionModelHMM& model) {
     std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     if (in.bad() || text.empty()) throw OutputError(path + ": cannot be read back");
     return text;
+}
+
+std::string sceneTextWithPrototypes(const Vesk::ML::RecognitionModelHMM& model) {
+    std::string text = sceneText(model);
+    // The first line says what the file is.
+    return text.insert(text.find('\n') + 1, prototypes);
 }
 
 }  // namespace Vesk::Kit

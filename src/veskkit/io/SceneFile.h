@@ -13,6 +13,10 @@ namespace Vesk::Kit {
 /// for the temporary file that it goes through.
 std::string sceneText(const Vesk::ML::RecognitionModelHMM& model);
 
+/// The same node behind declarations of the two node types that it is made of, which a host of its
+/// own brings along: any VRML 2.0 viewer opens such a scene. Errors as sceneText.
+std::string sceneTextWithPrototypes(const Vesk::ML::RecognitionModelHMM& model);
+
 }  // namespace Vesk::Kit
 
 #endif

@@ -28,9 +28,10 @@ enum class LabelSource {
     Folder     ///< the name of the folder that the file is in
 };
 
+/// How files of traces are read.
 struct TraceFilesOptions {
-    TraceFormat format = TraceFormat::Guess;
-    LabelSource label = LabelSource::Record;
+    TraceFormat format = TraceFormat::Guess;  ///< of all files
+    LabelSource label = LabelSource::Record;  ///< of all traces
 };
 
 /// Reads the traces of files, and of all files below folders, one trace at a time.
@@ -42,6 +43,7 @@ public:
     /// for a folder without such files; files are opened when it is their turn.
     explicit TraceFiles(const std::vector<std::string>& paths, TraceFilesOptions options = {});
 
+    /// The paths of all files, in the order in which they are read.
     const std::vector<std::string>& files() const { return list; }
 
     bool next(Trace& trace) override;
@@ -58,9 +60,10 @@ private:
 std::unique_ptr<TraceReader> readerOf(std::istream& stream, std::string name,
                                       TraceFormat format = TraceFormat::Guess);
 
-/// All traces of files and folders.
+/// All traces of files and folders. InputError as TraceFiles.
 std::vector<Trace> readTraces(const std::vector<std::string>& paths,
                               TraceFilesOptions options = {});
+/// The same of one file or folder.
 std::vector<Trace> readTraces(const std::string& path, TraceFilesOptions options = {});
 
 }  // namespace Vesk::Kit

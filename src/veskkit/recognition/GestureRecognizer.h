@@ -42,13 +42,14 @@ struct Result {
     /// infinity over a threshold of 0, minus infinity for a probability of 0 and if TooShort.
     double margin = -std::numeric_limits<double>::infinity();
 
+    /// Whether a gesture was recognised.
     bool recognized() const { return rejection == Rejection::None; }
 };
 
 /// A gesture that is the answer where the acceptance ratio R is below a bound.
 struct Answer {
-    double logRatio;  ///< the bound's natural logarithm
-    std::string gesture;
+    double logRatio;      ///< the bound's natural logarithm
+    std::string gesture;  ///< its name
 };
 
 /// The answer at a ratio whose natural logarithm is given, of `GestureRecognizer::answers`; empty
@@ -69,7 +70,10 @@ public:
     explicit GestureRecognizer(RecognitionModel model, Preparation preparation = {},
                                const std::string& source = "model");
 
+    /// The model that it recognises with.
     const RecognitionModel& model() const { return owned; }
+
+    /// How it prepares traces.
     const Preparation& preparation() const { return resampler.preparation(); }
 
     /// The symbols of a trace; empty where it has no direction. InputError, naming the trace, for

@@ -17,7 +17,9 @@ namespace Vesk::Kit {
 class RecognitionModel {
 public:
     RecognitionModel() = default;
+    /// Takes everything over and leaves `other` empty.
     RecognitionModel(RecognitionModel&& other) noexcept;
+    /// Takes everything over and leaves `other` empty; what it held is freed.
     RecognitionModel& operator=(RecognitionModel&& other) noexcept;
     RecognitionModel(const RecognitionModel&) = delete;
     RecognitionModel& operator=(const RecognitionModel&) = delete;
@@ -41,6 +43,7 @@ public:
     /// model from its staging fields, as reading a file does. Call it after the last `add`.
     void build(const Vesk::ML::RecognitionModelHMM& settings);
 
+    /// A model of its own with the same content. O(parameters).
     RecognitionModel clone() const;
 
 private:

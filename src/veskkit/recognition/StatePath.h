@@ -26,7 +26,7 @@ std::optional<StatePath> statePathOf(const GestureRecognizer& recognizer, std::s
 /// A model's best example.
 struct Example {
     std::size_t trace;  ///< its place in the list of traces
-    StatePath path;
+    StatePath path;     ///< through the model
 };
 
 /// Per gesture model the trace of its gesture that is likeliest under it, the first of several.

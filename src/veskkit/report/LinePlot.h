@@ -9,15 +9,15 @@ namespace Vesk::Kit {
 
 /// What an axis shows: its label, and the range that is shown at least.
 struct Axis {
-    std::string label;
-    double low;
-    double high;
+    std::string label;  ///< with the unit, where there is one
+    double low;         ///< left or lower end
+    double high;        ///< right or upper end
 };
 
 /// Points (x, y) in their order; a single one is a dot.
 struct Series {
-    std::string name;
-    std::vector<std::pair<double, double>> points;
+    std::string name;                               ///< below the plot
+    std::vector<std::pair<double, double>> points;  ///< x, then y
 };
 
 /// Lines over two linear axes with ticks, which reach as far as the points do; every line has its

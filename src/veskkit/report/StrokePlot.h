@@ -20,14 +20,14 @@ enum class YAxis {
 
 /// How strokes are drawn.
 struct StrokeStyle {
-    YAxis y = YAxis::Down;
-    double size = 220.0;  ///< of the square that the strokes fill, in pixels
+    YAxis y = YAxis::Down;  ///< of the positions
+    double size = 220.0;    ///< of the square that the strokes fill, in pixels
 };
 
 /// A polyline with a name.
 struct NamedStroke {
-    std::string name;
-    Points points;
+    std::string name;  ///< below the plot
+    Points points;     ///< x at index 0, y at index 1
 };
 
 /// Strokes over one another, all at one scale and where they are, each with its own colour and

@@ -22,7 +22,7 @@ namespace Vesk::Kit {
 /// same bits on every machine. Const operations may be called from several threads.
 class TraceSynthesizer {
 public:
-    static constexpr double mostUnsteadiness = 10.0;
+    static constexpr double mostUnsteadiness = 10.0;  ///< of the constructor
 
     /// `unsteadiness` scales tremor and the differences between repetitions: 0 draws every
     /// repetition with the user's habits alone, 1 is an ordinary hand. std::invalid_argument

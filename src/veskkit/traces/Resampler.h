@@ -7,7 +7,7 @@ namespace Vesk::Kit {
 
 /// How a trace is prepared before its directions are taken.
 struct Preparation {
-    static constexpr int asDrawn = 0;
+    static constexpr int asDrawn = 0;  ///< for `points`: as many as were drawn
 
     int points = 41;     ///< positions after resampling, at least 2; `asDrawn`: no resampling
     bool flipY = false;  ///< negate y: for traces whose y axis points the other way
@@ -27,6 +27,7 @@ public:
     /// InputError for fewer than 2 positions or more than 100,000, `asDrawn` apart.
     explicit Resampler(Preparation preparation = {});
 
+    /// How it prepares traces.
     const Preparation& preparation() const { return settings; }
 
     /// The prepared positions, x and y alone. Empty for a path of length zero (or so short or long
