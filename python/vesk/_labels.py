@@ -5,6 +5,7 @@ from __future__ import annotations
 from typing import Any
 
 import numpy as np
+from sklearn.utils import column_or_1d
 from sklearn.utils.multiclass import check_classification_targets
 
 
@@ -24,6 +25,8 @@ def checked(X: Any, y: Any) -> tuple[list[Any], Any]:
     if not traces:
         raise ValueError("X: found no traces, expected at least 1")
     labels = np.asarray(y)
+    if labels.ndim == 2 and labels.shape[1] == 1:
+        labels = column_or_1d(labels, warn=True)
     if labels.shape != (len(traces),):
         raise ValueError(
             f"y: found labels of shape {labels.shape}, expected ({len(traces)},), one a trace"
