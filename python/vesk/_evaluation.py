@@ -14,13 +14,13 @@ from vesk._classifier import GestureClassifier
 class _FoldTask:
     """The training on one fold's traces and its test on the others."""
 
-    def __init__(self, data: tuple[Any, ...], fold: tuple[Any, Any], how: tuple[Any, ...]) -> None:
-        self.data = data
+    def __init__(self, fold: tuple[Any, Any], how: tuple[Any, ...]) -> None:
         self.fold = fold
         self.how = how
 
-    def run(self) -> _vesk.Evaluation:
-        return _vesk.evaluate(*self.data, [self.fold], *self.how)
+    def run(self, traces: list[Any], labels: Any, groups: Any) -> _vesk.Evaluation:
+        users = None if groups is None else _labels.texts(groups)
+        return _vesk.evaluate(traces, _labels.texts(labels), users, [self.fold], *self.how)
 
 
 def _folds(X: list[Any], y: Any, groups: Any, cv: Any) -> list[tuple[Any, Any]]:
@@ -33,29 +33,26 @@ def _folds(X: list[Any], y: Any, groups: Any, cv: Any) -> list[tuple[Any, Any]]:
 
 
 def _evaluated(
-    traces: list[Any],
-    labels: list[str],
-    users: list[str] | None,
+    data: tuple[list[Any], Any, Any],
     folds: list[tuple[Any, Any]],
     how: tuple[Any, ...],
     n_jobs: int | None,
 ) -> _vesk.Evaluation:
     tasks = [
-        _tasks.NamedTask(f"evaluate fold {f + 1}", _FoldTask((traces, labels, users), fold, how))
+        _tasks.NamedTask(f"evaluate fold {f + 1}", _FoldTask(fold, how))
         for f, fold in enumerate(folds)
     ]
-    return _vesk.join_evaluations(_tasks.run(tasks, n_jobs))
+    return _vesk.join_evaluations(_tasks.run(tasks, n_jobs, *data))
 
 
 def _prepared(
-    classifier: GestureClassifier | None, X: Any, y: Any, groups: Any, n_jobs: int | None
-) -> tuple[list[Any], Any, list[str] | None, dict[str, Any]]:
+    classifier: GestureClassifier | None, X: Any, y: Any, n_jobs: int | None
+) -> tuple[list[Any], Any, dict[str, Any]]:
     traces, labels = _labels.checked(X, y)
-    users = None if groups is None else _labels.texts(groups)
     options = (classifier or GestureClassifier()).training_options()
     if _tasks.spreads(n_jobs):
         options["threads"] = 1
-    return traces, labels, users, options
+    return traces, labels, options
 
 
 def evaluate(
@@ -75,10 +72,10 @@ def evaluate(
     turn, or five stratified folds. `unknown_gestures`: each gesture is also taken for unknown in
     turn. A fold is one joblib task. The same at any number of processes.
     """
-    traces, labels, users, options = _prepared(classifier, X, y, groups, n_jobs)
+    traces, labels, options = _prepared(classifier, X, y, n_jobs)
     folds = _folds(traces, labels, groups, cv)
     how = (options, unknown_gestures, templates)
-    return _evaluated(traces, _labels.texts(labels), users, folds, how, n_jobs)
+    return _evaluated((traces, labels, groups), folds, how, n_jobs)
 
 
 def tune(
@@ -99,12 +96,12 @@ def tune(
     share correct, share of unknown gestures accepted, whether adopted), and the best one's
     evaluation.
     """
-    traces, labels, users, start = _prepared(classifier, X, y, groups, n_jobs)
+    traces, labels, start = _prepared(classifier, X, y, n_jobs)
     folds = _folds(traces, labels, groups, cv)
-    names = _labels.texts(labels)
 
     def tried(options: dict[str, Any]) -> _vesk.Evaluation:
-        return _evaluated(traces, names, users, folds, (options, True, False), n_jobs)
+        how = (options, True, False)
+        return _evaluated((traces, labels, groups), folds, how, n_jobs)
 
     options, trials, evaluation = _vesk.tune(tried, start, false_accept, rounds)
     found = GestureClassifier()

@@ -21,7 +21,8 @@ def checked(X: Any, y: Any) -> tuple[list[Any], Any]:
             "requires y to be passed, but the target y is None: found no labels, expected one a "
             "trace"
         )
-    traces = list(X)
+    # A list stays the object that it is: a backend may have handed it over already.
+    traces = X if isinstance(X, list) else list(X)
     if not traces:
         raise ValueError("X: found no traces, expected at least 1")
     labels = np.asarray(y)

@@ -25,16 +25,17 @@ class NamedTask:
         self.__name__ = name
         self.task = task
 
-    def __call__(self) -> Any:
+    def __call__(self, *shared: Any) -> Any:
         try:
-            return self.task.run()
+            return self.task.run(*shared)
         except Exception as problem:
             raise TaskError(f"{self.__name__}: {type(problem).__name__}: {problem}") from problem
 
 
-def run(tasks: Sequence[NamedTask], n_jobs: int | None) -> list[Any]:
-    """The tasks' results in their order."""
-    return list(Parallel(n_jobs=n_jobs, batch_size=1)(delayed(task)() for task in tasks))
+def run(tasks: Sequence[NamedTask], n_jobs: int | None, *shared: Any) -> list[Any]:
+    """The tasks' results in their order. `shared`: what all of them are called with."""
+    calls = (delayed(task)(*shared) for task in tasks)
+    return list(Parallel(n_jobs=n_jobs, batch_size=1)(calls))
 
 
 def spreads(n_jobs: int | None) -> bool:
