@@ -1,8 +1,10 @@
 """A scheduler and workers, processes of their own that talk TCP on loopback."""
 
 import contextlib
+import ctypes
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import time
@@ -12,12 +14,18 @@ from distributed import Client
 HERE = pathlib.Path(__file__).parent
 
 
+def die_with_parent():
+    """Nothing is left behind by tests that are killed themselves."""
+    parent_death_signal = 1
+    ctypes.CDLL(None).prctl(parent_death_signal, signal.SIGKILL)
+
+
 def started(module, *arguments, **environment):
     # Without the shell's proxies, which are not for loopback.
     env = {**os.environ, "no_proxy": "127.0.0.1", **environment}
     return subprocess.Popen(
         [sys.executable, "-m", f"distributed.cli.{module}", *map(str, arguments)],
-        env=env, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
+        env=env, preexec_fn=die_with_parent, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
 
 
 def address_of(scheduler):
@@ -68,17 +76,20 @@ class Cluster:
     def __exit__(self, *_):
         self.running.close()
 
-    def kill_one_at_work(self, log):
-        """Kills a worker once some results are there and it is in the middle of a task."""
-        while True:
-            info = self.client.processing()
-            memory = self.client.has_what()
-            names = {a: w["name"] for a, w in self.client.scheduler_info()["workers"].items()}
-            done = sum(len(keys) for keys in memory.values())
-            busy = [a for a, keys in info.items() if any("train" in str(k) for k in keys)]
-            if busy and done >= 1:
-                name = names[busy[0]]
+    def kill_one_at_work(self, log, over):
+        """Kills a worker in the middle of a task, once two others are done; not once it is over."""
+        seen = set()
+        while not over.is_set():
+            working = {
+                address: {str(key) for key in keys if "train" in str(key)}
+                for address, keys in self.client.processing().items()
+            }
+            now = set().union(*working.values())
+            seen |= now
+            busy = [address for address, keys in working.items() if keys]
+            if busy and len(seen - now) >= 2:
+                name = self.client.scheduler_info()["workers"][busy[0]]["name"]
                 self.workers[int(name[1:])].kill()
-                log(f"killed {name} at {list(info[busy[0]])[0]}, {done} results held")
+                log(f"killed {name} in {min(working[busy[0]])[:60]}; {len(seen - now)} tasks done")
                 return
-            time.sleep(0.005)
+            time.sleep(0.01)

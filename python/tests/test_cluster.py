@@ -78,10 +78,14 @@ def test_a_killed_worker_changes_nothing_but_time(drawn, expected, tmp_path, cap
     with Cluster(tmp_path, [0.2, 0.2, 0.2]) as cluster:
         log(f"3 workers over {cluster.client.scheduler.address}, "
             f"{len(set(drawn.y))} gesture tasks and {expected[1]['calibration_runs'] + 1} more")
-        killer = threading.Thread(target=cluster.kill_one_at_work, args=(log,))
+        over = threading.Event()
+        killer = threading.Thread(target=cluster.kill_one_at_work, args=(log, over))
         killer.start()
-        found = fitted_on(cluster, drawn)
-        killer.join()
+        try:
+            found = fitted_on(cluster, drawn)
+        finally:
+            over.set()
+            killer.join()
         left = len(cluster.client.scheduler_info()["workers"])
         log(f"done with {left} workers, equal: {found == expected}\n")
         assert left == 2
