@@ -7,12 +7,14 @@ import sys
 
 import vesk
 
+CONFIG = pathlib.Path(__file__).parents[1] / "mypy.ini"
+
 
 def test_package_is_typed():
     package = pathlib.Path(vesk.__file__).parent
     done = subprocess.run(
-        [sys.executable, "-m", "mypy", "--strict", "--ignore-missing-imports",
-         "--cache-dir", os.devnull, str(package)],
+        [sys.executable, "-m", "mypy", "--config-file", str(CONFIG), "--cache-dir", os.devnull,
+         str(package)],
         capture_output=True, text=True, cwd=package.parent)
     assert done.returncode == 0, done.stdout + done.stderr
 
@@ -20,8 +22,9 @@ def test_package_is_typed():
 def test_stubs_are_those_of_the_module():
     package = pathlib.Path(vesk.__file__).parent
     done = subprocess.run(
-        [sys.executable, "-m", "mypy.stubtest", "vesk._vesk", "--ignore-missing-stub",
-         "--allowlist", str(pathlib.Path(__file__).with_name("stubtest_allowed.txt"))],
+        ["/usr/bin/stubtest", "vesk._vesk", "--ignore-missing-stub",
+         "--mypy-config-file", str(CONFIG), "--allowlist",
+         str(pathlib.Path(__file__).with_name("stubtest_allowed.txt"))],
         capture_output=True, text=True, cwd=package.parent,
         env={**os.environ, "MYPYPATH": str(package.parent)})
     assert done.returncode == 0, done.stdout + done.stderr

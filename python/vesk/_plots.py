@@ -50,7 +50,10 @@ def plot_states(
     `model`: the index among `recognizer.models`; None: that which explains the trace best.
     InputError where the trace has no such path.
     """
-    engine = recognizer.recognizer_ if isinstance(recognizer, GestureClassifier) else recognizer
+    if isinstance(recognizer, GestureClassifier):
+        engine: _vesk.Recognizer = recognizer.recognizer_
+    else:
+        engine = recognizer
     models = engine.models
     if model is None:
         symbols = engine.symbols(trace)
