@@ -48,7 +48,8 @@ def program():
 @pytest.fixture(scope="session")
 def recorded():
     """The folder of recorded traces; tests that need them are skipped without."""
-    folder = os.environ.get("VESK_DATA_DIR")
-    if not folder or not pathlib.Path(folder, "unistroke16.jsonl").exists():
+    beside = pathlib.Path(os.environ.get("VESK_SOURCE_DIR", "."), "..", "shared", "data")
+    folder = os.environ.get("VESK_DATA_DIR") or beside
+    if not pathlib.Path(folder, "unistroke16.jsonl").exists():
         pytest.skip("no recorded traces (VESK_DATA_DIR)")
     return pathlib.Path(folder)

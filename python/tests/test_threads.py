@@ -19,7 +19,7 @@ def test_threads_share_a_classifier(fitted, drawn):
 def test_other_threads_go_on_meanwhile():
     model = vesk.HMM(400, 4)
     model.pi, model.a, model.b = np.full(400, 1 / 400), np.full((400, 400), 1 / 400), np.full((400, 4), 0.25)
-    symbols = np.zeros(20_000, dtype=int)
+    symbols = np.zeros(50_000, dtype=int)
     ticks = []
     done = threading.Event()
 
