@@ -5,6 +5,7 @@
 
 #include <veskkit/report/ConfusionPlot.h>
 #include <veskkit/report/LinePlot.h>
+#include <veskkit/report/TradeOffPlot.h>
 
 #include <fmt/format.h>
 
@@ -17,9 +18,6 @@ namespace Vesk::Tool {
 namespace {
 
 constexpr std::size_t mostMistakes = 12;
-constexpr double largestRejection = 0.3;  // that the trade-off is drawn for
-
-using Method = Kit::Verdict Kit::Outcome::*;
 
 double percent(const Kit::Share& share) { return 100.0 * share.value(); }
 
@@ -59,32 +57,17 @@ void addExamples(Kit::Page& page, const EvaluationResult& result,
     page.gallery(figures);
 }
 
-/// Where a method is with the ratio or distance that it has.
-std::pair<double, double> measured(const EvaluationResult& result, Method method) {
-    const Kit::Rates rates = ratesOf(result.outcomes, method);
-    return {percent(rates.rejected), percent(rates.unknownAccepted)};
-}
-
 void addTradeOff(Kit::Page& page, const EvaluationResult& result) {
-    const std::vector<Kit::TradeOffPoint> points = tradeOffOf(result.outcomes);
-    if (points.front().unknownAccepted.total == 0) return;
-    Kit::Series models{"hidden Markov models, at any acceptance ratio", {}};
-    for (const Kit::TradeOffPoint& point : points) {
-        if (point.rejected.value() > largestRejection) continue;
-        models.points.emplace_back(percent(point.rejected), percent(point.unknownAccepted));
-    }
+    const std::string plot = Kit::tradeOffPlot(
+        "Share of unknown gestures accepted over the share of known ones "
+        "rejected; the table after it has some of the numbers",
+        result.outcomes);
+    if (plot.empty()) return;
     page.section("Known or unknown");
-    page.figure(
-        {Kit::linePlot("Share of unknown gestures accepted over the share of known ones "
-                       "rejected; the table after it has some of the numbers",
-                       {"known gestures rejected, %", 0.0, 10.0},
-                       {"unknown gestures accepted, %", 0.0, 10.0},
-                       {models,
-                        {"as measured", {measured(result, &Kit::Outcome::models)}},
-                        {"template matcher", {measured(result, &Kit::Outcome::templates)}}}),
-         "The stricter the acceptance ratio, the fewer unknown gestures pass and the more "
-         "known ones are rejected."});
-    page.table(tradeOffTable(points));
+    page.figure({plot,
+                 "The stricter the acceptance ratio, the fewer unknown gestures pass and the more "
+                 "known ones are rejected."});
+    page.table(tradeOffTable(tradeOffOf(result.outcomes)));
 }
 
 void addCurve(Kit::Page& page, const EvaluationResult& result) {

@@ -68,7 +68,7 @@ public:
         for (const std::string& gesture : unknown) {
             const bool trained = std::any_of(
                 set.gestures.begin(), set.gestures.end(),
-                [&](const internal::GestureModels& it) { return it.report.gesture == gesture; });
+                [&](const GestureModels& it) { return it.report.gesture == gesture; });
             // Without its only gesture there is nothing left to recognise with.
             if (!trained || set.gestures.size() < 2) continue;
             without.try_emplace(gesture, set.composeWithout(gesture, std::ref(steps)),

@@ -58,14 +58,21 @@ private:
         // Any will do: the outcomes hold the answers at all of them.
         settings.training.acceptanceRatio = 1.0;
         Candidate candidate{training, {}, {}};
-        candidate.outcomes =
-            evaluate(traces, folds, settings, [this](const EvaluationProgress& progress) {
-                tell((static_cast<double>(progress.fold) + progress.share) /
-                     static_cast<double>(progress.folds));
-            });
+        candidate.outcomes = outcomesOf(settings);
         candidate.result =
             tradeOffAt(candidate.outcomes, ratioFor(candidate.outcomes, options.falseAccept));
         return candidate;
+    }
+
+    std::vector<Outcome> outcomesOf(const EvaluationOptions& settings) const {
+        if (options.evaluation) {
+            tell(0.0);
+            return options.evaluation(settings);
+        }
+        return evaluate(traces, folds, settings, [this](const EvaluationProgress& progress) {
+            tell((static_cast<double>(progress.fold) + progress.share) /
+                 static_cast<double>(progress.folds));
+        });
     }
 
     /// Whether the value was adopted.

@@ -33,6 +33,10 @@ struct TuningOptions {
 
     /// Most times that all options are gone through, at least 1.
     int rounds = 3;
+
+    /// Carries out the evaluation of one setting on the folds, as `evaluate` does, and does so
+    /// where unset: for hosts that spread the folds over processes.
+    std::function<std::vector<Outcome>(const EvaluationOptions&)> evaluation = {};
 };
 
 /// One setting and what it came to in cross-validation.

@@ -7,6 +7,7 @@ set(VESKKIT_REPORT_SOURCES
     report/Page.cpp
     report/StrokePlot.cpp
     report/Svg.cpp
+    report/TradeOffPlot.cpp
     report/TransitionGraph.cpp)
 set(VESKKIT_REPORT_HEADERS
     report/Colours.h
@@ -14,4 +15,5 @@ set(VESKKIT_REPORT_HEADERS
     report/LinePlot.h
     report/ModelPlots.h
     report/Page.h
-    report/StrokePlot.h)
+    report/StrokePlot.h
+    report/TradeOffPlot.h)

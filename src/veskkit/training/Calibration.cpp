@@ -55,28 +55,6 @@ std::vector<CalibrationRun> split(const std::vector<GestureSamples>& gestures, s
     return runs;
 }
 
-/// Per gesture natural logarithms of P(gesture) / P(threshold model).
-using LogRatios = std::map<std::string, std::vector<double>>;
-
-/// Adds the test traces whose likeliest gesture is the right one; every `stride`-th is recognised.
-/// A probability of zero is no matter of the ratio.
-void addLogRatios(RecognitionModel model, const std::vector<GestureSamples>& test,
-                  std::size_t stride, LogRatios& ratios) {
-    const double required =
-        std::log(acceptanceRatio(model.get().modelTransitionProb, model.gestures().size()));
-    const GestureRecognizer recognizer(std::move(model));
-    std::size_t count = 0;
-    for (const GestureSamples& gesture : test) {
-        for (const Sample& sample : gesture.samples) {
-            if (count++ % stride != 0) continue;
-            const Result result = recognizer.recognizeSymbols(sample.symbols);
-            if (result.scores.empty() || result.scores.front().gesture != gesture.gesture) continue;
-            if (result.margin == -std::numeric_limits<double>::infinity()) continue;
-            ratios[gesture.gesture].push_back(result.margin + required);
-        }
-    }
-}
-
 std::size_t testTraces(const std::vector<CalibrationRun>& runs) {
     std::size_t count = 0;
     for (const CalibrationRun& run : runs) {
@@ -109,29 +87,70 @@ std::vector<CalibrationRun> runsBySample(const std::vector<GestureSamples>& gest
     return split(gestures, count, [count](const Sample&, std::size_t i) { return i % count; });
 }
 
-double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector<double>& codebook,
-                      const TrainingOptions& options, const std::function<void()>& step) {
+TrainingOptions calibrationOptions(const TrainingOptions& options) {
     TrainingOptions quick = options;
     quick.iterations = std::min(options.iterations, enoughIterations);
-    const std::size_t stride = testTraces(runs) / enoughTraces + 1;
+    return quick;
+}
+
+std::size_t testStride(const std::vector<CalibrationRun>& runs) {
+    return testTraces(runs) / enoughTraces + 1;
+}
+
+LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
+                      const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
+                      std::size_t stride) {
+    RecognitionModel model =
+        composeRecognitionModel(gestures, codebook, 1.0, TrainingOptions().name);
+    const double required =
+        std::log(acceptanceRatio(model.get().modelTransitionProb, model.gestures().size()));
+    const GestureRecognizer recognizer(std::move(model));
     LogRatios ratios;
+    std::size_t count = 0;
+    for (const GestureSamples& gesture : test) {
+        for (const Sample& sample : gesture.samples) {
+            if (count++ % stride != 0) continue;
+            const Result result = recognizer.recognizeSymbols(sample.symbols);
+            if (result.scores.empty() || result.scores.front().gesture != gesture.gesture) continue;
+            // A probability of zero is no matter of the ratio.
+            if (result.margin == -std::numeric_limits<double>::infinity()) continue;
+            ratios[gesture.gesture].push_back(result.margin + required);
+        }
+    }
+    return ratios;
+}
+
+double ratioOf(const std::vector<LogRatios>& runs, double falseRejection) {
+    LogRatios ratios;
+    std::vector<double> all;
+    for (const LogRatios& run : runs) {
+        for (const auto& [gesture, own] : run) {
+            ratios[gesture].insert(ratios[gesture].end(), own.begin(), own.end());
+            all.insert(all.end(), own.begin(), own.end());
+        }
+    }
+    if (all.empty()) return 0.0;
+    double least = std::numeric_limits<double>::infinity();
+    for (const auto& [gesture, own] : ratios) {
+        least = std::min(least, quantile(own, sacrificeOfOneGesture));
+    }
+    least -= std::log(slackOfOneGesture);
+    return std::exp(std::min(least, quantile(all, falseRejection)));
+}
+
+double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector<double>& codebook,
+                      const TrainingOptions& options, const std::function<void()>& step) {
+    const TrainingOptions quick = calibrationOptions(options);
+    const std::size_t stride = testStride(runs);
+    std::vector<LogRatios> ratios;
     for (const CalibrationRun& run : runs) {
         std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, step);
         std::vector<const GestureSamples*> samples;
         for (const GestureSamples& gesture : run.training) samples.push_back(&gesture);
         discriminate(gestures, samples, codebook, quick, step);
-        addLogRatios(composeRecognitionModel(gestures, codebook, 1.0, options.name), run.test,
-                     stride, ratios);
+        ratios.push_back(logRatiosOf(gestures, run.test, codebook, stride));
     }
-    if (ratios.empty()) return 0.0;
-    std::vector<double> all;
-    double least = std::numeric_limits<double>::infinity();
-    for (const auto& [gesture, own] : ratios) {
-        all.insert(all.end(), own.begin(), own.end());
-        least = std::min(least, quantile(own, sacrificeOfOneGesture));
-    }
-    least -= std::log(slackOfOneGesture);
-    return std::exp(std::min(least, quantile(all, options.falseRejection)));
+    return ratioOf(ratios, options.falseRejection);
 }
 
 }  // namespace Vesk::Kit::internal

@@ -115,16 +115,6 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
     return models;
 }
 
-GestureModels trainGesture(const GestureSamples& gesture, const std::vector<double>& codebook,
-                           const TrainingOptions& options) {
-    const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
-    GestureReport report = reportOf(gesture);
-    std::vector<LeftRightHMM> fine = trainFineModels(gesture, codebook, options, report);
-    TrainedModel coarse =
-        trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options);
-    return {std::move(fine), std::move(coarse.model), std::move(report)};
-}
-
 /// The staging fields of the model that the coarse models make together.
 RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
     std::vector<HMM*> pointers;
@@ -178,6 +168,16 @@ TrainedModel trainModel(const Sequences& sequences, const std::vector<double>& c
     cleanTransitions(model.a.data);
     result.report.logLikelihood = meanLogLikelihood(model, sequences);
     return result;
+}
+
+GestureModels trainGesture(const GestureSamples& gesture, const std::vector<double>& codebook,
+                           const TrainingOptions& options) {
+    const ModelSettings coarseSettings{options.thresholdStates, 1, options.thresholdSmoothing};
+    GestureReport report = reportOf(gesture);
+    std::vector<LeftRightHMM> fine = trainFineModels(gesture, codebook, options, report);
+    TrainedModel coarse =
+        trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options);
+    return {std::move(fine), std::move(coarse.model), std::move(report)};
 }
 
 std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,

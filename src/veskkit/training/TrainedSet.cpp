@@ -3,7 +3,6 @@
 #include <veskkit/Error.h>
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
-#include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/Discrimination.h>
 
 #include <vesk/quantizer/VectorQuantizer2D.h>
@@ -159,41 +158,49 @@ RecognitionModel TrainedSet::composeWithout(const std::string& gesture,
     return composeRecognitionModel(parts, codebook, ratio, options.name);
 }
 
-TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
-                    TrainingSteps& steps) {
+PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options) {
     if (traces.empty()) throw InputError("found no traces, expected at least 1");
-    TrainedSet set;
-    set.options = options;
-    set.codebook = storedCodebook(options);
-    TrainingReport& report = set.report;
-    Preparer preparer(options, set.codebook, report);
+    PreparedSet set{storedCodebook(options), {}, {}, false, {}};
+    Preparer preparer(options, set.codebook, set.report);
     for (const Trace* trace : traces) preparer.take(*trace);
     set.samples = preparer.gestures();
-    const std::vector<GestureSamples>& gestures = set.samples;
-    warnOfFewTraces(gestures, report);
-    warnOfShortSequences(gestures, options, report);
+    warnOfFewTraces(set.samples, set.report);
+    warnOfShortSequences(set.samples, options, set.report);
 
     const bool calibrated = !options.acceptanceRatio && options.calibrate;
-    std::vector<CalibrationRun> runs;
-    if (calibrated) runs = runsByUser(gestures);
-    const bool byUser = !runs.empty();
-    if (calibrated && !byUser) runs = runsBySample(gestures);
-    report.calibrationRuns = runs.size();
-    const auto expect = [&](std::size_t count) {
-        steps.expect(count + discriminationRounds(count, options));
-    };
-    expect(gestures.size());
-    for (const CalibrationRun& run : runs) expect(run.training.size());
+    if (calibrated) set.runs = runsByUser(set.samples);
+    set.runsAreUsers = !set.runs.empty();
+    if (calibrated && !set.runsAreUsers) set.runs = runsBySample(set.samples);
+    set.report.calibrationRuns = set.runs.size();
+    return set;
+}
 
-    const double found = calibrateRatio(runs, set.codebook, options, std::ref(steps));
-    set.gestures = trainGestures(gestures, set.codebook, options, std::ref(steps));
-    for (const GestureModels& gesture : set.gestures) report.gestures.push_back(gesture.report);
-    set.ratio = options.acceptanceRatio.value_or(ordinaryRatio(set.gestures));
-    if (found > 0.0) {
-        const double ratio = std::clamp(found, leastRatio, largestRatio);
-        // Of other people's traces nothing is known without users: what is customary stays.
-        set.ratio = byUser ? ratio : std::min(set.ratio, ratio);
+double ratioFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
+                double calibrated, bool runsAreUsers) {
+    const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
+    if (!(calibrated > 0.0)) return customary;
+    const double ratio = std::clamp(calibrated, leastRatio, largestRatio);
+    // Of other people's traces nothing is known without users: what is customary stays.
+    return runsAreUsers ? ratio : std::min(customary, ratio);
+}
+
+TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
+                    TrainingSteps& steps) {
+    PreparedSet prepared = prepareSet(traces, options);
+    const auto expect = [&](std::size_t gestures) {
+        steps.expect(gestures + discriminationRounds(gestures, options));
+    };
+    expect(prepared.samples.size());
+    for (const CalibrationRun& run : prepared.runs) expect(run.training.size());
+
+    const double found = calibrateRatio(prepared.runs, prepared.codebook, options, std::ref(steps));
+    TrainedSet set{options, std::move(prepared.samples), {}, std::move(prepared.codebook),
+                   0.0,     std::move(prepared.report)};
+    set.gestures = trainGestures(set.samples, set.codebook, options, std::ref(steps));
+    for (const GestureModels& gesture : set.gestures) {
+        set.report.gestures.push_back(gesture.report);
     }
+    set.ratio = ratioFor(set.gestures, options, found, prepared.runsAreUsers);
     return set;
 }
 

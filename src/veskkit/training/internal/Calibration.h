@@ -3,7 +3,10 @@
 
 #include <veskkit/training/internal/ModelTraining.h>
 
+#include <cstddef>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 namespace Vesk::Kit::internal {
@@ -21,6 +24,24 @@ std::vector<CalibrationRun> runsByUser(const std::vector<GestureSamples>& gestur
 /// Four runs (or fewer, for fewer samples) that leave every sample out once. Empty where no gesture
 /// has two samples.
 std::vector<CalibrationRun> runsBySample(const std::vector<GestureSamples>& gestures);
+
+/// What the runs train with: fewer iterations, since the ratio hardly moves with more.
+TrainingOptions calibrationOptions(const TrainingOptions& options);
+
+/// Every how manieth test trace is recognised.
+std::size_t testStride(const std::vector<CalibrationRun>& runs);
+
+/// Per gesture natural logarithms of P(gesture) / P(threshold model).
+using LogRatios = std::map<std::string, std::vector<double>>;
+
+/// Those of the test traces whose likeliest gesture is the right one, with the models of one run,
+/// told apart.
+LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
+                      const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
+                      std::size_t stride);
+
+/// The ratio that `calibrateRatio` finds, of the logarithms of all runs.
+double ratioOf(const std::vector<LogRatios>& runs, double falseRejection);
 
 /// The likelihood ratio that a gesture may be asked for: of the test traces whose likeliest gesture
 /// is the right one all but the share `falseRejection` reach it, and half of every single gesture's

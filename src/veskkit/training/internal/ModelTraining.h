@@ -4,6 +4,7 @@
 #include <vesk/leftright/LeftRightHMM.h>
 #include <veskkit/recognition/RecognitionModel.h>
 #include <veskkit/traces/Trace.h>
+#include <veskkit/training/GestureModels.h>
 #include <veskkit/training/TrainingOptions.h>
 #include <veskkit/training/TrainingReport.h>
 
@@ -47,11 +48,8 @@ TrainedModel trainModel(const std::vector<std::vector<int>>& sequences,
                         const TrainingOptions& options);
 
 /// The models of one gesture.
-struct GestureModels {
-    std::vector<Vesk::ML::LeftRightHMM> fine;  ///< one a way of drawing it
-    Vesk::ML::LeftRightHMM coarse;             ///< its part of the threshold model
-    GestureReport report;
-};
+GestureModels trainGesture(const GestureSamples& gesture, const std::vector<double>& codebook,
+                           const TrainingOptions& options);
 
 /// The models of all gestures, in their order; `trained` is called after each, by one thread at a
 /// time.

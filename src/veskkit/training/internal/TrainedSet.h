@@ -2,6 +2,7 @@
 #define VESK_VESKKIT_TRAINING_INTERNAL_TRAINEDSET_H
 
 #include <veskkit/training/GestureTrainer.h>
+#include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/ModelTraining.h>
 
 #include <cstddef>
@@ -15,6 +16,22 @@ namespace Vesk::Kit::internal {
 /// What an acceptance ratio may be.
 inline constexpr double leastRatio = 1e-6;
 inline constexpr double largestRatio = 1e5;
+
+/// What a training begins with; refers to the traces.
+struct PreparedSet {
+    std::vector<double> codebook;
+    std::vector<GestureSamples> samples;  ///< in the order of their names
+    std::vector<CalibrationRun> runs;     ///< none where nothing is calibrated
+    bool runsAreUsers;                    ///< whether these leave users out
+    TrainingReport report;                ///< but for the gestures and the ratio
+};
+
+/// InputError as GestureTrainer::train.
+PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options);
+
+/// R: of the options, or `calibrated` (0.0: it was not), or what is customary.
+double ratioFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
+                double calibrated, bool runsAreUsers);
 
 /// The models of all gestures, each trained by itself, from which recognition models are put
 /// together.

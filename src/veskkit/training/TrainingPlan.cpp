@@ -1,0 +1,195 @@
+#include <veskkit/training/TrainingPlan.h>
+
+#include <veskkit/Error.h>
+#include <veskkit/internal/Text.h>
+#include <veskkit/training/internal/Discrimination.h>
+#include <veskkit/training/internal/TrainedSet.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <stdexcept>
+#include <utility>
+
+namespace Vesk::Kit {
+
+using internal::GestureSamples;
+using internal::joined;
+using internal::LogRatios;
+using internal::PreparedSet;
+using internal::Sample;
+
+struct TrainingPlan::Parts {
+    std::vector<Trace> traces;
+    TrainingOptions options;
+    PreparedSet set;
+};
+
+namespace {
+
+std::vector<const Trace*> borrowed(const std::vector<Trace>& traces) {
+    std::vector<const Trace*> result;
+    result.reserve(traces.size());
+    for (const Trace& trace : traces) result.push_back(&trace);
+    return result;
+}
+
+/// The gesture of that name; null where there is none.
+const GestureSamples* find(const std::vector<GestureSamples>& gestures, const std::string& name) {
+    for (const GestureSamples& gesture : gestures) {
+        if (gesture.gesture == name) return &gesture;
+    }
+    return nullptr;
+}
+
+/// Where the samples of a run stand among all samples of the gesture, which come in the same order.
+std::vector<std::size_t> placesOf(const GestureSamples* some, const GestureSamples& all) {
+    std::vector<std::size_t> places;
+    if (some == nullptr) return places;
+    std::size_t place = 0;
+    for (const Sample& sample : some->samples) {
+        while (all.samples[place].trace != sample.trace) ++place;
+        places.push_back(place);
+    }
+    return places;
+}
+
+GestureSequences sequencesOf(const GestureSamples& gesture) {
+    GestureSequences result{gesture.gesture, {}};
+    for (const Sample& sample : gesture.samples) result.sequences.push_back(sample.symbols);
+    return result;
+}
+
+std::vector<GestureSequences> sequencesOf(const std::vector<GestureSamples>& gestures) {
+    std::vector<GestureSequences> result;
+    for (const GestureSamples& gesture : gestures) result.push_back(sequencesOf(gesture));
+    return result;
+}
+
+std::vector<GestureSamples> samplesOf(const std::vector<GestureSequences>& gestures) {
+    std::vector<GestureSamples> result;
+    for (const GestureSequences& gesture : gestures) {
+        GestureSamples samples{gesture.gesture, gesture.gesture, {}};
+        for (const std::vector<int>& symbols : gesture.sequences) {
+            samples.samples.push_back({nullptr, symbols});
+        }
+        result.push_back(std::move(samples));
+    }
+    return result;
+}
+
+}  // namespace
+
+std::vector<std::optional<GestureModels>> GestureTask::run() const {
+    if (traces.empty() || traces.size() != sequences.size()) {
+        throw InputError(joined("found ", traces.size(), " traces and ", sequences.size(),
+                                " sequences, expected as many of both, at least 1"));
+    }
+    std::vector<std::optional<GestureModels>> models;
+    for (std::size_t t = 0; t < trainings.size(); ++t) {
+        GestureSamples samples{gesture, traces.front().gesture, {}};
+        for (const std::size_t i : trainings[t]) {
+            samples.samples.push_back({&traces.at(i), sequences[i]});
+        }
+        const bool own = t + 1 == trainings.size();
+        if (samples.samples.empty()) {
+            models.emplace_back();
+        } else {
+            models.emplace_back(internal::trainGesture(
+                samples, codebook, own ? options : internal::calibrationOptions(options)));
+        }
+    }
+    return models;
+}
+
+ToldApart TellApartTask::run() const {
+    const std::vector<GestureSamples> samples = samplesOf(training);
+    std::vector<const GestureSamples*> pointers;
+    for (const GestureSamples& gesture : samples) pointers.push_back(&gesture);
+    if (gestures.size() != samples.size()) {
+        throw InputError(
+            joined("found sequences of ", samples.size(), " gestures, expected ", gestures.size()));
+    }
+    std::vector<GestureModels> told = gestures;
+    if (test.empty()) {
+        internal::discriminate(told, pointers, codebook, options);
+        return {std::move(told), {}};
+    }
+    internal::discriminate(told, pointers, codebook, internal::calibrationOptions(options));
+    return {{}, internal::logRatiosOf(told, samplesOf(test), codebook, stride)};
+}
+
+TrainingPlan::TrainingPlan(std::vector<Trace> traces, TrainingOptions options) {
+    const GestureTrainer checked(options);
+    auto made = std::make_unique<Parts>(Parts{std::move(traces), std::move(options), {}});
+    made->set = internal::prepareSet(borrowed(made->traces), made->options);
+    parts = std::move(made);
+}
+
+TrainingPlan::TrainingPlan(TrainingPlan&&) noexcept = default;
+TrainingPlan& TrainingPlan::operator=(TrainingPlan&&) noexcept = default;
+TrainingPlan::~TrainingPlan() = default;
+
+std::size_t TrainingPlan::gestures() const { return parts->set.samples.size(); }
+
+std::size_t TrainingPlan::trainings() const { return parts->set.runs.size() + 1; }
+
+GestureTask TrainingPlan::gestureTask(std::size_t gesture) const {
+    const GestureSamples& samples = parts->set.samples.at(gesture);
+    GestureTask task{parts->options,
+                     parts->set.codebook,
+                     samples.gesture,
+                     {},
+                     sequencesOf(samples).sequences,
+                     {}};
+    for (const Sample& sample : samples.samples) task.traces.push_back(*sample.trace);
+    for (const internal::CalibrationRun& run : parts->set.runs) {
+        task.trainings.push_back(placesOf(find(run.training, samples.gesture), samples));
+    }
+    task.trainings.push_back(placesOf(&samples, samples));
+    return task;
+}
+
+TellApartTask TrainingPlan::tellApartTask(
+    std::size_t training,
+    const std::vector<std::vector<std::optional<GestureModels>>>& trained) const {
+    const PreparedSet& set = parts->set;
+    if (training >= trainings()) throw std::out_of_range("no such training");
+    const bool own = training == set.runs.size();
+    const std::vector<GestureSamples>& samples = own ? set.samples : set.runs[training].training;
+    TellApartTask task{parts->options, set.codebook, {}, sequencesOf(samples), {}, 1};
+    if (!own) {
+        task.test = sequencesOf(set.runs[training].test);
+        task.stride = internal::testStride(set.runs);
+    }
+    for (std::size_t g = 0; g < set.samples.size(); ++g) {
+        const std::string& name = set.samples[g].gesture;
+        if (find(samples, name) == nullptr) continue;
+        if (g >= trained.size() || training >= trained[g].size() || !trained[g][training]) {
+            throw InputError(joined("found no models of gesture ", internal::quoted(name),
+                                    ", expected those of every training"));
+        }
+        task.gestures.push_back(*trained[g][training]);
+    }
+    return task;
+}
+
+TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
+    const PreparedSet& set = parts->set;
+    if (told.size() != trainings() || told.back().gestures.size() != set.samples.size()) {
+        throw InputError("found parts of another training, expected those of this one");
+    }
+    const std::vector<GestureModels>& gestures = told.back().gestures;
+    std::vector<LogRatios> ratios;
+    for (std::size_t r = 0; r < set.runs.size(); ++r) ratios.push_back(told[r].logRatios);
+    const double calibrated = internal::ratioOf(ratios, parts->options.falseRejection);
+    const double ratio = internal::ratioFor(gestures, parts->options, calibrated, set.runsAreUsers);
+    TrainingResult result{
+        internal::composeRecognitionModel(gestures, set.codebook, ratio, parts->options.name),
+        set.report};
+    for (const GestureModels& gesture : gestures) result.report.gestures.push_back(gesture.report);
+    result.report.acceptanceRatio = internal::acceptanceRatio(
+        result.model.get().modelTransitionProb, result.model.gestures().size());
+    return result;
+}
+
+}  // namespace Vesk::Kit

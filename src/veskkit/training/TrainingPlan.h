@@ -1,0 +1,98 @@
+#ifndef VESK_VESKKIT_TRAINING_TRAININGPLAN_H
+#define VESK_VESKKIT_TRAINING_TRAININGPLAN_H
+
+#include <veskkit/training/GestureModels.h>
+#include <veskkit/training/GestureTrainer.h>
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vesk::Kit {
+
+using SymbolSequences = std::vector<std::vector<int>>;
+
+/// Trains the models of one gesture, for the model itself and for every training that its
+/// acceptance ratio is calibrated on.
+struct GestureTask {
+    TrainingOptions options;
+    std::vector<double> codebook;
+    std::string gesture;        ///< its name in the model
+    std::vector<Trace> traces;  ///< the gesture's usable ones, in their order
+    SymbolSequences sequences;  ///< of these traces
+
+    /// Per training the places of its traces. The last one is the model's own; one without traces
+    /// does without the gesture.
+    std::vector<std::vector<std::size_t>> trainings;
+
+    /// Per training the gesture's models, nothing for one without its traces. Two tasks run in any
+    /// order and anywhere: the same bits. One thread.
+    std::vector<std::optional<GestureModels>> run() const;
+};
+
+/// The symbols of some traces of one gesture.
+struct GestureSequences {
+    std::string gesture;
+    SymbolSequences sequences;
+};
+
+/// What became of a training's models.
+struct ToldApart {
+    std::vector<GestureModels> gestures;  ///< the model's own training: its models
+    /// A calibration's: per gesture natural logarithms of P(gesture) / P(threshold model) of
+    /// traces.
+    std::map<std::string, std::vector<double>> logRatios;
+};
+
+/// Teaches the models of all gestures of one training to tell each other's traces apart and, for a
+/// calibration, asks them about the traces that were left out.
+struct TellApartTask {
+    TrainingOptions options;
+    std::vector<double> codebook;
+    std::vector<GestureModels> gestures;
+    std::vector<GestureSequences> training;  ///< of the same gestures
+    std::vector<GestureSequences> test;      ///< empty for the model's own training
+    std::size_t stride = 1;                  ///< every how manieth test trace counts
+
+    ToldApart run() const;
+};
+
+/// GestureTrainer::train taken to pieces, for hosts that spread its work over processes and
+/// machines: first one task a gesture, then one a training (those of the calibration, then the
+/// model's own), each a value that depends on nothing else. The result is the same to the bit as
+/// that of GestureTrainer, wherever and in whichever order tasks ran.
+///
+/// Immutable; const calls from several threads.
+class TrainingPlan {
+public:
+    /// InputError as GestureTrainer and its `train`.
+    TrainingPlan(std::vector<Trace> traces, TrainingOptions options);
+    TrainingPlan(TrainingPlan&&) noexcept;
+    TrainingPlan& operator=(TrainingPlan&&) noexcept;
+    ~TrainingPlan();
+
+    std::size_t gestures() const;
+    std::size_t trainings() const;
+
+    /// std::out_of_range for a gesture that is not one of `gestures`.
+    GestureTask gestureTask(std::size_t gesture) const;
+
+    /// @param trained per gesture what its task returned. InputError where that does not fit.
+    TellApartTask tellApartTask(
+        std::size_t training,
+        const std::vector<std::vector<std::optional<GestureModels>>>& trained) const;
+
+    /// @param parts per training what its task returned. InputError where that does not fit.
+    TrainingResult result(const std::vector<ToldApart>& parts) const;
+
+private:
+    struct Parts;
+    std::unique_ptr<const Parts> parts;
+};
+
+}  // namespace Vesk::Kit
+
+#endif
