@@ -8,6 +8,7 @@
 #include <veskkit/io/SceneFile.h>
 #include <veskkit/recognition/ModelText.h>
 #include <veskkit/recognition/StatePath.h>
+#include <veskkit/report/Colours.h>
 #include <veskkit/report/ModelPlots.h>
 #include <veskkit/training/GestureTrainer.h>
 
@@ -185,5 +186,8 @@ Answer writeReport(const Call& call) {
                                            tracesOf(call.arguments.at("traces")), {});
     return {Json::object(), page.html("vesk " VESK_VERSION)};
 }
+
+/// "css": the plots' colours on a light and on a dark page.
+Answer colours(const Call& /*call*/) { return {{{"css", Kit::plotColours()}}}; }
 
 }  // namespace Vesk::Studio

@@ -13,6 +13,7 @@ const Request* requestOf(const std::string& name) {
         {"recognize", recognize},           {"diagnoseModel", diagnoseModel},
         {"drawGesture", drawGesture},       {"writeScene", writeScene},
         {"writeReport", writeReport},       {"evaluate", evaluate},
+        {"colours", colours},
     };
     const auto found = requests.find(name);
     return found == requests.end() ? nullptr : &found->second;
