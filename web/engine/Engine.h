@@ -10,8 +10,8 @@
 
 namespace Vesk::Studio {
 
-/// What a request is answered with: an object of JSON (UTF-8), and a file's bytes where it makes one.
-/// A request that fails has the key "error", one line.
+/// What a request is answered with: an object of JSON (UTF-8), and a file's bytes where it makes
+/// one. A request that fails has the key "error", one line.
 struct Reply {
     std::string json;
     std::string file;
@@ -20,8 +20,8 @@ struct Reply {
 /// Told the share of a long request that is done, from 0 to 1.
 using Progress = std::function<void(double)>;
 
-/// All that the studio's page asks for: a thin layer of JSON over veskkit, the same in the browser and
-/// in a native program. Holds the model at hand. Nothing runs on other threads.
+/// All that the studio's page asks for: a thin layer of JSON over veskkit, the same in the browser
+/// and in a native program. Holds the model at hand. Nothing runs on other threads.
 ///
 /// Traces are lists of objects with the keys gesture, user and points, as in files of traces.
 class Engine {

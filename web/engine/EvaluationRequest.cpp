@@ -21,9 +21,7 @@ std::size_t foldsFor(const std::vector<Kit::Trace>& traces, std::size_t most) {
     return fewest;
 }
 
-Json shareJson(const Kit::Share& share) {
-    return {{"count", share.count}, {"total", share.total}};
-}
+Json shareJson(const Kit::Share& share) { return {{"count", share.count}, {"total", share.total}}; }
 
 Json tradeOffJson(const std::vector<Kit::Outcome>& outcomes) {
     Json points = Json::array();

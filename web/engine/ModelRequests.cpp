@@ -102,8 +102,8 @@ Answer loadModel(const Call& call) {
 
 Answer describe(const Call& call) { return {descriptionOf(call.engine.recognizer().model())}; }
 
-/// "ratio", how many times as likely as the threshold model a gesture has to be: the model's file, and
-/// `describe`.
+/// "ratio", how many times as likely as the threshold model a gesture has to be: the model's file,
+/// and `describe`.
 Answer setStrictness(const Call& call) {
     const double ratio = call.arguments.at("ratio").get<double>();
     if (!(ratio > 0.0) || !std::isfinite(ratio))
@@ -132,8 +132,7 @@ Answer recognize(const Call& call) {
               {"answers", answersJson(recognizer.answers(trace))},
               {"path", nullptr}};
     if (!call.arguments.value("path", true) || result.scores.empty()) return {json};
-    const std::string& shown =
-        result.recognized() ? result.gesture : result.scores.front().gesture;
+    const std::string& shown = result.recognized() ? result.gesture : result.scores.front().gesture;
     if (const auto best = bestPath(recognizer, shown, trace)) {
         json["path"] = {{"gesture", shown},
                         {"points", best->path.points},
@@ -143,9 +142,25 @@ Answer recognize(const Call& call) {
     return {json};
 }
 
+/// "symbols": what the library computes from them by sums, products and quotients alone, so that it
+/// is the same to the bit on every machine.
+Answer probabilities(const Call& call) {
+    const Vesk::ML::RecognitionModelHMM& model = call.engine.recognizer().model().get();
+    const auto symbols = call.arguments.at("symbols").get<std::vector<int>>();
+    const Vesk::ML::Recognition result = model.evaluate(symbols);
+    Json gestures = Json::array();
+    for (const Vesk::ML::GestureScore& it : result.gestures)
+        gestures.push_back({it.probability, it.weightedProbability, it.weightedGamma});
+    const auto T = static_cast<int>(symbols.size());
+    return {{{"threshold", result.threshold},
+             {"gestures", gestures},
+             {"forward", model.recognitionHMM->forwardProc(symbols, T).data},
+             {"backward", model.recognitionHMM->backwardProc(symbols, T).data}}};
+}
+
 Answer diagnoseModel(const Call& call) {
-    return {{{"findings",
-              findingsJson(Kit::diagnoseModel(call.engine.recognizer().model().get()))}}};
+    return {
+        {{"findings", findingsJson(Kit::diagnoseModel(call.engine.recognizer().model().get()))}}};
 }
 
 /// "gesture" and "traces": "figures" of each of its models, each with "svg" and "caption".
@@ -182,8 +197,8 @@ Answer writeScene(const Call& call) {
 
 /// "traces": a page about the model, as a file.
 Answer writeReport(const Call& call) {
-    const Kit::Page page = Tool::modelPage(call.engine.recognizer(),
-                                           tracesOf(call.arguments.at("traces")), {});
+    const Kit::Page page =
+        Tool::modelPage(call.engine.recognizer(), tracesOf(call.arguments.at("traces")), {});
     return {Json::object(), page.html("vesk " VESK_VERSION)};
 }
 

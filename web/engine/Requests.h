@@ -45,6 +45,7 @@ Answer diagnoseModel(const Call& call);
 Answer drawGesture(const Call& call);
 Answer writeScene(const Call& call);
 Answer writeReport(const Call& call);
+Answer probabilities(const Call& call);
 Answer colours(const Call& call);
 
 // How well it would do on what it has not seen.

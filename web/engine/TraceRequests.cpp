@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t mostProblems = 20;
 
-/// A file of that name without its folders, as long as the object lives, in the working folder: names
-/// and extensions say how a file of traces is read.
+/// A file of that name without its folders, as long as the object lives, in the working folder:
+/// names and extensions say how a file of traces is read.
 class NamedFile {
 public:
     NamedFile(std::string wanted, const std::string& bytes)
@@ -35,8 +35,8 @@ public:
 
 }  // namespace
 
-/// "users", "repetitions", "seed", "gestures" (all where there are none): "traces", and in "known" the
-/// names of all gestures.
+/// "users", "repetitions", "seed", "gestures" (all where there are none): "traces", and in "known"
+/// the names of all gestures.
 Answer starterSet(const Call& call) {
     const Kit::TraceSynthesizer synthesizer(call.arguments.value("seed", std::uint64_t{1}));
     auto names = call.arguments.value("gestures", std::vector<std::string>());

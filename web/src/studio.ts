@@ -79,6 +79,7 @@ const initial: State = {
 const saveDelay = 400;
 const examineDelay = 700;
 const mostFolds = 10;
+const warmUps = 8;
 
 export const nameOfImported = "imported";
 
@@ -283,6 +284,15 @@ export class Studio {
       source,
     };
     this.set({ model, attempt: null, figures: null });
+    void this.warmUp();
+  }
+
+  /** The first verdicts of an engine take longer than all others: nobody waits for these. */
+  private async warmUp(): Promise<void> {
+    const points: Point[] = [[0, 0], [40, 10], [60, 50]];
+    for (let i = 0; i < warmUps; ++i) {
+      await this.live.call("recognize", { points }).catch(() => null);
+    }
   }
 
   /** Runs a long request in the lab; only one at a time. Null where it was cancelled or refused. */
@@ -319,7 +329,6 @@ export class Studio {
     }
     this.set({ mode: "try", evaluation: null });
     this.saveSoon();
-    for (const warning of answer.reply.warnings) this.notify(warning);
     void this.examine(true);
   }
 
@@ -342,6 +351,15 @@ export class Studio {
     } catch (problem) {
       this.complain(problem);
     }
+  }
+
+  /** The stroke that was just recognised becomes an example. */
+  keepAttempt(gesture: string): void {
+    const { attempt } = this.state;
+    const name = this.document.gestures.find((it) => it.id === gesture)?.name;
+    if (!attempt || name === undefined) return;
+    this.change(doc.addExample(this.document, gesture, doc.exampleOf(attempt.points)));
+    this.notify(`Kept as an example of “${name}”. Train again to use it.`, [], true);
   }
 
   forgetAttempt(): void {

@@ -36,12 +36,12 @@ export function countExamples(document: StudioDocument): number {
   return document.gestures.reduce((sum, gesture) => sum + gesture.examples.length, 0);
 }
 
-/** "gesture 1", "gesture 2", ...: the first that is free. */
+/** "gesture-1", "gesture-2", ...: the first that is free. Names in a model have no blanks. */
 export function freeName(document: StudioDocument): string {
   const taken = new Set(document.gestures.map((gesture) => gesture.name));
   let number = 1;
-  while (taken.has(`gesture ${number}`)) ++number;
-  return `gesture ${number}`;
+  while (taken.has(`gesture-${number}`)) ++number;
+  return `gesture-${number}`;
 }
 
 export function addGesture(document: StudioDocument, gesture: Gesture): StudioDocument {

@@ -47,13 +47,12 @@ export function App({ studio }: { studio: Studio }) {
       <main class={dropping ? "is-dropping" : ""}>
         <Stage studio={studio} state={state} />
         <aside class="panel" aria-label="Verdict and tests">
-          <VerdictPanel state={state} />
+          <VerdictPanel studio={studio} state={state} />
           <Strictness studio={studio} state={state} />
           <TestPanel studio={studio} state={state} />
         </aside>
         <GestureList studio={studio} state={state} />
       </main>
-      <Notices studio={studio} notices={state.notices} />
     </>
   );
 }
@@ -108,6 +107,7 @@ function Stage({ studio, state }: { studio: Studio; state: State }) {
       <Surface
         label={trying ? "Drawing area: a stroke is recognised" : "Drawing area: a stroke is an example"}
         hint={hint}
+        inviting={empty && !trying && state.ready}
         attempt={state.attempt}
         ghost={trying ? null : (selected?.examples.at(-1)?.points.map(([x, y]) => [x, y]) ?? null)}
         onBegin={() => studio.forgetAttempt()}
@@ -119,12 +119,13 @@ function Stage({ studio, state }: { studio: Studio; state: State }) {
             Draw a gesture a few times, name it, draw another, train. Then draw again and see what is
             recognised, how surely, and why not. Nothing leaves this page.
           </p>
-          <button type="button" onClick={() => void studio.addStarterSet()}>
+          <button type="button" class="primary" onClick={() => void studio.addStarterSet()}>
             <Icon name="spark" /> Start with a dozen drawn gestures
           </button>
         </div>
       )}
       <TrainBar studio={studio} state={state} />
+      <Notices studio={studio} notices={state.notices} />
     </section>
   );
 }

@@ -35,6 +35,7 @@ export function GestureList({ studio, state }: Props) {
       {loose.map((finding) => (
         <FindingLine key={finding.text} finding={finding} />
       ))}
+      {gestures.length === 0 && <p class="faint nothing">What you draw is kept here.</p>}
       <ul>
         {gestures.map((gesture) => (
           <GestureCard key={gesture.id} studio={studio} state={state} gesture={gesture} />
@@ -47,7 +48,7 @@ export function GestureList({ studio, state }: Props) {
 function GestureCard({ studio, state, gesture }: Props & { gesture: Gesture }) {
   const selected = state.selected === gesture.id;
   const findings = state.findings.filter((it) => it.gestures[0] === gesture.name);
-  const worst = findings.find((it) => it.weight !== "advice") ?? findings[0];
+  const mistakes = findings.filter((it) => it.weight !== "advice");
   const count = gesture.examples.length;
   return (
     <li class={`card${selected ? " is-selected" : ""}`}>
@@ -60,9 +61,9 @@ function GestureCard({ studio, state, gesture }: Props & { gesture: Gesture }) {
         <Thumbnail examples={gesture.examples.slice(-mostInThumbnail)} />
         <span class="card-name">{gesture.name}</span>
         <span class="card-count">{counted(count, "example")}</span>
-        {worst && (
-          <span class={`dot ${worst.weight}`}>
-            <span class="hidden">{counted(findings.length, "finding")}</span>
+        {mistakes.length > 0 && (
+          <span class="dot">
+            <span class="hidden">{counted(mistakes.length, "probable mistake")}</span>
           </span>
         )}
       </button>

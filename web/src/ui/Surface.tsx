@@ -9,6 +9,8 @@ interface Props {
   attempt: Attempt | null;
   /** The latest example, faintly, so that the next can be like it. */
   ghost: readonly Point[] | null;
+  /** Whether a stroke draws itself, as an invitation. */
+  inviting: boolean;
   onStroke(points: Point[]): void;
   onBegin(): void;
 }
@@ -22,7 +24,7 @@ const keys: Record<string, Point> = {
 };
 
 /** Where strokes are drawn: with a pointer, or with the arrow keys and the space bar. */
-export function Surface({ label, hint, attempt, ghost, onStroke, onBegin }: Props) {
+export function Surface({ label, hint, attempt, ghost, inviting, onStroke, onBegin }: Props) {
   const root = useRef<HTMLDivElement>(null);
   const ink = useRef<SVGPolylineElement>(null);
   const stroke = useRef<Point[]>([]);
@@ -179,6 +181,14 @@ export function Surface({ label, hint, attempt, ghost, onStroke, onBegin }: Prop
           />
         )}
       </svg>
+      {inviting && !drawing && (
+        <svg class="invitation" viewBox="0 0 200 140" aria-hidden="true">
+          <path
+            pathLength="1"
+            d="M22 62C40 22 84 30 82 66s-46 44-40 8 72-66 92-30-24 84-40 62 8-62 40-60 44 34 44 62"
+          />
+        </svg>
+      )}
       {!drawing && !attempt && <p class="hint">{hint}</p>}
       <p id="surface-keys" class="hidden">
         With a keyboard: the space bar puts the pen down and lifts it, arrow keys move it, Escape drops

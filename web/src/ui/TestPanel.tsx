@@ -21,7 +21,7 @@ export function TestPanel({ studio, state }: { studio: Studio; state: State }) {
     <section class="test" aria-labelledby="test-heading">
       <h2 id="test-heading">Unseen examples</h2>
       <p class="faint">
-        Every example is left out in turn and shown to a model that was trained without it.
+        Every example is shown to a model that was trained without it.
       </p>
       <div class="row">
         <button

@@ -1,12 +1,12 @@
 import type { Score, Verdict } from "../engine/protocol";
-import type { State } from "../studio";
+import type { State, Studio } from "../studio";
 import { Icon } from "./Icon";
 import { marginText, rejectionText } from "./words";
 
 const mostBars = 6;
 
 /** The answer for those who see it, and at once for those who hear it. */
-export function VerdictPanel({ state }: { state: State }) {
+export function VerdictPanel({ studio, state }: { studio: Studio; state: State }) {
   const { attempt, model } = state;
   return (
     <section class="verdict" aria-labelledby="verdict-heading">
@@ -29,6 +29,7 @@ export function VerdictPanel({ state }: { state: State }) {
           that it goes through.
         </p>
       )}
+      {attempt && <Keep studio={studio} state={state} />}
     </section>
   );
 }
@@ -52,6 +53,32 @@ function Answer({ verdict }: { verdict: Verdict }) {
         <strong>Rejected</strong>
         <span>{rejectionText(verdict)}</span>
       </p>
+    </div>
+  );
+}
+
+/** A stroke that was misunderstood is the best example of what it should have been. */
+function Keep({ studio, state }: { studio: Studio; state: State }) {
+  const { gestures } = state.history.now;
+  if (gestures.length === 0) return null;
+  return (
+    <div class="field">
+      <label for="keep">Keep the stroke as an example of</label>
+      <select
+        id="keep"
+        value=""
+        onChange={(event) => {
+          studio.keepAttempt(event.currentTarget.value);
+          event.currentTarget.value = "";
+        }}
+      >
+        <option value="">choose …</option>
+        {gestures.map((it) => (
+          <option key={it.id} value={it.id}>
+            {it.name}
+          </option>
+        ))}
+      </select>
     </div>
   );
 }

@@ -3,7 +3,7 @@ const elements = new Set([
   "svg", "g", "title", "text", "tspan", "rect", "circle", "line", "path", "polyline", "polygon",
 ]);
 const attribute =
-  /^(xmlns|role|width|height|viewBox|font-(family|size|weight)|fill(-opacity)?|stroke(-(opacity|width|linecap|linejoin|dasharray))?|opacity|points|d|[xyr]|[cr][xy]|[xy][12]|d[xy]|transform|text-anchor|dominant-baseline|aria-hidden)$/;
+  /^(xmlns|role|width|height|viewBox|font-(family|size|weight)|fill(-opacity)?|stroke(-(opacity|width|linecap|linejoin|dasharray))?|opacity|points|d|[xyr]|[cr][xy]|[xy][12]|d[xy]|transform|shape-rendering|text-anchor|dominant-baseline|aria-hidden)$/;
 const namespace = "http://www.w3.org/2000/svg";
 
 /** Why a plot may not be shown; "" where it may. Values that refer to something are none of a plot. */

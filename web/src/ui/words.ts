@@ -6,10 +6,14 @@ export function counted(count: number, noun: string): string {
   return `${count} ${noun}${count === 1 ? "" : "s"}`;
 }
 
-/** A factor given as a natural logarithm: "1.4", "250", "10^6". */
+const superscripts = "⁰¹²³⁴⁵⁶⁷⁸⁹";
+
+/** A factor given as a natural logarithm: "1.4", "250", "10⁶". */
 export function factorText(logFactor: number): string {
   const decades = Math.abs(logFactor) / Math.LN10;
-  if (decades >= 5) return `10^${Math.round(decades)}`;
+  if (decades >= 5) {
+    return `10${[...String(Math.round(decades))].map((digit) => superscripts[Number(digit)]).join("")}`;
+  }
   const factor = Math.exp(Math.abs(logFactor));
   return factor < 10 ? factor.toFixed(1) : Math.round(factor).toLocaleString("en");
 }
