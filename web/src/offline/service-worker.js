@@ -26,7 +26,7 @@ self.addEventListener("fetch", (event) => {
   if (event.request.method !== "GET") return;
   const kept = async () => {
     const cache = await caches.open(cacheName);
-    const found = await cache.match(event.request, { ignoreSearch: true });
+    const found = await cache.match(event.request, { ignoreSearch: true, ignoreVary: true });
     return found ?? fetch(event.request);
   };
   event.respondWith(kept());

@@ -63,7 +63,7 @@ export function FileMenu({ studio, state }: { studio: Studio; state: State }) {
         menu.current?.querySelector("summary")?.focus();
       }}
     >
-      <summary class="button">
+      <summary class="button" aria-label="Files">
         <Icon name="file" /> <span class="wide">Files</span> <Icon name="chevron" />
       </summary>
       <div class="sheet">

@@ -1,4 +1,4 @@
-import { useEffect, useRef, useState } from "preact/hooks";
+import { useLayoutEffect, useState } from "preact/hooks";
 import type { Example, Gesture } from "../document/document";
 import type { Finding } from "../engine/protocol";
 import type { State, Studio } from "../studio";
@@ -137,19 +137,19 @@ function GestureDetails({
 function NameField({ studio, gesture }: { studio: Studio; gesture: Gesture }) {
   const [text, setText] = useState(gesture.name);
   const [problem, setProblem] = useState("");
-  const field = useRef<HTMLInputElement>(null);
-  useEffect(() => setText(gesture.name), [gesture.name]);
+  // At once, so that nothing typed meanwhile is lost.
+  useLayoutEffect(() => setText(gesture.name), [gesture.name]);
 
-  function accept(): void {
-    if (text.trim() === gesture.name) setProblem("");
-    else setProblem(studio.rename(gesture.id, text));
+  // What the field holds: the text of the last rendering may be older.
+  function accept(given: string): void {
+    if (given.trim() === gesture.name) setProblem("");
+    else setProblem(studio.rename(gesture.id, given));
   }
 
   return (
     <div class="field">
       <label for={`name-${gesture.id}`}>Name</label>
       <input
-        ref={field}
         id={`name-${gesture.id}`}
         value={text}
         maxLength={60}
@@ -158,9 +158,9 @@ function NameField({ studio, gesture }: { studio: Studio; gesture: Gesture }) {
         aria-invalid={problem !== ""}
         aria-describedby={problem ? `problem-${gesture.id}` : undefined}
         onInput={(event) => setText(event.currentTarget.value)}
-        onBlur={accept}
+        onBlur={(event) => accept(event.currentTarget.value)}
         onKeyDown={(event) => {
-          if (event.key === "Enter") accept();
+          if (event.key === "Enter") accept(event.currentTarget.value);
           if (event.key !== "Escape") return;
           setText(gesture.name);
           setProblem("");
