@@ -174,7 +174,8 @@ export class Studio {
   }
 
   private addNotice(notice: Notice): void {
-    this.set({ notices: [...this.state.notices.slice(-2), notice] });
+    const others = this.state.notices.filter((it) => it.text !== notice.text);
+    this.set({ notices: [...others.slice(-1), notice] });
   }
 
   dismiss(id: string): void {

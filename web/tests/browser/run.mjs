@@ -1,6 +1,6 @@
 // The studio in a real browser, as people use it. Ends with 77 where there is no browser.
 //
-// usage: node run.mjs VESK [DATA-FOLDER] [SCENARIO...]
+// usage: node run.mjs VESK [SCENARIO...]
 //
 // VESK_SCREENSHOTS=FOLDER keeps a picture of every state.
 import { rmSync } from "node:fs";
@@ -11,14 +11,14 @@ import { dark, keyboard, phone } from "./people.mjs";
 import { browserPath, folder, started, tracesByGesture } from "./support.mjs";
 import { teaching, tools } from "./teaching.mjs";
 
-const [vesk, data, ...wanted] = process.argv.slice(2);
+const [vesk, ...wanted] = process.argv.slice(2);
 if (!browserPath()) {
   console.log("skipped: no chromium is installed (scripts/setup --test does it)");
   process.exit(77);
 }
 const scenarios = { teaching, tools, hostility, keeping, forgetting, phone, dark, keyboard, figures };
 const studio = await started();
-const given = { vesk, byGesture: tracesByGesture(vesk, data) };
+const given = { vesk, byGesture: tracesByGesture(vesk) };
 let failed = 0;
 for (const [name, scenario] of Object.entries(scenarios)) {
   if (wanted.length > 0 && !wanted.includes(name)) continue;

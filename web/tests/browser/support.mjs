@@ -1,13 +1,14 @@
 // A served studio, a browser, and what a person does in it.
 import assert from "node:assert/strict";
 import { spawnSync } from "node:child_process";
-import { accessSync, constants, existsSync, mkdtempSync, readFileSync } from "node:fs";
+import { accessSync, constants, mkdtempSync, readFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { delimiter, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
 import { chromium } from "playwright-core";
 import { preview } from "vite";
+import { recordedFiles } from "../data.mjs";
 
 const root = fileURLToPath(new URL("../..", import.meta.url));
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
@@ -35,9 +36,9 @@ export function native(program, ...given) {
 }
 
 /** Traces by gesture: recorded ones, else generated ones. */
-export function tracesByGesture(vesk, data) {
-  let file = join(data ?? "", "unistroke16.jsonl");
-  if (!existsSync(file)) {
+export function tracesByGesture(vesk) {
+  let file = recordedFiles().find((it) => it.endsWith("unistroke16.jsonl"));
+  if (!file) {
     file = join(folder, "generated.jsonl");
     native(vesk, "generate", "-o", file, "--users", "2", "--repetitions", "15");
   }
@@ -95,7 +96,7 @@ export class Page {
       if (!/^(blob|data):/.test(request.url()) && !request.url().startsWith(studio.url))
         it.problems.push(`request: ${request.url()}`);
     });
-    it.page.setDefaultTimeout(15_000);
+    it.page.setDefaultTimeout(60_000);
     await it.page.goto(studio.url);
     await it.page.getByRole("heading", { name: "Gestures" }).waitFor();
     return it;
@@ -149,7 +150,7 @@ export class Page {
 
   async train() {
     await this.button(/^Train/).click();
-    await this.page.getByText("Trained on all of these examples.").waitFor({ timeout: 120_000 });
+    await this.page.getByText("Trained on all of these examples.").waitFor();
   }
 
   /** The answer, or "" where it is rejected, of a stroke that `act` shows. */
@@ -196,6 +197,7 @@ export class Page {
 
   /** Serious findings of axe. */
   async expectAccessible(state) {
+    await this.page.evaluate(() => document.getAnimations().forEach((it) => it.finish()));
     await this.page.evaluate(axe);
     const found = await this.page.evaluate(async () => {
       const { violations } = await globalThis.axe.run(document, { resultTypes: ["violations"] });

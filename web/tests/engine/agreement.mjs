@@ -1,15 +1,16 @@
 // The engine in WebAssembly against the native one and the program: the same verdicts, symbols and
 // files, what sums, products and quotients make the same to the bit.
 //
-// usage: node --no-experimental-fetch agreement.mjs ENGINE-FOLDER NATIVE-ENGINE VESK [DATA-FOLDER]
+// usage: node --no-experimental-fetch agreement.mjs ENGINE-FOLDER NATIVE-ENGINE VESK
 import assert from "node:assert/strict";
 import { spawnSync } from "node:child_process";
-import { existsSync, mkdtempSync, readFileSync, readdirSync, rmSync, writeFileSync } from "node:fs";
+import { mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { tmpdir } from "node:os";
-import { join } from "node:path";
+import { basename, join } from "node:path";
+import { recordedFiles } from "../data.mjs";
 import { nativeEngine, wasmEngine } from "./engines.mjs";
 
-const [folder, native, vesk, data] = process.argv.slice(2);
+const [folder, native, vesk] = process.argv.slice(2);
 const examplesOfGesture = 6;
 const largestDifference = 1e-12; // of natural logarithms, relative
 const everyTable = 25;
@@ -50,12 +51,11 @@ function compare(ours, theirs, count, path = "") {
 
 /** Some examples of each gesture, of as many users as there are. */
 function trainingSet(traces) {
-  const byGesture = Map.groupBy
-    ? Map.groupBy(traces, (it) => it.gesture)
-    : traces.reduce(
-        (map, it) => map.set(it.gesture, [...(map.get(it.gesture) ?? []), it]),
-        new Map(),
-      );
+  const byGesture = new Map();
+  for (const trace of traces) {
+    if (!byGesture.has(trace.gesture)) byGesture.set(trace.gesture, []);
+    byGesture.get(trace.gesture).push(trace);
+  }
   return [...byGesture.values()].flatMap((all) => {
     const stride = Math.max(1, Math.floor(all.length / examplesOfGesture));
     return all.filter((_, i) => i % stride === 0).slice(0, examplesOfGesture);
@@ -121,9 +121,9 @@ try {
   await same("evaluate", { traces: few, most: 3, unknown: true });
   console.log("scene node, report, plots, findings and evaluation equal");
 
-  const recorded = data && existsSync(data) ? readdirSync(data).filter((it) => it.endsWith(".jsonl")) : [];
+  const recorded = recordedFiles();
   if (recorded.length === 0) console.log("no recorded traces here (VESK_DATA_DIR)");
-  for (const one of recorded.sort()) await agreeOn(one, readFileSync(join(data, one)));
+  for (const file of recorded) await agreeOn(basename(file), readFileSync(file));
 } finally {
   for (const engine of engines) engine.end();
   rmSync(work, { recursive: true });
