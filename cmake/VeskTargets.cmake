@@ -34,10 +34,10 @@ if(VESK_COVERAGE)
 endif()
 
 # What is shipped: no conversion that loses bits unseen; in optimised builds the stack, copies of the
-# C library and the tables of the linker are guarded.
+# C library and the tables of the linker are guarded. WebAssembly guards them itself.
 add_library(vesk_shipped INTERFACE)
 target_compile_options(vesk_shipped INTERFACE -Wconversion)
-if(NOT VESK_SANITIZE)
+if(NOT VESK_SANITIZE AND NOT EMSCRIPTEN)
     set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
     target_compile_options(vesk_shipped INTERFACE
         "$<${optimised}:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")

@@ -1,0 +1,7 @@
+include("${CMAKE_CURRENT_LIST_DIR}/ThirdParty.cmake")
+vesk_third_party(fmt_header_only INTERFACE)
+target_compile_definitions(fmt_header_only INTERFACE FMT_HEADER_ONLY=1)
+if(NOT TARGET fmt::fmt-header-only)
+    add_library(fmt::fmt-header-only ALIAS fmt_header_only)
+endif()
+set(fmt_FOUND TRUE)

@@ -1,0 +1,6 @@
+include("${CMAKE_CURRENT_LIST_DIR}/ThirdParty.cmake")
+vesk_third_party(nlohmann_json_headers INTERFACE)
+if(NOT TARGET nlohmann_json::nlohmann_json)
+    add_library(nlohmann_json::nlohmann_json ALIAS nlohmann_json_headers)
+endif()
+set(nlohmann_json_FOUND TRUE)

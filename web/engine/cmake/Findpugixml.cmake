@@ -1,0 +1,6 @@
+include("${CMAKE_CURRENT_LIST_DIR}/ThirdParty.cmake")
+vesk_third_party(pugixml_source STATIC "${VESK_THIRD_PARTY}/pugixml.cpp")
+if(NOT TARGET pugixml::pugixml)
+    add_library(pugixml::pugixml ALIAS pugixml_source)
+endif()
+set(pugixml_FOUND TRUE)

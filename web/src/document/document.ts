@@ -1,0 +1,130 @@
+import type { Point, Trace } from "../engine/protocol";
+
+// What the user has made: gestures with their examples. Never changed, only replaced, so that undo is
+// a list of these.
+
+export interface Example {
+  readonly id: string;
+  readonly user: string;
+  readonly points: readonly Point[];
+}
+
+export interface Gesture {
+  readonly id: string;
+  readonly name: string;
+  readonly examples: readonly Example[];
+}
+
+export interface StudioDocument {
+  readonly gestures: readonly Gesture[];
+}
+
+export const emptyDocument: StudioDocument = { gestures: [] };
+
+let last = 0;
+
+/** Unlike any other of this page, and of pages before it. */
+export function newId(): string {
+  return `${Date.now().toString(36)}-${(++last).toString(36)}`;
+}
+
+export function exampleOf(points: readonly Point[], user = ""): Example {
+  return { id: newId(), user, points };
+}
+
+export function countExamples(document: StudioDocument): number {
+  return document.gestures.reduce((sum, gesture) => sum + gesture.examples.length, 0);
+}
+
+/** "gesture-1", "gesture-2", ...: the first that is free. Names in a model have no blanks. */
+export function freeName(document: StudioDocument): string {
+  const taken = new Set(document.gestures.map((gesture) => gesture.name));
+  let number = 1;
+  while (taken.has(`gesture-${number}`)) ++number;
+  return `gesture-${number}`;
+}
+
+export function addGesture(document: StudioDocument, gesture: Gesture): StudioDocument {
+  return { gestures: [...document.gestures, gesture] };
+}
+
+function replaced(
+  document: StudioDocument,
+  id: string,
+  change: (gesture: Gesture) => Gesture,
+): StudioDocument {
+  return { gestures: document.gestures.map((it) => (it.id === id ? change(it) : it)) };
+}
+
+export function addExample(
+  document: StudioDocument,
+  gesture: string,
+  example: Example,
+): StudioDocument {
+  return replaced(document, gesture, (it) => ({ ...it, examples: [...it.examples, example] }));
+}
+
+export function removeExample(
+  document: StudioDocument,
+  gesture: string,
+  example: string,
+): StudioDocument {
+  return replaced(document, gesture, (it) => ({
+    ...it,
+    examples: it.examples.filter((one) => one.id !== example),
+  }));
+}
+
+export function removeGesture(document: StudioDocument, id: string): StudioDocument {
+  return { gestures: document.gestures.filter((it) => it.id !== id) };
+}
+
+/** What stands against a name, in words; "" where nothing does. */
+export function problemOfName(document: StudioDocument, id: string, name: string): string {
+  if (name.trim() === "") return "A gesture needs a name.";
+  if (/\p{Cc}/u.test(name)) return "A name may not hold control characters.";
+  const other = document.gestures.find((it) => it.id !== id && it.name === name.trim());
+  return other ? `There is a gesture named “${other.name}” already.` : "";
+}
+
+export function renameGesture(document: StudioDocument, id: string, name: string): StudioDocument {
+  return replaced(document, id, (it) => ({ ...it, name: name.trim() }));
+}
+
+/** Adds traces to the gestures of their labels; those without go to one named `unlabelled`. */
+export function addTraces(
+  document: StudioDocument,
+  traces: readonly Trace[],
+  unlabelled: string,
+): StudioDocument {
+  const byName = new Map(document.gestures.map((it) => [it.name, { ...it, examples: [...it.examples] }]));
+  for (const trace of traces) {
+    const name = trace.gesture.trim() || unlabelled;
+    const gesture = byName.get(name) ?? { id: newId(), name, examples: [] };
+    gesture.examples.push(exampleOf(trace.points.map(([x, y]) => [x, y]), trace.user));
+    byName.set(name, gesture);
+  }
+  return { gestures: [...byName.values()] };
+}
+
+export interface Place {
+  gesture: string;
+  example: string;
+}
+
+/** The examples as the engine takes them, and where each of them stands. */
+export function tracesOf(document: StudioDocument): { traces: Trace[]; places: Place[] } {
+  const traces: Trace[] = [];
+  const places: Place[] = [];
+  for (const gesture of document.gestures) {
+    for (const example of gesture.examples) {
+      traces.push({
+        gesture: gesture.name,
+        user: example.user,
+        points: example.points as Point[],
+      });
+      places.push({ gesture: gesture.id, example: example.id });
+    }
+  }
+  return { traces, places };
+}
