@@ -122,10 +122,10 @@ def run_document(document, environment):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--build", required=True, type=pathlib.Path)
-    parser.add_argument("documents", nargs="*", type=pathlib.Path, help="all where none is given")
+    parser.add_argument("documents", nargs="+", type=pathlib.Path, help="pages, or folders of them")
     arguments = parser.parse_args()
-    documents = arguments.documents or [
-        ROOT / "README.md", ROOT / "CONTRIBUTING.md", *sorted(ROOT.glob("docs/*.md"))]
+    documents = [page for path in arguments.documents
+                 for page in (sorted(path.glob("*.md")) if path.is_dir() else [path])]
 
     total = {}
     with tempfile.TemporaryDirectory() as prefix:
