@@ -66,9 +66,9 @@ public:
         : all(set.compose(std::ref(steps)), options.training.preparation) {
         if (options.templates) templates.emplace(training, options.training.falseRejection);
         for (const std::string& gesture : unknown) {
-            const bool trained = std::any_of(
-                set.gestures.begin(), set.gestures.end(),
-                [&](const GestureModels& it) { return it.report.gesture == gesture; });
+            const bool trained =
+                std::any_of(set.gestures.begin(), set.gestures.end(),
+                            [&](const GestureModels& it) { return it.report.gesture == gesture; });
             // Without its only gesture there is nothing left to recognise with.
             if (!trained || set.gestures.size() < 2) continue;
             without.try_emplace(gesture, set.composeWithout(gesture, std::ref(steps)),
