@@ -12,6 +12,8 @@ What stands behind the opening fence says what a block is:
     text         what the block before it printed; "..." stands for anything, on a line
                  of its own for any lines
 
+    console      a session on other machines or with other recordings: not run
+
 and other languages (python, js, html, json) are left to their own tests.
 
 Blocks of a document run in their order in one folder, which holds generated traces in traces.jsonl.
@@ -26,7 +28,7 @@ import subprocess
 import sys
 import tempfile
 
-OTHERS = {"python", "js", "html", "json"}
+OTHERS = {"console", "python", "js", "html", "json"}
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 
 

@@ -358,7 +358,7 @@ private:
         Finding& finding = add(
             FindingKind::NeverWins, Weight::Serious,
             joined(which, ": found the sequences that its own models like best ",
-                   instead.empty() ? "rejected" : "taken for " + quoted(instead)),
+                   instead.empty() ? "rejected" : "taken for " + internal::quoted(instead)),
             instead.empty()
                 ? "Lower the transition probability or train it again: the threshold model beats "
                   "it everywhere."

@@ -12,7 +12,7 @@ namespace Vesk::Kit {
 struct GestureModels {
     std::vector<Vesk::ML::LeftRightHMM> fine;  ///< one a way of drawing it
     Vesk::ML::LeftRightHMM coarse;             ///< its part of the threshold model
-    GestureReport report;
+    GestureReport report;                      ///< how they came about
 };
 
 }  // namespace Vesk::Kit

@@ -13,16 +13,17 @@
 
 namespace Vesk::Kit {
 
+/// Sequences of symbols, each at least 2 long.
 using SymbolSequences = std::vector<std::vector<int>>;
 
 /// Trains the models of one gesture, for the model itself and for every training that its
 /// acceptance ratio is calibrated on.
 struct GestureTask {
-    TrainingOptions options;
-    std::vector<double> codebook;
-    std::string gesture;        ///< its name in the model
-    std::vector<Trace> traces;  ///< the gesture's usable ones, in their order
-    SymbolSequences sequences;  ///< of these traces
+    TrainingOptions options;       ///< of the whole training
+    std::vector<double> codebook;  ///< directions in degrees, one a symbol
+    std::string gesture;           ///< its name in the model
+    std::vector<Trace> traces;     ///< the gesture's usable ones, in their order
+    SymbolSequences sequences;     ///< of these traces
 
     /// Per training the places of its traces. The last one is the model's own; one without traces
     /// does without the gesture.
@@ -35,8 +36,8 @@ struct GestureTask {
 
 /// The symbols of some traces of one gesture.
 struct GestureSequences {
-    std::string gesture;
-    SymbolSequences sequences;
+    std::string gesture;        ///< its name in the model
+    SymbolSequences sequences;  ///< one a trace, in their order
 };
 
 /// What became of a training's models.
@@ -50,13 +51,14 @@ struct ToldApart {
 /// Teaches the models of all gestures of one training to tell each other's traces apart and, for a
 /// calibration, asks them about the traces that were left out.
 struct TellApartTask {
-    TrainingOptions options;
-    std::vector<double> codebook;
-    std::vector<GestureModels> gestures;
+    TrainingOptions options;                 ///< of the whole training
+    std::vector<double> codebook;            ///< directions in degrees, one a symbol
+    std::vector<GestureModels> gestures;     ///< each trained by itself
     std::vector<GestureSequences> training;  ///< of the same gestures
     std::vector<GestureSequences> test;      ///< empty for the model's own training
     std::size_t stride = 1;                  ///< every how manieth test trace counts
 
+    /// The same bits wherever it runs. `options.threads` threads.
     ToldApart run() const;
 };
 
@@ -70,12 +72,12 @@ class TrainingPlan {
 public:
     /// InputError as GestureTrainer and its `train`.
     TrainingPlan(std::vector<Trace> traces, TrainingOptions options);
-    TrainingPlan(TrainingPlan&&) noexcept;
-    TrainingPlan& operator=(TrainingPlan&&) noexcept;
+    TrainingPlan(TrainingPlan&&) noexcept;             ///< the other is left to be destroyed
+    TrainingPlan& operator=(TrainingPlan&&) noexcept;  ///< the other is left to be destroyed
     ~TrainingPlan();
 
-    std::size_t gestures() const;
-    std::size_t trainings() const;
+    std::size_t gestures() const;   ///< of the model: how many gesture tasks there are
+    std::size_t trainings() const;  ///< those of the calibration, and the model's own
 
     /// std::out_of_range for a gesture that is not one of `gestures`.
     GestureTask gestureTask(std::size_t gesture) const;
