@@ -19,7 +19,8 @@ namespace Vesk::Kit::internal {
 /// `samples` are the gestures' own, in the same order. `options.discrimination` rounds; nothing
 /// happens for 0 or for a single gesture. Emissions stay floored rows of sum 1. The same bits at
 /// any number of threads. `told` is called after every round. O(rounds * samples * N T) beside
-/// O(samples * models * N T) for a search of rivals every eight rounds.
+/// O(samples * models * N T) for the first search of rivals; the later ones, every eight rounds,
+/// look at those not far behind.
 void discriminate(
     std::vector<GestureModels>& gestures, const std::vector<const GestureSamples*>& samples,
     const std::vector<double>& codebook, const TrainingOptions& options,
