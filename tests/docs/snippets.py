@@ -12,7 +12,7 @@ What stands behind the opening fence says what a block is:
     text         what the block before it printed; "..." stands for anything, on a line
                  of its own for any lines
 
-    console      a session on other machines or with other recordings: not run
+    console      what was typed on other machines or with other recordings: not run
 
 and other languages (python, js, html, json) are left to their own tests.
 
