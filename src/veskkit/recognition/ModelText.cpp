@@ -1,14 +1,19 @@
 #include <veskkit/Error.h>
+#include <veskkit/internal/Decimal.h>
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
 #include <veskkit/recognition/ModelText.h>
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <limits>
 #include <locale>
+#include <optional>
 #include <sstream>
+#include <type_traits>
 #include <utility>
 
 namespace Vesk::Kit {
@@ -63,6 +68,9 @@ public:
     template <typename T, typename What>
     T number(const What& what) {
         const std::string found = word(what);
+        if constexpr (std::is_same_v<T, double>) {
+            if (const std::optional<double> value = internal::shortDecimal(found)) return *value;
+        }
         T value{};
         converter.clear();
         converter.str(found);
@@ -100,10 +108,21 @@ private:
     static constexpr std::size_t longestWord = 4096;
     static constexpr int end = std::istream::traits_type::eof();
 
-    int peek() { return in.peek(); }
-    void advance() { in.ignore(); }
+    int peek() {
+        if (next == filled) {
+            in.read(buffer.data(), static_cast<std::streamsize>(buffer.size()));
+            next = 0;
+            filled = static_cast<std::size_t>(in.gcount());
+            if (filled == 0) return end;
+        }
+        return std::istream::traits_type::to_int_type(buffer[next]);
+    }
+    void advance() { ++next; }
 
     std::istream& in;
+    std::array<char, 4096> buffer;  ///< the stream's characters from `next` to `filled`
+    std::size_t next = 0;
+    std::size_t filled = 0;
     std::string source;
     std::size_t line = 1;
     std::istringstream converter;

@@ -111,7 +111,7 @@ function Stage({ studio, state }: { studio: Studio; state: State }) {
         attempt={state.attempt}
         ghost={trying ? null : (selected?.examples.at(-1)?.points.map(([x, y]) => [x, y]) ?? null)}
         onBegin={() => studio.forgetAttempt()}
-        onStroke={(points) => void studio.stroke(points)}
+        onStroke={(points) => studio.stroke(points)}
       />
       {empty && !state.model && state.ready && (
         <div class="welcome">

@@ -11,7 +11,7 @@ interface Props {
   ghost: readonly Point[] | null;
   /** Whether a stroke draws itself, as an invitation. */
   inviting: boolean;
-  onStroke(points: Point[]): void;
+  onStroke(points: Point[]): Promise<void>;
   onBegin(): void;
 }
 
@@ -56,11 +56,12 @@ export function Surface({ label, hint, attempt, ghost, inviting, onStroke, onBeg
     show(stroke.current);
   }
 
-  function finish(): void {
-    setDrawing(false);
+  /** The page is drawn anew once there is an answer: drawing it twice would delay that. */
+  async function finish(): Promise<void> {
     const points = stroke.current;
     stroke.current = [];
-    if (points.length > 0) onStroke(points);
+    if (points.length > 0) await onStroke(points);
+    if (stroke.current.length === 0) setDrawing(false);
   }
 
   function drop(): void {
@@ -93,7 +94,7 @@ export function Surface({ label, hint, attempt, ghost, inviting, onStroke, onBeg
   function onPointerUp(event: PointerEvent): void {
     if (event.pointerId !== pointer.current) return;
     pointer.current = null;
-    finish();
+    void finish();
   }
 
   function onKeyDown(event: KeyboardEvent): void {
@@ -111,7 +112,7 @@ export function Surface({ label, hint, attempt, ghost, inviting, onStroke, onBeg
       }
       setCursor({ at: next, down });
     } else if (event.key === " ") {
-      if (down) finish();
+      if (down) void finish();
       else begin(at);
       setCursor({ at, down: !down });
     } else if (event.key === "Escape" && down) {
