@@ -68,4 +68,14 @@ if(TARGET vesk)
     set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 endif()
 
+if(TARGET vesk_python)
+    vesk_package(python python3-vesk python
+        "gesture recognition with hidden Markov models - Python"
+        "The classes of libHMM on NumPy arrays, and a gesture classifier with the"
+        "interface of a scikit-learn estimator.")
+    set(CPACK_COMPONENT_PYTHON_DEPENDS runtime)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+        "${VESK_PYTHON_NEEDS}, python3-numpy, python3-joblib, python3-sklearn")
+endif()
+
 include(CPack)

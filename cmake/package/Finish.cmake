@@ -38,8 +38,10 @@ ${CPACK_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
         COMMAND_ERROR_IS_FATAL ANY)
 
     # In their places of a Debian system, programs find the shared objects by themselves.
-    file(GLOB_RECURSE binaries "${root}/bin/*" "${root}/*.so.*")
+    file(GLOB_RECURSE binaries "${root}/bin/*" "${root}/*.so" "${root}/*.so.*")
     foreach(binary IN LISTS binaries)
-        file(RPATH_REMOVE FILE "${binary}")
+        if(NOT IS_SYMLINK "${binary}")
+            file(RPATH_REMOVE FILE "${binary}")
+        endif()
     endforeach()
 endforeach()

@@ -180,7 +180,11 @@ packages() {
     local dir=$scratch/packages root=$scratch/root package depends
     rm -rf "$dir" "$root"
     cpack --config "$build/CPackConfig.cmake" -B "$dir"
-    (($(find "$dir" -maxdepth 1 -name '*.deb' | wc -l) == 4)) || fail "expected 4 packages"
+    local expected=(libvesk-hmm1 libvesk-hmm-dev libvesk-hmm-doc vesk-tools)
+    if [[ -d $build/python ]]; then expected+=(python3-vesk); fi
+    for package in "${expected[@]}"; do
+        compgen -G "$dir/${package}_*.deb" >/dev/null || fail "no package $package"
+    done
     for package in "$dir"/*.deb; do
         echo "$(stat --format '%n, %s bytes' "$package"), needs $(dpkg-deb --field "$package" Depends)"
     done
@@ -198,7 +202,7 @@ packages() {
     else
         for package in "$dir"/*.deb; do dpkg-deb --extract "$package" "$root"; done
     fi
-    for package in libvesk-hmm1 libvesk-hmm-dev libvesk-hmm-doc vesk-tools; do
+    for package in "${expected[@]}"; do
         grep -q 'No licence has been chosen' "$root/usr/share/doc/$package/copyright"
     done
     cd "$scratch"
@@ -208,6 +212,13 @@ packages() {
     "$root/usr/bin/vesk" train traces.jsonl -o gestures.model --no-calibration --discrimination 0
     "$root/usr/bin/vesk" recognize -m gestures.model traces.jsonl --table
     "$root/usr/bin/vesk" --version
+    if [[ -d $build/python ]]; then
+        PYTHONPATH=$root/usr/lib/python3/dist-packages /usr/bin/python3 -c '
+import vesk
+traces = vesk.read_traces("traces.jsonl")
+model = vesk.GestureClassifier.load("gestures.model")
+print(f"{model.score(traces.X, traces.y):.2f} from {vesk.__file__}")'
+    fi
 }
 
 declare -F "$test_name" >/dev/null || fail "no such test: $test_name"
