@@ -61,7 +61,8 @@ int main(int argc, char** argv) try {
     const TrainingResult result = GestureTrainer(options).train(record(std::cin));
     for (const std::string& line : result.report.skipped) std::cerr << "left out: " << line << '\n';
     for (const GestureReport& gesture : result.report.gestures) {
-        std::cout << gesture.gesture << ": " << gesture.traces << " traces\n";
+        std::cout << gesture.gesture << ": " << gesture.traces
+                  << (gesture.traces == 1 ? " trace\n" : " traces\n");
     }
     saveModel(result.model, argv[1]);
 } catch (const InputError& problem) {
