@@ -84,10 +84,13 @@ double scaledLikelihood(const Parameters& parameters, const int* o, int T, doubl
             return;
         }
         ShortForwardPass pass(passes, o, T, columns[0], 0, scale);
-        sum = logLikelihoodOf(scale, 1);
-        for (int t = 1; !pass.done();) {
-            // A logarithm does not wait for the steps that follow.
-            for (const int end = t + pass.step(); t < end; ++t) sum += std::log(scale[t]);
+        sum = 0.0;
+        int begun = 1;
+        for (int t = 0; t < T;) {
+            // A logarithm waits for its factor. Those of the steps before the latest are there.
+            const int there = begun;
+            if (!pass.done()) begun += pass.step();
+            for (; t < there; ++t) sum += std::log(scale[t]);
         }
     });
     return sum;
