@@ -49,7 +49,7 @@ void convert(Options& options) {
         }
         file.write(table ? Kit::tableRows(turned, traces) : Kit::jsonLine(turned));
     });
-    for (const std::string& line : options.input.unseenUsers()) note("warning: " + line);
+    options.input.refuseUnseenUsers();
     file.commit();
     if (isStandard(output)) return;
     writeResult(fmt::format("{} written to {}\n", counted(traces, "trace"), printable(output)));

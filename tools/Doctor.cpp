@@ -159,8 +159,7 @@ void examine(Options& options) {
         std::count_if(examined.findings.begin(), examined.findings.end(),
                       [](const auto& it) { return it.weight == Kit::Weight::Serious; }));
     if (serious == 0) return;
-    throw Kit::InputError(
-        fmt::format("found {}, expected none", counted(serious, "serious problem")));
+    throw Kit::InputError("found " + counted(serious, "serious problem"));
 }
 
 }  // namespace

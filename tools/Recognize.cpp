@@ -95,9 +95,9 @@ void recognize(Options& options) {
         // At once: whoever feeds standard input may be waiting for the answer.
         flushResults();
     });
-    for (const std::string& line : options.input.unseenUsers()) note("warning: " + line);
     if (unlabelled > 0) note("warning: " + counted(unlabelled, "trace") + " without a label");
     if (options.table) writeResult(table.text());
+    options.input.refuseUnseenUsers();
 }
 
 }  // namespace

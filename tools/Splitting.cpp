@@ -33,8 +33,7 @@ std::size_t partsOf(const std::vector<Kit::Trace>& traces, std::size_t usual) {
 std::vector<Kit::Trace> readTraces(TraceInput& input) {
     std::vector<Kit::Trace> traces;
     input.forEach([&](const Kit::Trace& trace) { traces.push_back(trace); });
-    const std::vector<std::string> unseen = input.unseenUsers();
-    if (!unseen.empty()) throw Kit::InputError(unseen.front());
+    input.refuseUnseenUsers();
     if (traces.empty()) throw Kit::InputError("found no traces, expected at least 1");
     return traces;
 }

@@ -2,8 +2,6 @@
 
 #include "Text.h"
 
-#include <veskkit/Error.h>
-
 #include <unistd.h>
 
 #include <cerrno>
@@ -20,6 +18,7 @@ namespace {
 bool quiet = false;
 
 [[noreturn]] void refuseOutput() {
+    if (errno == EPIPE) throw ReaderGone("standard output: nobody reads it any more");
     throw Kit::OutputError(std::string("standard output: ") + std::strerror(errno));
 }
 

@@ -1,15 +1,24 @@
 #ifndef VESK_TOOLS_STANDARDSTREAMS_H
 #define VESK_TOOLS_STANDARDSTREAMS_H
 
+#include <veskkit/Error.h>
+
 #include <string_view>
 
 namespace Vesk::Tool {
+
+/// Whoever reads standard output has seen enough: nothing to tell anybody.
+class ReaderGone : public Kit::OutputError {
+public:
+    using OutputError::OutputError;
+};
 
 /// Makes writing to a pipe that nobody reads, or beyond the largest size of a file, an error rather
 /// than a signal.
 void outliveFailedWrites();
 
-/// Writes results. OutputError where standard output cannot take them, at the latest on flushing.
+/// Writes results. OutputError where standard output cannot take them, at the latest on flushing;
+/// ReaderGone where it is a pipe that nobody reads any more.
 void writeResult(std::string_view text);
 void flushResults();
 

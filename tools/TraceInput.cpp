@@ -3,6 +3,7 @@
 #include "Checks.h"
 #include "Command.h"
 #include "OutputFile.h"
+#include "Suggestion.h"
 
 #include <veskkit/Error.h>
 
@@ -143,18 +144,16 @@ void TraceInput::readAll(Kit::TraceReader& reader, const std::string& source,
     }
 }
 
-std::vector<std::string> TraceInput::unseenUsers() const {
-    std::vector<std::string> lines;
-    const auto collect = [&](const std::vector<std::string>& users, const char* option) {
+void TraceInput::refuseUnseenUsers() const {
+    const auto refuse = [this](const std::vector<std::string>& users, const char* option) {
         for (const std::string& user : users) {
-            if (seen.count(user) == 0) {
-                lines.push_back(fmt::format("{}: found no trace of user \"{}\"", option, user));
-            }
+            if (seen.count(user) > 0) continue;
+            throw Kit::InputError(fmt::format("{}: found no trace of user \"{}\"{}", option, user,
+                                              suggestion(user, {seen.begin(), seen.end()})));
         }
     };
-    collect(onlyUsers, "--user");
-    collect(withoutUsers, "--without-user");
-    return lines;
+    refuse(onlyUsers, "--user");
+    refuse(withoutUsers, "--without-user");
 }
 
 }  // namespace Vesk::Tool

@@ -44,8 +44,8 @@ public:
     /// of standard input has the source "-".
     void forEach(const std::function<void(const Kit::Trace&)>& use);
 
-    /// One line for every user that was asked for, or asked to be left out, and did not turn up.
-    std::vector<std::string> unseenUsers() const;
+    /// InputError for a user that was asked for, or asked to be left out, and did not turn up.
+    void refuseUnseenUsers() const;
 
 private:
     void addSelectionTo(CLI::App& line);

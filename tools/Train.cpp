@@ -60,8 +60,7 @@ void train(Options& options) {
         traces.push_back(trace);
         users.insert(trace.user);
     });
-    const std::vector<std::string> unseen = options.input.unseenUsers();
-    if (!unseen.empty()) throw Kit::InputError(unseen.front());
+    options.input.refuseUnseenUsers();
 
     const Kit::TrainingResult result = [&] {
         ProgressBar bar("training", "steps");

@@ -131,6 +131,8 @@ int main(int argc, char* argv[]) {
         return fail(problem.what(), usage);
     } catch (const Vesk::Kit::InputError& problem) {
         return fail(problem.what(), inputRefused);
+    } catch (const ReaderGone&) {
+        return failed;
     } catch (const Vesk::Kit::OutputError& problem) {
         return fail(problem.what(), failed);
     } catch (const std::bad_alloc&) {

@@ -242,9 +242,9 @@ TEST_F(Recognize, UserFiltersChooseTraces) {
     EXPECT_THAT(recognize({traces, "--user", "u02"}).out, HasSubstr(":13: check by u02"));
 
     const Outcome none = recognize({traces, "--user", "u09"});
-    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.status, 3);
     EXPECT_EQ(none.out, "");
-    EXPECT_EQ(none.err, "vesk: warning: --user: found no trace of user \"u09\"\n");
+    EXPECT_EQ(none.err, "vesk: --user: found no trace of user \"u09\", did you mean u01?\n");
 }
 
 TEST_F(Recognize, FlipYTurnsTheTracesOver) {

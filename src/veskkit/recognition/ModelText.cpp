@@ -175,7 +175,8 @@ Counts readCounts(Words& words, const std::string& owner) {
 
 RecognitionModelHMM readHeader(Words& words) {
     RecognitionModelHMM model;
-    model.proxFilterThreshold = words.number<float>([] { return "a proximity threshold"; });
+    model.proxFilterThreshold =
+        words.number<float>([] { return "the proximity threshold that a model begins with"; });
     model.rotationAllowed = words.number<int>([] { return "1 or 0 for rotation"; }) == 1;
     const unsigned int codebookSize =
         words.count(1, mostSymbols, [] { return "a number of directions"; });
