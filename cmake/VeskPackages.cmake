@@ -54,8 +54,8 @@ endif()
 
 vesk_package(documentation libvesk-hmm-doc doc
     "gesture recognition with hidden Markov models - documentation"
-    "Tutorial, guide for hosts, numerics, file formats and architecture of libHMM,"
-    "libVeskKit and the vesk program.")
+    "Tutorial, guide for hosts, numerics, file formats, architecture and reference"
+    "of libHMM, libVeskKit and the vesk program.")
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SHLIBDEPS OFF)
 

@@ -3,6 +3,8 @@
 // else.
 //
 //   event_loop MODEL < events        events as live_training reads them, "down" without a name
+//
+// c++ -std=c++17 event_loop.cpp -o event_loop $(pkg-config --cflags --libs vesk-kit) -pthread
 
 #include <veskkit/io/ModelFile.h>
 #include <veskkit/recognition/GestureRecognizer.h>

@@ -4,6 +4,8 @@
 // Some of these operations write to standard output while they work. Each has a silent twin:
 // classify quantize, initialize estimate, baumWelchMultiple trainMultiple, load read, check
 // evaluate; and write has save, which says whether the file is there.
+//
+// c++ -std=c++17 host_life.cpp -o host_life $(pkg-config --cflags --libs vesk-hmm)
 
 #include <vesk/leftright/LeftRightHMM.h>
 #include <vesk/quantizer/VectorQuantizer2D.h>

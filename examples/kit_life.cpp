@@ -1,5 +1,7 @@
 // The life of host_life.cpp with the kit: traces in, a model file out, traces recognised.
 // Resampling, emissions, threshold and checks are its business.
+//
+// c++ -std=c++17 kit_life.cpp -o kit_life $(pkg-config --cflags --libs vesk-kit)
 
 #include <veskkit/io/ModelFile.h>
 #include <veskkit/recognition/GestureRecognizer.h>

@@ -2,6 +2,8 @@
 // standard input. Strokes too short to have a direction are left out and reported.
 //
 //   live_training MODEL < events
+//
+// c++ -std=c++17 live_training.cpp -o live_training $(pkg-config --cflags --libs vesk-kit)
 
 #include <veskkit/Error.h>
 #include <veskkit/io/ModelFile.h>

@@ -2,6 +2,7 @@
 # CPack, which tells where: a folder for every component.
 
 find_program(gzip gzip REQUIRED)
+find_program(doxygen doxygen)
 
 # Code of others that is compiled in keeps its notices, which its own packages have here.
 set(compiled_in_tools libcli11-dev libfmt-dev nlohmann-json3-dev)
@@ -32,6 +33,14 @@ ${CPACK_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
 
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
+
+    if(component STREQUAL "documentation" AND doxygen)
+        execute_process(
+            COMMAND "${CMAKE_CURRENT_LIST_DIR}/../../scripts/reference"
+                "${root}/share/doc/vesk-hmm/reference"
+            OUTPUT_QUIET
+            COMMAND_ERROR_IS_FATAL ANY)
+    endif()
 
     file(GLOB_RECURSE compressed "${root}/share/man/*.1")
     execute_process(COMMAND "${gzip}" -9nf "${doc}/changelog" ${compressed}

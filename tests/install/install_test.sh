@@ -205,6 +205,9 @@ packages() {
     for package in "${expected[@]}"; do
         grep -q 'No licence has been chosen' "$root/usr/share/doc/$package/copyright"
     done
+    if command -v doxygen >/dev/null; then
+        grep -q LeftRightHMM "$root/usr/share/doc/vesk-hmm/reference/html/annotated.html"
+    fi
     cd "$scratch"
     export LD_LIBRARY_PATH=$root/usr/lib
     ldd "$root/usr/bin/vesk" | grep -F "$root" | grep -c . | grep -qx 2
