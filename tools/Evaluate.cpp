@@ -18,7 +18,9 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -36,6 +38,7 @@ struct Options {
     std::optional<std::size_t> folds;
     std::size_t ownExamples = 3;
     std::vector<std::size_t> examples;
+    std::size_t draws = 5;
     std::uint64_t seed = 1;
     bool withoutUnknown = false;
     bool json = false;
@@ -45,14 +48,30 @@ struct Options {
 constexpr std::size_t mostUserFolds = 10;
 constexpr std::size_t usualParts = 5;
 
+/// The folds of several draws, each with a seed of its own: draw(seed) are those of one.
+template <typename Draw>
+std::vector<Kit::Fold> drawn(const Options& options, const Draw& draw) {
+    std::vector<Kit::Fold> folds;
+    for (std::size_t d = 0; d < options.draws; ++d) {
+        std::vector<Kit::Fold> some = draw(options.seed + d);
+        std::move(some.begin(), some.end(), std::back_inserter(folds));
+    }
+    return folds;
+}
+
 Split split(const Options& options, const std::vector<Kit::Trace>& traces) {
     const std::string usual = hasSeveralUsers(traces) ? "user" : "fold";
     const std::string by = options.by.empty() ? usual : options.by;
     if (by == "user") return leavingUsersOut(traces, options.folds.value_or(mostUserFolds));
     if (by == "fold") return leavingPartsOut(traces, options.folds, usualParts, options.seed);
-    return {Kit::ownExamples(traces, options.ownExamples, options.seed),
-            fmt::format("each user's own models from {} a gesture (seed {})",
-                        counted(options.ownExamples, "example"), options.seed)};
+    std::vector<Kit::Fold> folds = drawn(options, [&](std::uint64_t seed) {
+        return Kit::ownExamples(traces, options.ownExamples, seed);
+    });
+    return {std::move(folds),
+            fmt::format("each user's own models from {} a gesture ({}, seed {})",
+                        counted(options.ownExamples, "example"), counted(options.draws, "draw"),
+                        options.seed),
+            options.draws};
 }
 
 /// A model of all traces, whose states the report's strokes are coloured by.
@@ -74,6 +93,7 @@ void evaluate(Options& options) {
     Split chosen = split(options, result.traces);
     result.folds = std::move(chosen.folds);
     result.split = std::move(chosen.description);
+    result.draws = chosen.draws;
 
     ProgressBar bar("evaluating");
     const std::size_t runs = options.examples.size() + 1;
@@ -90,9 +110,11 @@ void evaluate(Options& options) {
     result.outcomes = run(0, result.folds);
     settings.unknownGestures = false;
     for (const std::size_t examples : options.examples) {
-        const auto folds =
-            Kit::withFewExamples(result.folds, result.traces, examples, options.seed);
-        result.curve.push_back({examples, run(result.curve.size() + 1, folds)});
+        const auto folds = drawn(options, [&](std::uint64_t seed) {
+            return Kit::withFewExamples(result.folds, result.traces, examples, seed);
+        });
+        result.curve.push_back(
+            {examples, options.draws * result.draws, run(result.curve.size() + 1, folds)});
     }
     std::string text = options.json ? evaluationJson(result) : evaluationText(result);
     if (options.report.wanted()) {
@@ -133,6 +155,11 @@ Command addEvaluate(CLI::App& program) {
         ->allow_extra_args(false)
         ->transform(numberIn<std::size_t>(1, 1000000))
         ->type_name("N,...");
+    line->add_option("--draws", options->draws,
+                     "Times that examples are drawn for --own-examples and --examples; all count")
+        ->capture_default_str()
+        ->transform(numberIn<std::size_t>(1, 1000))
+        ->type_name("N");
     line->add_option("--seed", options->seed, "Of what is drawn at random")
         ->capture_default_str()
         ->transform(numberIn<std::uint64_t>(0, UINT64_MAX))

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 #include <utility>
 
 namespace Vesk::Tool {
@@ -130,12 +131,14 @@ std::string countOf(const std::vector<const Kit::Outcome*>& outcomes,
 void addStrokes(Kit::Page& page, const EvaluationResult& result, const Kit::Resampler& resampler,
                 const std::vector<const Kit::Outcome*>& outcomes, const Kit::StrokeStyle& style) {
     std::vector<Kit::Figure> figures;
-    for (std::size_t i = 0; i < std::min(outcomes.size(), mostMistakes); ++i) {
-        const Kit::Outcome& outcome = *outcomes[i];
-        const Kit::Trace& trace = result.traces[outcome.trace];
-        const std::string what = mistakeOf(outcome);
+    std::set<std::size_t> shown;
+    for (const Kit::Outcome* outcome : outcomes) {
+        if (figures.size() == mostMistakes) break;
+        if (!shown.insert(outcome->trace).second) continue;
+        const Kit::Trace& trace = result.traces[outcome->trace];
+        const std::string what = mistakeOf(*outcome);
         figures.push_back(
-            {strokesPlot(what, {{outcome.expected, resampler.resample(trace)}}, style),
+            {strokesPlot(what, {{outcome->expected, resampler.resample(trace)}}, style),
              fmt::format("{} ({})", what, originOf(trace))});
     }
     page.gallery(figures);

@@ -15,9 +15,9 @@ namespace {
 double percent(double share) { return 100.0 * share; }
 
 /// "99.44 % (98.8 to 99.7)"; "-" of no trials.
-std::string withInterval(const Kit::Share& share) {
+std::string withInterval(const Kit::Share& share, std::size_t draws) {
     if (share.total == 0) return "-";
-    const Kit::Interval interval = share.interval();
+    const Kit::Interval interval = share.interval(draws);
     return fmt::format("{:.2f} % ({:.1f} to {:.1f})", percent(share.value()), percent(interval.low),
                        percent(interval.high));
 }
@@ -66,8 +66,8 @@ Kit::Table ratesTable(const EvaluationResult& result) {
                      {}};
     for (const RateRow& row : rateRows) {
         if ((models.*row.share).total == 0) continue;
-        table.rows.push_back(
-            {row.name, withInterval(models.*row.share), withInterval(templates.*row.share)});
+        table.rows.push_back({row.name, withInterval(models.*row.share, result.draws),
+                              withInterval(templates.*row.share, result.draws)});
     }
     return table;
 }
@@ -100,10 +100,11 @@ Kit::Table foldsTable(const EvaluationResult& result) {
                       {"wrong", true},
                       {"rejected", true}},
                      {}};
-    for (std::size_t f = 0; f < result.folds.size(); ++f) {
+    const std::size_t folds = result.folds.size() / result.draws;
+    for (std::size_t f = 0; f < folds; ++f) {
         std::vector<Kit::Outcome> own;
         for (const Kit::Outcome& outcome : result.outcomes) {
-            if (outcome.fold == f) own.push_back(outcome);
+            if (outcome.fold % folds == f) own.push_back(outcome);
         }
         const Kit::Rates rates = ratesOf(own, &Kit::Outcome::models);
         table.rows.push_back({result.folds[f].name, std::to_string(own.size()),

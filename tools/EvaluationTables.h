@@ -14,6 +14,7 @@ namespace Vesk::Tool {
 /// What became of the test traces when each gesture had so many examples.
 struct FewExamples {
     std::size_t examples;
+    std::size_t draws;  ///< of the examples, after each of which all was tested
     std::vector<Kit::Outcome> outcomes;
 };
 
@@ -22,6 +23,7 @@ struct EvaluationResult {
     std::vector<Kit::Trace> traces;
     std::string split;  ///< in words: what was trained on and tested in turn
     std::vector<Kit::Fold> folds;
+    std::size_t draws = 1;  ///< of which the folds are: those of a draw behind those of another
     std::vector<Kit::Outcome> outcomes;
     std::vector<FewExamples> curve;
 };

@@ -14,8 +14,8 @@ namespace {
 using Json = nlohmann::ordered_json;
 using Method = Kit::Verdict Kit::Outcome::*;
 
-Json shareJson(const Kit::Share& share) {
-    const Kit::Interval interval = share.interval();
+Json shareJson(const Kit::Share& share, std::size_t draws) {
+    const Kit::Interval interval = share.interval(draws);
     return {{"count", share.count},
             {"total", share.total},
             {"share", share.value()},
@@ -23,30 +23,30 @@ Json shareJson(const Kit::Share& share) {
             {"high", interval.high}};
 }
 
-Json ratesJson(const std::vector<Kit::Outcome>& outcomes, Method method) {
+Json ratesJson(const std::vector<Kit::Outcome>& outcomes, Method method, std::size_t draws) {
     const Kit::Rates rates = ratesOf(outcomes, method);
     Json json;
     for (const RateRow& row : rateRows) {
-        if ((rates.*row.share).total > 0) json[row.key] = shareJson(rates.*row.share);
+        if ((rates.*row.share).total > 0) json[row.key] = shareJson(rates.*row.share, draws);
     }
     return json;
 }
 
-Json confusionJson(const std::vector<Kit::Outcome>& outcomes, Method method) {
+Json confusionJson(const std::vector<Kit::Outcome>& outcomes, Method method, std::size_t draws) {
     const Kit::Confusion confusion = confusionOf(outcomes, method);
     Json gestures = Json::array();
     for (std::size_t k = 0; k < confusion.gestures.size(); ++k) {
         gestures.push_back({{"gesture", confusion.gestures[k]},
-                            {"recall", shareJson(confusion.recall(k))},
-                            {"precision", shareJson(confusion.precision(k))}});
+                            {"recall", shareJson(confusion.recall(k), draws)},
+                            {"precision", shareJson(confusion.precision(k), draws)}});
     }
     // The last number of each row counts rejections.
     return {{"gestures", gestures}, {"confusion", confusion.counts}};
 }
 
-Json methodJson(const std::vector<Kit::Outcome>& outcomes, Method method) {
-    Json json = ratesJson(outcomes, method);
-    json.update(confusionJson(outcomes, method));
+Json methodJson(const EvaluationResult& result, Method method) {
+    Json json = ratesJson(result.outcomes, method, result.draws);
+    json.update(confusionJson(result.outcomes, method, result.draws));
     return json;
 }
 
@@ -85,8 +85,8 @@ std::string evaluationText(const EvaluationResult& result) {
 std::string evaluationJson(const EvaluationResult& result) {
     Json json;
     json["split"] = result.split;
-    json["models"] = methodJson(result.outcomes, &Kit::Outcome::models);
-    json["templates"] = methodJson(result.outcomes, &Kit::Outcome::templates);
+    json["models"] = methodJson(result, &Kit::Outcome::models);
+    json["templates"] = methodJson(result, &Kit::Outcome::templates);
     json["folds"] = Json::array();
     for (const Kit::Fold& fold : result.folds) {
         json["folds"].push_back(
@@ -96,8 +96,8 @@ std::string evaluationJson(const EvaluationResult& result) {
     for (const FewExamples& few : result.curve) {
         json["fewExamples"].push_back(
             {{"examples", few.examples},
-             {"models", ratesJson(few.outcomes, &Kit::Outcome::models)},
-             {"templates", ratesJson(few.outcomes, &Kit::Outcome::templates)}});
+             {"models", ratesJson(few.outcomes, &Kit::Outcome::models, few.draws)},
+             {"templates", ratesJson(few.outcomes, &Kit::Outcome::templates, few.draws)}});
     }
     json["traces"] = Json::array();
     for (const Kit::Outcome& outcome : result.outcomes) {

@@ -21,6 +21,7 @@ std::vector<Kit::Trace> readTraces(TraceInput& input);
 struct Split {
     std::vector<Kit::Fold> folds;
     std::string description;
+    std::size_t draws = 1;  ///< of which the folds are
 };
 
 /// Whether the usual split leaves out users: every trace has one and there are several, as somebody

@@ -2,12 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <map>
 
 namespace {
 
 using namespace Vesk::Test;
 using nlohmann::json;
+using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -41,8 +43,7 @@ TEST_F(Evaluate, PrintsTheRatesOfBothMethodsAndATableAGestureAndAFold) {
     EXPECT_THAT(text[3], HasSubstr("hidden Markov models      template matcher"));
     std::size_t next = 4;
     for (const char* row : {"arg-max", "correct", "wrong", "rejected", "unknown accepted"}) {
-        EXPECT_THAT(text[next++],
-                    testing::ContainsRegex(std::string("^") + row + " .* % [(].* to "));
+        EXPECT_THAT(text[next++], ContainsRegex(std::string("^") + row + " .* % [(].* to "));
     }
     EXPECT_THAT(text[10], StartsWith("gesture "));
     EXPECT_THAT(text[15], StartsWith("fold "));
@@ -82,7 +83,7 @@ TEST_F(Evaluate, JsonHoldsEveryTraceAndSumsThatAgreeWithThem) {
     EXPECT_EQ(object["folds"][0]["test"], 12);
     ASSERT_EQ(object["fewExamples"].size(), 2U);
     EXPECT_EQ(object["fewExamples"][1]["examples"], 3);
-    EXPECT_EQ(object["fewExamples"][1]["models"]["correct"]["total"], 36);
+    EXPECT_EQ(object["fewExamples"][1]["models"]["correct"]["total"], 5 * 36);
 }
 
 TEST_F(Evaluate, SplitsByPartsOrByOwnExamples) {
@@ -96,10 +97,41 @@ TEST_F(Evaluate, SplitsByPartsOrByOwnExamples) {
     ASSERT_EQ(groups["folds"].size(), 2U);
     EXPECT_EQ(groups["folds"][0]["test"], 24);
 
-    const json own = evaluated({"--by", "own", "--own-examples", "1"});
+    const json own = evaluated({"--by", "own", "--own-examples", "1", "--draws", "1"});
     ASSERT_EQ(own["folds"].size(), 3U);
     EXPECT_EQ(own["folds"][0]["training"], 3);
     EXPECT_EQ(own["traces"].size(), 27U);
+}
+
+TEST_F(Evaluate, ExamplesAreDrawnSeveralTimes) {
+    const std::vector<std::string> options{"--by", "own", "--own-examples", "1"};
+    const json five = evaluated(options);
+    ASSERT_EQ(five["folds"].size(), 15U);
+    EXPECT_EQ(five["folds"][3]["name"], five["folds"][0]["name"]);
+    EXPECT_EQ(five["split"], "each user's own models from 1 example a gesture (5 draws, seed 1)");
+    ASSERT_EQ(five["traces"].size(), 5 * 27U);
+
+    // The second draw is the first one of the next seed.
+    const json next = evaluated(joined(options, {"--draws", "1", "--seed", "2"}));
+    for (std::size_t i = 0; i < 27; ++i) {
+        EXPECT_EQ(five["traces"][27 + i]["line"], next["traces"][i]["line"]) << i;
+        EXPECT_EQ(five["traces"][27 + i]["margin"], next["traces"][i]["margin"]) << i;
+    }
+
+    // Tests of the same traces again make no interval narrower, of 27, as Wilson has it.
+    const json share = five["models"]["rejected"];
+    EXPECT_EQ(share["total"], 135);
+    const double n = 27.0;
+    const double z = 1.959963984540054;
+    const double p = share["share"];
+    const double spread = 2.0 * z * std::sqrt(p * (1.0 - p) / n + z * z / (4.0 * n * n));
+    ASSERT_GT(p, 0.0);
+    EXPECT_NEAR(share["high"].get<double>() - share["low"].get<double>(),
+                spread / (1.0 + z * z / n), 1e-9);
+
+    const std::string text = evaluate(options).out;
+    EXPECT_THAT(text, HasSubstr("\n135 traces tested\n"));
+    EXPECT_THAT(text, ContainsRegex("u03 alone +45 "));
 }
 
 TEST_F(Evaluate, OneUserIsSplitIntoAsManyPartsAsTheRarestGestureHasTraces) {

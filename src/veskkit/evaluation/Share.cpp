@@ -16,9 +16,9 @@ double Share::value() const {
     return total > 0 ? static_cast<double>(count) / static_cast<double>(total) : 0.0;
 }
 
-Interval Share::interval() const {
+Interval Share::interval(std::size_t draws) const {
     if (total == 0) return {0.0, 1.0};
-    const auto n = static_cast<double>(total);
+    const double n = static_cast<double>(total) / static_cast<double>(draws);
     const double p = value();
     const double centre = p + z * z / (2.0 * n);
     const double spread = z * std::sqrt(p * (1.0 - p) / n + z * z / (4.0 * n * n));

@@ -28,8 +28,9 @@ struct Share {
     /// Where the share of all possible trials lies with a probability of 95 % (E. B. Wilson,
     /// "Probable inference, the law of succession, and statistical inference", J. Am. Stat. Assoc.
     /// 22, 1927): sensible for small numbers and shares near 0 and 1 too. All of [0, 1] for no
-    /// trials. Takes trials for independent, which traces of one user are not.
-    Interval interval() const;
+    /// trials. Takes trials for independent, which traces of one user are not; those of `draws`
+    /// draws, at least 1, on the same traces count as the trials of one.
+    Interval interval(std::size_t draws = 1) const;
 };
 
 }  // namespace Vesk::Kit

@@ -24,6 +24,11 @@ TEST(ShareTest, IntervalIsWilsons) {
     EXPECT_NEAR(most.high, 0.996311, 1e-5);
 }
 
+TEST(ShareTest, DrawsOnTheSameTracesCountAsOne) {
+    EXPECT_EQ((Share{25, 50}.interval(5).low), (Share{5, 10}.interval().low));
+    EXPECT_EQ((Share{25, 50}.interval(5).high), (Share{5, 10}.interval().high));
+}
+
 TEST(ShareTest, IntervalReachesTheEndsOfTheRangeWhereTheShareDoes) {
     const Interval none = Share{0, 10}.interval();
     EXPECT_EQ(none.low, 0.0);
