@@ -25,7 +25,9 @@ struct Clustering {
 /// Clusters with fewer than `smallest` items are dissolved into the nearest of those that stay;
 /// the largest stays in any case. Ties go to the lowest index: no randomness.
 /// @param distances n x n, row after row, symmetric
-/// O(k n^2) time.
+/// @param k below 1 it is 1
+///
+/// O((k + rounds) n^2) time. Nothing for n = 0.
 Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_t n, std::size_t k,
                                 std::size_t smallest, int rounds = 10);
 
@@ -36,7 +38,8 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
 ///
 /// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` from their
 /// medoids on average, and takes the clustering with the least average: after clusters were
-/// dissolved, fewer may be better. O(most^2 n^2) time.
+/// dissolved, fewer may be better. O(most^2 n^2) time and O(n^2) memory, n the traces that take
+/// part, and O(most) a trace.
 Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t most,
                           std::size_t smallest, double closeEnough = 0.0);
 
