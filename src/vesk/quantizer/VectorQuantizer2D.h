@@ -79,8 +79,8 @@ public:
     double radToDeg(double rad);
 
     /// The direction of every step: P - 1 angles in [0, 360], from the arctangent of the slope
-    /// with quadrant correction. Vertical steps are 90 upwards and 270 downwards; a repeated
-    /// position counts as downwards. One angle of 0.0 for fewer than two positions. O(P).
+    /// with quadrant correction. A vertical step is 90 where y grows and 270 where it falls; a
+    /// repeated position counts as falling. One angle of 0.0 for fewer than two positions. O(P).
     std::vector<double> convertSequence(std::vector<std::vector<double>>& trace);
 
     /// The symbols of a trace: drops repeated positions and positions closer than

@@ -9,7 +9,7 @@ namespace Vesk::Kit {
 struct Preparation {
     static constexpr int asDrawn = 0;  ///< for `points`: as many as were drawn
 
-    int points = 41;     ///< positions after resampling, at least 2; `asDrawn`: no resampling
+    int points = 41;     ///< positions after resampling, 2 to 100,000; `asDrawn`: no resampling
     bool flipY = false;  ///< negate y: for traces whose y axis points the other way
 };
 

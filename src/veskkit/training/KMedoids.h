@@ -36,10 +36,10 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
 /// a trace without a direction (Resampler.h). Of more than 1000 traces every n-th takes part in
 /// finding the medoids; the others join the nearest.
 ///
-/// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` from their
-/// medoids on average, and takes the clustering with the least average: after clusters were
-/// dissolved, fewer may be better. O(most^2 n^2) time and O(n^2) memory, n the traces that take
-/// part, and O(most) a trace.
+/// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` (that
+/// squared distance) from their medoids on average, and takes the clustering with the least
+/// average: after clusters were dissolved, fewer may be better. O(most^2 n^2) time and O(n^2)
+/// memory, n the traces that take part, and O(most) a trace.
 Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t most,
                           std::size_t smallest, double closeEnough = 0.0);
 
