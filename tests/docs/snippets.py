@@ -12,7 +12,8 @@ What stands behind the opening fence says what a block is:
     text         what the block before it printed; "..." stands for anything, on a line
                  of its own for any lines
 
-    console      what was typed on other machines or with other recordings: not run
+    console      what takes other machines, other recordings or a build of its own: not run, for the
+                 reasons in docs/testing.md
 
 and other languages (python, js, html, json) are left to their own tests.
 

@@ -23,16 +23,18 @@ namespace Vesk::ML {
 /// operation that would touch a position outside the model's own `pi`, `a`, `b` or `vocab` throws
 /// std::out_of_range instead, before it changes, prints or writes anything.
 ///
-/// A copy duplicates the parameters. One thread may use a model at a time, except for the
-/// operations marked const, which any number of threads may call while none changes the model.
+/// A copy duplicates the parameters. Copying, printing, reading and writing a model take
+/// O(N (N + M) + M D); what is passed by value is copied too, which the complexities below leave
+/// out. One thread may use a model at a time, except for the operations marked const, which any
+/// number of threads may call while none changes the model.
 class VESK_API HMM {
 public:
     /// How `calcInitialProbs` derives a first estimate. The general model ignores it; any other
     /// value is allowed and leaves a left-right model untouched.
     enum SegmentationType : int {
-        NoSegmentation = 0,
-        StateSymbols = 1,  ///< emissions from per-state lists of allowed symbols
-        EqualSegments = 2  ///< emissions from equal cuts of the training sequences
+        NoSegmentation = 0,  ///< none: nothing is estimated
+        StateSymbols = 1,    ///< emissions from per-state lists of allowed symbols
+        EqualSegments = 2    ///< emissions from equal cuts of the training sequences
     };
 
     std::string name;                   ///< the model's name; one non-empty word where it is stored
@@ -47,7 +49,8 @@ public:
     bool needsSeed;                     ///< true until the first `randD` of this object
 
     /// N = numStates, M = vocabSize, D = dimension (1 where not given), each raised to 1 where
-    /// below. Every parameter is 0.0: initialise, train or load before use.
+    /// below. Every parameter is 0.0: initialise, train or load before use. std::bad_alloc as
+    /// MatrixT::resize. O(N (N + M) + M D).
     HMM(int numStates, int vocabSize);
     /// The same with D.
     HMM(int numStates, int vocabSize, int dimension);
@@ -70,6 +73,7 @@ public:
     /// @param observation symbols; the first T are used
     /// @param T at least 1; below, nothing happens
     /// @param maxIterations most iterations to adopt; negative: no bound (may then never end)
+    ///
     /// O(T N (N + M)) time an iteration, O(N (T + N + M)) memory.
     virtual void baumWelch(Vesk::Math::VectorT<int> observation, int T, int maxIterations);
 
@@ -85,7 +89,7 @@ public:
     virtual void write(char* path);
 
     /// The initial estimate. For this class: pi and a = 1 / N, b = 1 / M in *integer* arithmetic,
-    /// so 0.0 unless N or M is 1. Both arguments are ignored.
+    /// so 0.0 unless N or M is 1. Both arguments are ignored. O(N (N + M)).
     virtual void calcInitialProbs(SegmentationType type, std::vector<std::vector<int>> sequences);
 
     /// The same for a literal or a string of the host's.
@@ -113,7 +117,9 @@ public:
 
     // Evaluation: plain, unscaled probabilities, which underflow for long sequences. T < 1 gives
     // an empty table (N x 0, 2 x 0) or the probability 0.0. The forms ending in HMM work on the
-    // parameters passed in, which must have the shapes N, N x N and N x M.
+    // parameters passed in, which must have the shapes N, N x N and N x M; std::bad_alloc for a
+    // negative N. So it is for a table of more than 2^31 - 1 values. A call lays the model out, in
+    // O(N (N + min(M, T)) + T) memory beside its result.
 
     /// alpha, N x T: alpha(i, t) = P(o[0..t], state i at t) (Rabiner 1989, eqs. 19, 20). O(N^2 T).
     Vesk::Math::MatrixT<double> forwardProc(Vesk::Math::VectorT<int> observation, int T);
@@ -130,7 +136,7 @@ public:
                                                 Vesk::Math::MatrixT<double> a,
                                                 Vesk::Math::MatrixT<double> b);
 
-    /// P(o) from alpha (eq. 21). O(N^2 T) time, O(N) memory.
+    /// P(o) from alpha (eq. 21), of which two columns are held. O(N^2 T).
     double forwardProbability(Vesk::Math::VectorT<int> observation, int T);
     /// P(o) from the alpha of the parameters passed in.
     double forwardProbabilityHMM(Vesk::Math::VectorT<int> observation, int T, int N,
@@ -139,11 +145,12 @@ public:
 
     /// P(o) of each of many sequences, whole: what `forwardProbability` gives, 0.0 for an empty
     /// one. The model is laid out once for all of them, and several are passed over together.
-    /// Symbols below M. O(N (N + M + N S)) for S symbols in all, O(N (N + M)) memory beside the
-    /// result.
+    /// Symbols below M. O(N (N + M + N S)) for S symbols in all, O(N (N + M) + S) memory beside
+    /// the result.
     std::vector<double> likelihoods(const std::vector<std::vector<int>>& sequences) const;
 
-    /// P(o) from beta. O(N^2 T).
+    /// P(o) from beta, which rounds differently: the sum over i of pi[i] b(i, o[0]) beta(i, 0).
+    /// O(N^2 T).
     double backwardProbability(Vesk::Math::VectorT<int> observation, int T);
     /// P(o) from the beta of the parameters passed in.
     double backwardProbabilityHMM(Vesk::Math::VectorT<int> observation, int T, int N,
@@ -153,14 +160,17 @@ public:
     /// The most likely state path (eqs. 32a to 35), found in negative natural logarithms.
     ///
     /// Returns 2 x T: (0, 0) holds the path's probability, the rest of row 0 is 0.0, (1, t) is the
-    /// state at t. Among equal costs the lowest state wins, at every step. O(N^2 T).
+    /// state at t. Among equal costs the lowest state wins, at every step. O(N^2 T) time,
+    /// O(N (N + T)) memory.
     Vesk::Math::MatrixT<double> viterbi(Vesk::Math::VectorT<int> observation, int T);
 
-    /// P(i at t, j at t+1 | o) from plain or scaled tables (eq. 37), t in 0 .. T-2. O(N^2).
+    /// P(i at t, j at t+1 | o) from plain or scaled N x T tables (eq. 37), t in 0 .. T-2; 0.0 where
+    /// the numerator is. O(N^2).
     double xi(int i, int j, int t, Vesk::Math::VectorT<int> observation,
               Vesk::Math::MatrixT<double> alpha, Vesk::Math::MatrixT<double> beta);
 
-    /// P(i at t | o) from plain or scaled tables (eq. 27); 0.0 where the numerator is. O(N).
+    /// P(i at t | o) from plain or scaled N x T tables (eq. 27), t in 0 .. T-1; 0.0 where the
+    /// numerator is. O(N).
     double gamma(int i, int t, Vesk::Math::MatrixT<double> alpha, Vesk::Math::MatrixT<double> beta);
 
     /// 0.0 where x is 0.0 (also for 0 / 0), else x / y unguarded.

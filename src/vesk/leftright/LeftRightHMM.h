@@ -30,10 +30,13 @@ class VESK_API LeftRightHMM : public HMM {
 public:
     std::vector<std::vector<int>> trainingSequences;  ///< copy of the constructor's; not used
     std::vector<std::vector<int>> stateSymbols;  ///< N lists for `StateSymbols`; set by the host
-    int delta;                                   ///< largest forward jump
-    float convergenceThreshold;  ///< least gain in log likelihood to go on, `baumWelchMultiple`
+    int delta;                                   ///< largest forward jump in states; not checked
+    /// Least gain in natural log likelihood with which `baumWelchMultiple` and `trainMultiple`
+    /// adopt an iteration and go on; 0.001 at first. It is not stored in files.
+    float convergenceThreshold;
 
-    /// pi, a and b are 0.0 until estimated or loaded. `vocab(k, 0)` = k.
+    /// N, M and errors as HMM, D = 1. pi, a and b are 0.0 until estimated or loaded, `vocab(k, 0)`
+    /// is k.
     LeftRightHMM(int numStates, int vocabSize, int delta);
     /// The same with `sequences` kept in `trainingSequences`.
     LeftRightHMM(int numStates, int vocabSize, std::vector<std::vector<int>>& sequences, int delta);
@@ -49,14 +52,14 @@ public:
     ///
     /// pi is 1 at state 0; row i of a is uniform over i .. min(i + delta, N-1), compared as
     /// unsigned numbers (a negative delta wraps around). b is:
-    /// - StateSymbols: 0.001 for symbols not in `stateSymbols[i]`, the rest shared equally. Does
-    ///   nothing unless `stateSymbols` holds exactly N lists.
+    /// - StateSymbols: 0.001 for symbols k whose `vocab(k, 0)` is not in `stateSymbols[i]`, the
+    ///   rest shared equally. Does nothing unless `stateSymbols` holds exactly N lists.
+    ///   O(N (N + M) + M L), L symbols in all lists.
     /// - EqualSegments: relative frequencies over the i-th of N equal cuts of every sequence. A
     ///   sequence of at most N symbols loses its last one (N = 1 with one symbol apart). A state
     ///   that saw nothing gets a row of zeros. std::out_of_range, with the model unchanged, for a
-    ///   symbol outside 0 .. M-1.
+    ///   symbol outside 0 .. M-1. O(N (N + M) + S), S symbols in all sequences.
     /// - anything else: nothing changes.
-    /// O(N (N + M) + symbols).
     void calcInitialProbs(HMM::SegmentationType type,
                           std::vector<std::vector<int>> sequences) override;
 
@@ -65,7 +68,8 @@ public:
 
     // Scaled passes (Rabiner 1989, section V.A). scale[t] = P(o[t] | o[0..t-1]), the inverse of
     // the c_t there; the caller's `scale` must hold at least T values. The forms ending in HMM
-    // work on the parameters passed in. T < 1 gives an empty table. O(N^2 T).
+    // work on the parameters passed in. T < 1 gives an empty table. Errors and memory as the
+    // unscaled passes of HMM. O(N^2 T).
 
     /// alpha, N x T, each column summing to 1 (or all zero); fills scale[0..T-1].
     Vesk::Math::MatrixT<double> forwardProcWithScale(std::vector<int> O, int T,
@@ -97,6 +101,7 @@ public:
                                           Vesk::Math::MatrixT<double> b);
 
     /// ln P(sequence) as `forwardProbabilityWithScale` over all of it, without a caller's scale.
+    /// O(N^2 T).
     double logLikelihood(const std::vector<int>& sequence) const;
 
     // Training: re-estimates a and b, leaves pi. New emissions are the posterior mass at times
@@ -104,25 +109,28 @@ public:
     // can be infinite (docs/numerics.md).
 
     /// Trains on O[0..T-1] with unscaled tables while the likelihood grows strictly. Nothing
-    /// happens for T < 1. A negative maxIterations sets no bound. O(T N (N + M)) an iteration.
+    /// happens for T < 1. A negative maxIterations sets no bound. O(T N (N + M)) time an iteration,
+    /// O(N (T + N + M)) memory.
     void baumWelch(Vesk::Math::VectorT<int> O, int T, int maxIterations) override;
 
     /// Trains on K sequences with scaled tables (Rabiner 1989, section V.B, each sequence
     /// weighing by its posterior counts) while the total log likelihood gains at least
-    /// `convergenceThreshold`. Empty sequences are skipped. Writes the two log likelihoods of
-    /// every iteration to standard output and leaves the stream's precision at 5.
-    /// O(N (N + M)) an iteration and symbol.
+    /// `convergenceThreshold`. Empty sequences are skipped. A negative maxIterations sets no bound.
+    /// Writes the two log likelihoods of every iteration to standard output and leaves the stream's
+    /// precision at 5.
+    /// O(N (N + M)) time an iteration and symbol, O(N (L + N + M) + S) memory: L symbols in the
+    /// longest sequence, S in all.
     void baumWelchMultiple(std::vector<std::vector<int>> sequences, int maxIterations);
 
-    /// `baumWelchMultiple` that writes nothing and tells the observer instead.
+    /// `baumWelchMultiple` that writes nothing and tells the observer instead. What the observer
+    /// throws passes through, with what was adopted before it.
     void trainMultiple(const std::vector<std::vector<int>>& sequences, int maxIterations,
                        const TrainingObserver& observer = {});
 
     // Text file
 
-    /// Writes the left-right file (docs/formats.md); silent where the file cannot be opened
-    /// or written. Only a model whose
-    /// `vocabValues` holds M values is read back whole by `loadLR`.
+    /// Writes the left-right file (docs/formats.md); silent where the file cannot be opened or
+    /// written. Only a model whose `vocabValues` holds M values is read back whole by `loadLR`.
     void write(char* path) override;
     /// The same for a literal or a string of the host's.
     void write(const char* path) { write(const_cast<char*>(path)); }

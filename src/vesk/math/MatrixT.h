@@ -62,7 +62,7 @@ public:
     /// r x c elements of T(); std::bad_alloc as `resize`.
     MatrixT(int r, int c) { this->resize(r, c); }
 
-    /// Takes other's shape and values, reusing storage where it suffices.
+    /// Takes other's shape and values, reusing storage where it suffices. O(rows * cols).
     MatrixT& operator=(const MatrixT& other) {
         if (this == &other) return *this;
         const bool sameShape = this->rows == other.rows && this->cols == other.cols;

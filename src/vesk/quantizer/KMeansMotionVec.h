@@ -29,7 +29,8 @@ public:
     /// always ends. A centre with no angles, or whose angles cancel out (mean resultant length
     /// below 1e-12), stays where it is; one that moves ends in [0, 360). Non-finite angles are
     /// ignored. Sums run in the order of the angles, not of the data. Does nothing without centres.
-    /// O(angles log angles), and O(angles + k log angles) an iteration.
+    /// O(angles log angles), and O(angles + k (log k + log angles)) an iteration; O(angles + k)
+    /// memory.
     void learn(int maxIterations, double threshold);
 
     /// For every row of data a row of the same length: the index of the nearest centre of each

@@ -13,7 +13,8 @@ template <typename T>
 class ProximityFilter {
 public:
     /// Appends to `out` (never cleared, not the same object as `in`) the first position of `in` and
-    /// every later one whose Euclidean distance from the last kept is at least `threshold`.
+    /// every later one whose Euclidean distance from the last kept is at least `threshold`, in the
+    /// positions' unit.
     ///
     /// Nothing is appended where `in` holds fewer than two positions. The distance is taken over
     /// the coordinates of the position at hand; std::out_of_range where the last kept has fewer. A

@@ -13,7 +13,11 @@ namespace Vesk::ML {
 
 /// Told, for one trace of a codebook training, how many positions each filter left. First the
 /// repeated-position filter's count, then the proximity filter's, then the end of the trace.
-enum class CodebookTrainingEvent { AfterEqFilter, AfterProxFilter, EndOfTrace };
+enum class CodebookTrainingEvent {
+    AfterEqFilter,    ///< repeated positions were dropped
+    AfterProxFilter,  ///< and those too close to the last kept
+    EndOfTrace        ///< the trace's directions are taken
+};
 /// Told of every event with the count of positions left; 0 at the end of a trace.
 using CodebookTrainingObserver = std::function<void(CodebookTrainingEvent, std::size_t count)>;
 
@@ -21,8 +25,9 @@ using CodebookTrainingObserver = std::function<void(CodebookTrainingEvent, std::
 ///
 /// A position is a vector with x at index 0 and y at index 1 (at least two elements; asserted in
 /// debug builds); a trace is a vector of positions in the order of time, P of them. Directions are
-/// angles in degrees, counter-clockwise from the positive x axis. The size of the codebook is the
-/// `vocabSize` of the models that take the symbols.
+/// angles in degrees, from the positive x axis towards the positive y axis. A `proxFilterThreshold`
+/// is a distance in the positions' unit. The size of the codebook is the `vocabSize` of the models
+/// that take the symbols.
 ///
 /// Const operations may be called from several threads while none changes the object.
 class VESK_API VectorQuantizer2D {
@@ -31,6 +36,7 @@ public:
     int codebookSize;              ///< number of entries to work with; 0 at first
     std::vector<double> codebook;  ///< reference directions in degrees, normally in [0, 360)
 
+    /// No codebook, of size 0.
     VectorQuantizer2D();
     VectorQuantizer2D(const VectorQuantizer2D&) = default;
     VectorQuantizer2D(VectorQuantizer2D&&) = default;
@@ -48,6 +54,7 @@ public:
 
     /// Appends n evenly spaced directions from 0, adding up a single-precision step of 360 / n,
     /// and sets `codebookSize` to n. Existing entries stay in front. n below 1 appends nothing.
+    /// O(n).
     void initializeCodebook(int n);
 
     /// Learns the codebook from traces: the directions of all of them are clustered from the
@@ -56,7 +63,8 @@ public:
     /// A quantiser that is not ready first gets `initializeCodebook(codebookSize)`. Writes two
     /// counts and an empty line a trace to standard output. std::bad_alloc, with nothing
     /// learnt, for a trace of which the filters leave nothing (fewer than two distinct
-    /// positions). The clusterer it makes is never freed.
+    /// positions); std::out_of_range as ProximityFilter. The clusterer it makes is never freed.
+    /// O(angles log angles), and as KMeansMotionVec::learn for each of its iterations.
     std::vector<double> trainCodebook(std::list<std::vector<std::vector<double>>>& traces,
                                       float proxFilterThreshold);
 
@@ -71,8 +79,8 @@ public:
     double radToDeg(double rad);
 
     /// The direction of every step: P - 1 angles in [0, 360], from the arctangent of the slope
-    /// with quadrant correction. Vertical steps are 90 upwards and 270 downwards; a repeated
-    /// position counts as downwards. One angle of 0.0 for fewer than two positions. O(P).
+    /// with quadrant correction. A vertical step is 90 where y grows and 270 where it falls; a
+    /// repeated position counts as falling. One angle of 0.0 for fewer than two positions. O(P).
     std::vector<double> convertSequence(std::vector<std::vector<double>>& trace);
 
     /// The symbols of a trace: drops repeated positions and positions closer than
@@ -83,7 +91,7 @@ public:
     /// `codebookSize` is below 1 or fewer than two positions remain. std::out_of_range as
     /// ProximityFilter, std::invalid_argument for an empty codebook with a size.
     /// The clusterer that every call makes is never freed: `quantize` gives the same answer
-    /// without that. O(P log codebookSize).
+    /// without that. O((P + k) log k), k codebook entries.
     std::vector<int> classify(std::vector<std::vector<double>>& trace, float proxFilterThreshold,
                               bool rotationAllowed);
 
@@ -107,8 +115,8 @@ public:
     bool save(const std::string& path) const;
 
     /// Replaces the codebook by the file's; returns whether it could be opened (else the codebook
-    /// is empty). A line without a number counts as 0, a blank line repeats the line before.
-    /// std::bad_alloc for more entries than docs/formats.md allows.
+    /// is empty and `codebookReady` as it was). A line without a number counts as 0, a blank line
+    /// repeats the line before. std::bad_alloc for more entries than docs/formats.md allows.
     bool loadCodebook(char* path);
     /// The same for a literal or a string of the host's.
     bool loadCodebook(const char* path) { return loadCodebook(const_cast<char*>(path)); }

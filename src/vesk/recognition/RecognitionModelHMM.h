@@ -41,13 +41,14 @@ struct Recognition {
 /// every pointer handed out stays valid for the life of the process. Shapes that disagree are not
 /// reported, but std::out_of_range is thrown, before anything changes, where a table would be left.
 ///
-/// A copy shares the gesture models and the combined model. Const operations may be called from
-/// several threads while none changes the object or its models.
+/// A copy shares the gesture models and the combined model. Writing and reading take O(parameters),
+/// of the combined model and all gestures. Const operations may be called from several threads
+/// while none changes the object or its models.
 class VESK_API RecognitionModelHMM {
 public:
     bool fromParameters;                ///< built by `createRecognitionHMMfromParameters`
     double gestureTransitionProb;       ///< (1 - modelTransitionProb) / K; 1.0 where that is 1.0
-    double modelTransitionProb;         ///< weight of the combined model
+    double modelTransitionProb;         ///< weight of the combined model: 0 to 1, not checked
     std::string name;                   ///< one non-empty word where it is stored
     unsigned int numStates;             ///< N, the sum over the gestures; 0 until built
     unsigned int vocabSize;             ///< M of the first gesture; 0 until built
@@ -57,7 +58,7 @@ public:
     Vesk::Math::MatrixT<double> b;      ///< N x M
     std::vector<HMM*> gestures;         ///< the gesture models, borrowed
     std::vector<double> codebook;       ///< directions in degrees; travels with the model
-    float proxFilterThreshold;          ///< of the quantiser; travels with the model
+    float proxFilterThreshold;          ///< the quantiser's, a distance; travels with the model
     bool rotationAllowed;               ///< of the quantiser; travels with the model
     HMM* recognitionHMM;                ///< the combined model; null until built
 
@@ -77,15 +78,17 @@ public:
     // Composition
 
     /// Joins the gestures: sizes the staging fields and calls `setParameters`. False, with nothing
-    /// changed, without gestures or after `createRecognitionHMMfromParameters`.
+    /// changed, without gestures or after `createRecognitionHMMfromParameters`. std::bad_alloc as
+    /// MatrixT::resize. O(N (N + M)).
     bool initialize();
 
     /// Fills the staging fields from the gestures and creates the combined model: pi uniform, each
     /// row of `a` the gesture state's own self-transition and the rest spread evenly over all other
-    /// states, `b` the gestures' rows stacked. O(N (N + M)).
+    /// states, `b` the gestures' rows stacked. Always true. O(N (N + M)).
     bool setParameters();
 
-    /// Creates the combined model from the staging fields as they are.
+    /// Creates the combined model from the staging fields as they are, and sets `fromParameters`.
+    /// Always true; std::bad_alloc as `initialize`. O(N (N + M)).
     bool createRecognitionHMMfromParameters();
 
     /// Dumps the combined model (`HMM::print`), where there is one.
@@ -93,7 +96,7 @@ public:
 
     // Recognition
 
-    /// P(seq | combined model); 0.0 where there is none.
+    /// P(seq | combined model); 0.0 where there is none, or no symbol. O(T N^2), T symbols.
     double forwardProb(Vesk::Math::VectorT<int> seq);
 
     /// The name of the gesture that `seq` shows, or "". Traces its reasoning on standard output.
@@ -101,10 +104,11 @@ public:
     /// Gesture i is accepted when its probability exceeds that of every gesture accepted before
     /// it, and its weighted probability and weighted gamma both exceed the threshold. The last one
     /// accepted wins. "" at once for fewer than two symbols.
-    /// One forward pass a model: O(T (N^2 + sum of squared gesture sizes)).
+    /// std::out_of_range for a symbol that a model has no emissions of; symbols below 0 are not
+    /// checked. One forward pass a model: O(T (N^2 + sum of squared gesture sizes)).
     std::string check(Vesk::Math::VectorT<int> seq);
 
-    /// What `check` finds, without a word. Symbols as in `check`.
+    /// What `check` finds, without a word: the same symbols, errors and cost.
     Recognition evaluate(const Vesk::Math::VectorT<int>& sequence) const;
 
     // Files (docs/formats.md)

@@ -13,44 +13,44 @@ namespace Vesk::Kit {
 /// What a finding is about. docs/doctor.md has the rule of each.
 enum class FindingKind {
     // Labels
-    MissingLabel,
-    UnstorableLabel,
-    CollidingLabels,
-    SimilarLabels,
-    RenamedLabel,
+    MissingLabel,     ///< a trace has none
+    UnstorableLabel,  ///< it has control characters
+    CollidingLabels,  ///< several become one name in a model
+    SimilarLabels,    ///< they differ in case, blanks or underscores only
+    RenamedLabel,     ///< its blanks become underscores
     // How many traces, and whose
-    FewExamples,
-    UnevenExamples,
-    SingleUser,
+    FewExamples,     ///< of a gesture
+    UnevenExamples,  ///< far fewer of a gesture than of others
+    SingleUser,      ///< drew all, or all of a gesture
     // A trace alone
-    UnusablePoints,
-    HugeCoordinates,
-    NoDirection,
-    FewPoints,
-    Dot,
-    ShortPath,
-    StraightPath,
+    UnusablePoints,   ///< a position is no pair of finite numbers
+    HugeCoordinates,  ///< beyond what differences stand
+    NoDirection,      ///< all positions are one
+    FewPoints,        ///< few positions differ from the one before
+    Dot,              ///< far smaller than usual
+    ShortPath,        ///< far shorter than usual
+    StraightPath,     ///< of a gesture that is no line
     // A trace among others
-    ContradictoryDuplicates,
-    DuplicateTrace,
-    MislabelledTrace,
-    OutlierTrace,
+    ContradictoryDuplicates,  ///< the same points under two labels
+    DuplicateTrace,           ///< the same points again
+    MislabelledTrace,         ///< drawn like another gesture
+    OutlierTrace,             ///< far from all others of its gesture
     // Gestures among one another
-    ConfusableGestures,
+    ConfusableGestures,  ///< many traces of one are taken for the other
     // A model
-    UnsoundModel,
-    UnreachableEnd,
-    IdleStates,
-    ImproperRows,
-    OddsForProbabilities,
-    ZeroEmissions,
-    NeverWins,
-    DoubledDirections,
-    ThresholdWeight,
-    RotationAllowed
+    UnsoundModel,          ///< cannot be read, or does not pass ModelCheck.h
+    UnreachableEnd,        ///< sequences are too short for the last state
+    IdleStates,            ///< on no way from the first to the last
+    ImproperRows,          ///< that do not sum to 1
+    OddsForProbabilities,  ///< emissions as the library's training leaves them
+    ZeroEmissions,         ///< a direction rules a gesture out
+    NeverWins,             ///< not even with what the gesture's models like best
+    DoubledDirections,     ///< one stands in the codebook twice
+    ThresholdWeight,       ///< too small or too large to work
+    RotationAllowed        ///< turned gestures become the same
 };
 
-/// The kind as one word: "few-examples".
+/// The kind as one word: "few-examples". "" for a value that is none of the enumeration's.
 const char* toString(FindingKind kind);
 
 /// How much a finding matters.
@@ -60,7 +60,7 @@ enum class Weight {
     Advice    ///< works, and would work better otherwise
 };
 
-/// "serious", "warning", "advice".
+/// "serious", "warning", "advice"; "" as above.
 const char* toString(Weight weight);
 
 /// A trace that a finding concerns.
@@ -91,10 +91,11 @@ struct Finding {
     std::vector<MeanTrace> means = {};       ///< of ConfusableGestures: one of each, to be overlaid
 };
 
-/// The most serious first, then by gesture, kind and trace.
+/// The most serious first, then by gestures, kind and first trace; equal ones keep their order.
+/// O(n log n).
 void sortFindings(std::vector<Finding>& findings);
 
-/// Whether one of them is serious.
+/// Whether one of them is serious. O(n).
 bool anySerious(const std::vector<Finding>& findings);
 
 }  // namespace Vesk::Kit

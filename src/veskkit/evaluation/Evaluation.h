@@ -33,9 +33,9 @@ struct Outcome {
     Verdict models;        ///< of the hidden Markov models
     Verdict templates;     ///< of the TemplateMatcher, the yardstick
     Rejection rejection;   ///< why the models rejected it
-    double margin;         ///< as in Result
+    double margin;         ///< as in Result, a natural logarithm
 
-    /// What the models would answer at other acceptance ratios.
+    /// What the models would answer at other acceptance ratios: GestureRecognizer::answers.
     std::vector<Answer> answers = {};
 
     /// The same where the trace's own gesture was never trained; empty where that was not asked.
@@ -75,7 +75,10 @@ using EvaluationObserver = std::function<void(const EvaluationProgress&)>;
 /// Trains on each fold's training traces and recognises its test traces, with hidden Markov models
 /// and with the template matcher: nothing of a test trace gets into what recognises it. Outcomes
 /// are in the order of the folds and of their test traces; the same at any number of threads.
-/// InputError as GestureTrainer, and for a test trace without a label.
+/// Places in folds have to be those of traces, which is not checked. InputError as GestureTrainer,
+/// and for a test trace without a label. Time: for each fold a training, and its rounds of
+/// discrimination again for each gesture taken for unknown; for each test trace two recognitions,
+/// and two more where its gesture is.
 std::vector<Outcome> evaluate(const std::vector<Trace>& traces, const std::vector<Fold>& folds,
                               const EvaluationOptions& options = {},
                               const EvaluationObserver& observer = {});
@@ -89,7 +92,7 @@ struct Rates {
     Share unknownAccepted;  ///< of the traces taken for unknown, recognised as anything
 };
 
-/// Of one method: &Outcome::models or &Outcome::templates.
+/// Of one method: &Outcome::models or &Outcome::templates. O(outcomes).
 Rates ratesOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
 
 /// How often each gesture got each answer.
@@ -99,15 +102,15 @@ struct Confusion {
     /// [expected][answer] by their places in `gestures`; the last column counts rejections.
     std::vector<std::vector<std::size_t>> counts;
 
-    /// Of the traces of a gesture, those recognised as it.
+    /// Of the traces of a gesture, by its place in `gestures`, those recognised as it. O(gestures).
     Share recall(std::size_t gesture) const;
 
-    /// Of the traces recognised as a gesture, those that are.
+    /// Of the traces recognised as a gesture, by its place, those that are. O(gestures).
     Share precision(std::size_t gesture) const;
 };
 
 /// Counts the verdicts of the models or of the templates: `&Outcome::models`,
-/// `&Outcome::templates`. O(n log k), n outcomes of k gestures.
+/// `&Outcome::templates`. O(n log k + k^2), n outcomes of k gestures.
 Confusion confusionOf(const std::vector<Outcome>& outcomes, Verdict Outcome::*method);
 
 }  // namespace Vesk::Kit

@@ -24,8 +24,8 @@ TradeOffPoint tradeOffAt(const std::vector<Outcome>& outcomes, double ratio);
 /// O(n log k) each, n outcomes of k gestures.
 std::vector<TradeOffPoint> tradeOffOf(const std::vector<Outcome>& outcomes);
 
-/// The least ratio from 1e-6 to 1e5 at which no more than a share of the unknown traces is
-/// accepted; 1e5 where there is none. O(n log n).
+/// The least ratio from 1e-6 to 1e5 at which no more than the share `unknownAccepted`, 0 to 1, of
+/// the unknown traces is accepted; 1e5 where there is none. O(n log n).
 double ratioFor(const std::vector<Outcome>& outcomes, double unknownAccepted);
 
 }  // namespace Vesk::Kit

@@ -57,11 +57,11 @@ struct TuningResult {
 
 /// How far a tuning is.
 struct TuningProgress {
-    int round;     ///< that is worked on
+    int round;     ///< that is worked on, from 1; 0 while the start is tried
     int rounds;    ///< at the most
     double share;  ///< of the round, 0 to 1
 };
-/// Told while a setting is tried and after it.
+/// Told while a setting is tried and after it. As TrainingObserver.
 using TuningObserver = std::function<void(const TuningProgress&)>;
 
 /// Looks for the training options that recognise most traces of the folds' tests right while they
@@ -72,7 +72,8 @@ using TuningObserver = std::function<void(const TuningProgress&)>;
 /// better than one that cannot. Training and tests are those of `evaluate`: nothing of a fold's
 /// test traces gets into its models, and what is not in the folds gets into nothing.
 ///
-/// Same bits at any number of threads. InputError as `evaluate`, and for options out of range.
+/// Same bits at any number of threads. InputError as `evaluate`, and for options out of range. At
+/// most 1 + rounds * (values in all) evaluations, without templates; the outcomes of two are held.
 TuningResult tune(const std::vector<Trace>& traces, const std::vector<Fold>& folds,
                   const TuningOptions& options, const TuningObserver& observer = {});
 

@@ -30,7 +30,7 @@ public:
     /// `commit` too.
     std::ostream& stream();
 
-    /// Puts the file in place; nothing may be written afterwards.
+    /// Puts the file in place; nothing may be written afterwards. Called twice: OutputError.
     void commit();
 
 private:
@@ -38,7 +38,7 @@ private:
     std::unique_ptr<Target> target;
 };
 
-/// Writes `text` to `path` by way of an AtomicFile.
+/// Writes `text` to `path` by way of an AtomicFile. OutputError as that.
 void writeWhole(const std::string& path, std::string_view text);
 
 }  // namespace Vesk::Kit

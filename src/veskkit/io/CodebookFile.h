@@ -6,7 +6,8 @@
 
 namespace Vesk::Kit {
 
-/// The library's codebook file (docs/formats.md): a direction a line, six significant digits.
+/// The library's codebook file (docs/formats.md): a direction in degrees a line, six significant
+/// digits, no line end after the last.
 std::string codebookText(const std::vector<double>& codebook);
 
 /// Reads a codebook file. InputError "<path>:<line>: ..." for a line that is no direction of at

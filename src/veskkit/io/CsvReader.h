@@ -33,6 +33,7 @@ public:
 
     ~CsvReader() override;
 
+    /// O(bytes of the trace's rows).
     bool next(Trace& trace) override;
 
     /// Whether the table has no column `trace`. Known once the first trace has been read.

@@ -34,7 +34,7 @@ public:
 
     ~JsonLinesReader() override;
 
-    /// O(line).
+    /// O(bytes of the line).
     bool next(Trace& trace) override;
 
 private:

@@ -60,7 +60,7 @@ private:
 std::unique_ptr<TraceReader> readerOf(std::istream& stream, std::string name,
                                       TraceFormat format = TraceFormat::Guess);
 
-/// All traces of files and folders. InputError as TraceFiles.
+/// All traces of files and folders, in memory at once. InputError as TraceFiles and its readers.
 std::vector<Trace> readTraces(const std::vector<std::string>& paths,
                               TraceFilesOptions options = {});
 /// The same of one file or folder.

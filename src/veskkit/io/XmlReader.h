@@ -15,7 +15,7 @@ namespace Vesk::Kit {
 /// `Stroke` or not. The label is the Name without the digits at its end, the user the Subject; both
 /// may be absent. Other elements and attributes are ignored.
 ///
-/// Holds the whole file in memory, which may have `longestFile` bytes.
+/// Holds the whole file in memory, up to `longestFile` bytes, and takes time in proportion.
 class XmlReader : public TraceReader {
 public:
     static constexpr std::size_t longestFile = std::size_t{64} << 20;  ///< bytes

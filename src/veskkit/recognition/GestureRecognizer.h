@@ -53,7 +53,7 @@ struct Answer {
 };
 
 /// The answer at a ratio whose natural logarithm is given, of `GestureRecognizer::answers`; empty
-/// where the trace is rejected.
+/// where the trace is rejected. O(log answers).
 std::string answerAt(const std::vector<Answer>& answers, double logRatio);
 
 /// Recognises traces with a trained model: prepares the trace, takes its symbols with the model's
@@ -66,7 +66,7 @@ std::string answerAt(const std::vector<Answer>& answers, double logRatio);
 class GestureRecognizer {
 public:
     /// InputError where the model is not sound (ModelCheck.h), prefixed with `source`: the file
-    /// that the model comes from, say.
+    /// that the model comes from, say. InputError as Resampler for the preparation. O(parameters).
     explicit GestureRecognizer(RecognitionModel model, Preparation preparation = {},
                                const std::string& source = "model");
 
@@ -76,8 +76,9 @@ public:
     /// How it prepares traces.
     const Preparation& preparation() const { return resampler.preparation(); }
 
-    /// The symbols of a trace; empty where it has no direction. InputError, naming the trace, for
-    /// positions with fewer than two numbers or with non-finite ones.
+    /// The symbols of a trace, each an index into the model's codebook; empty where it has no
+    /// direction. InputError, naming the trace, for positions with fewer than two numbers or with
+    /// non-finite ones. O(positions + (P + M) log M), P prepared positions, M directions.
     std::vector<int> symbols(const Trace& trace) const;
 
     /// Recognises a trace. InputError as `symbols`. O(T (N^2 + sum of squared gesture sizes)), T
@@ -87,13 +88,14 @@ public:
     /// What the answers would be at other acceptance ratios R: how many times as likely as the
     /// threshold model a gesture has to be, as a whole and in its last state. By falling ratio;
     /// each gesture is likelier than the one before. Empty for a trace that is never recognised.
-    /// InputError as `symbols`.
+    /// Errors and cost as `recognize`.
     std::vector<Answer> answers(const Trace& trace) const;
 
-    /// Recognises positions in memory.
+    /// Recognises positions in memory: the same for a trace of nothing else.
     Result recognize(const Points& points) const;
 
-    /// Recognises a symbol sequence. InputError for a symbol that is not in the codebook.
+    /// Recognises a symbol sequence, at the same cost. InputError for a symbol that is not in the
+    /// codebook.
     Result recognizeSymbols(const std::vector<int>& symbols) const;
 
 private:

@@ -20,7 +20,8 @@ std::string modelText(const Vesk::ML::RecognitionModelHMM& model);
 /// read, never with what the text declares.
 RecognitionModel parseModel(std::istream& in, const std::string& source);
 
-/// The model as it reads back from its own text: parameters with six significant digits.
+/// The model as it reads back from its own text: parameters with six significant digits. InputError
+/// as modelText. All three take O(parameters).
 RecognitionModel asStored(const RecognitionModel& model);
 
 }  // namespace Vesk::Kit

@@ -20,7 +20,7 @@ struct Posterior {
 
 /// Of a result, by Bayes' rule with the weights that recognition itself uses, for gestures in any
 /// order. Each gesture is represented by its best sub-model. All is the threshold's where the trace
-/// was too short or nothing can produce it.
+/// was too short or nothing can produce it. O(asked gestures * gestures of the model).
 Posterior posteriorOf(const Result& result, const std::vector<std::string>& gestures);
 
 }  // namespace Vesk::Kit

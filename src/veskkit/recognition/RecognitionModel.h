@@ -32,15 +32,16 @@ public:
     /// The gesture models, in order; several may carry one name (sub-models of one gesture).
     const std::vector<std::unique_ptr<Vesk::ML::LeftRightHMM>>& gestures() const { return owned; }
 
-    /// Each gesture's name once, in the order of first appearance.
+    /// Each gesture's name once, in the order of first appearance. O(K^2), K gesture models.
     std::vector<std::string> gestureNames() const;
 
-    /// Appends a gesture model.
+    /// Appends a gesture model, which counts from the next `build` on.
     void add(Vesk::ML::LeftRightHMM gesture);
 
     /// Puts `settings` in place (name, codebook, quantiser settings, staging fields and
     /// modelTransitionProb; its gestures and combined model are ignored) and builds the combined
     /// model from its staging fields, as reading a file does. Call it after the last `add`.
+    /// std::bad_alloc as RecognitionModelHMM::createRecognitionHMMfromParameters. O(parameters).
     void build(const Vesk::ML::RecognitionModelHMM& settings);
 
     /// A model of its own with the same content. O(parameters).

@@ -19,7 +19,7 @@ struct StatePath {
 
 /// The trace's path through the gesture model of that place in `recognizer.model().gestures()`.
 /// Nothing where it has fewer than two symbols or the model cannot produce it. InputError as
-/// GestureRecognizer::symbols, std::out_of_range for another place. O(T N^2).
+/// GestureRecognizer::symbols, std::out_of_range for another place. O(T N^2 + N M).
 std::optional<StatePath> statePathOf(const GestureRecognizer& recognizer, std::size_t gesture,
                                      const Trace& trace);
 
@@ -31,7 +31,7 @@ struct Example {
 
 /// Per gesture model the trace of its gesture that is likeliest under it, the first of several.
 /// Each trace stands for that sub-model of its gesture alone that explains it best, so a sub-model
-/// may have none.
+/// may have none. InputError as above. O(sub-models of its gesture * T N^2) a trace.
 std::vector<std::optional<Example>> bestExamples(const GestureRecognizer& recognizer,
                                                  const std::vector<Trace>& traces);
 

@@ -10,12 +10,12 @@ namespace Vesk::Kit {
 
 // Plots are one <svg> element each, as text: self-contained, the same bytes for the same data, with
 // the title for those who cannot see it. Names are escaped. Nothing to draw (no positions, or none
-// that are finite) is said in the picture.
+// that are finite) is said in the picture. Their time and size grow with what they draw.
 
 /// Which way the y of traces and directions grows on the page.
 enum class YAxis {
     Down,  ///< as on a screen
-    Up
+    Up     ///< as in a textbook
 };
 
 /// How strokes are drawn.

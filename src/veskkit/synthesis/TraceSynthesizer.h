@@ -32,11 +32,12 @@ public:
     /// The names of all gestures, in alphabetical order.
     static const std::vector<std::string>& gestures();
 
-    /// The name of a user: "u01", "u02", ...
+    /// The name of a user, of whom the first is 1: "u01", "u02", ...
     static std::string userName(int user);
 
     /// One trace of at least 8 points; `gesture` and `user` are set in it. Users and repetitions
     /// count from 1. std::invalid_argument for a gesture that is not known and for counts below 1.
+    /// O(points).
     Trace draw(const std::string& gesture, int user, int repetition) const;
 
 private:

@@ -9,7 +9,7 @@ namespace Vesk::Kit {
 struct Preparation {
     static constexpr int asDrawn = 0;  ///< for `points`: as many as were drawn
 
-    int points = 41;     ///< positions after resampling, at least 2; `asDrawn`: no resampling
+    int points = 41;     ///< positions after resampling, 2 to 100,000; `asDrawn`: no resampling
     bool flipY = false;  ///< negate y: for traces whose y axis points the other way
 };
 
@@ -18,7 +18,9 @@ struct Preparation {
 ///
 /// A model only knows directions, one a step, so with P fixed its sequences have P - 1 symbols
 /// whatever the device's rate. The step is path length / (P - 1); positions are interpolated
-/// linearly, the first is kept, and the last one is repeated where rounding leaves one short.
+/// linearly, the first is kept, and the last one is repeated where rounding leaves one short (J. O.
+/// Wobbrock, A. D. Wilson, Y. Li, "Gestures without libraries, toolkits or training", UIST 2007,
+/// step 1).
 /// A host that recognises with a model trained here has to prepare its traces the same way.
 ///
 /// Immutable; const calls from any number of threads.

@@ -24,7 +24,7 @@ struct Trace {
 std::string placeOf(const Trace& trace);
 
 /// Throws InputError, naming the trace, for a position with fewer than two numbers or with a
-/// non-finite x or y. A trace of no positions passes.
+/// non-finite x or y. A trace of no positions passes. O(positions).
 void requireUsablePoints(const Trace& trace);
 
 }  // namespace Vesk::Kit

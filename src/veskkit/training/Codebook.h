@@ -18,13 +18,14 @@ struct CodebookUse {
 
 /// `symbols` evenly spaced directions, 1 to 360, on traces prepared for recognition. Traces without
 /// a direction have no steps. InputError, naming the trace, for unusable positions; for a number
-/// of symbols out of range.
+/// of symbols out of range. O((n + traces * symbols) log symbols), n steps.
 CodebookUse evenCodebook(const std::vector<Trace>& traces, int symbols,
                          const Preparation& preparation = {});
 
 /// The directions that the clusterer makes of those: its centres, which move to the means of the
 /// steps nearest to them until none moves by a degree; as a file holds them, those that coincide
-/// once. O(n log symbols) a round, n steps.
+/// once, and ascending. Errors as above. O(n log n), and O(n + symbols log n) a round
+/// (KMeansMotionVec).
 CodebookUse learntCodebook(const std::vector<Trace>& traces, int symbols,
                            const Preparation& preparation = {});
 

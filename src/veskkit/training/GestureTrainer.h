@@ -15,8 +15,8 @@ namespace Vesk::Kit {
 /// How far a training is, counted in gestures trained and rounds of discrimination, calibration
 /// runs included.
 struct TrainingProgress {
-    std::size_t done;
-    std::size_t total;
+    std::size_t done;   ///< steps so far, from 1
+    std::size_t total;  ///< steps in all
 };
 
 /// Told after every step, by one thread at a time, which may be another one than that of the
@@ -26,7 +26,7 @@ using TrainingObserver = std::function<void(const TrainingProgress&)>;
 /// A model ready to be saved or to recognise with, and how it came about.
 struct TrainingResult {
     RecognitionModel model;  ///< as it reads back from its file
-    TrainingReport report;
+    TrainingReport report;   ///< how it came about
 };
 
 /// Trains a recognition model from labelled traces (docs/numerics.md has the recipe's reasons).
@@ -43,12 +43,18 @@ public:
     /// InputError, naming the option, for a setting out of its range.
     explicit GestureTrainer(TrainingOptions options = {});
 
+    /// The settings that it trains with.
     const TrainingOptions& options() const { return settings; }
 
     /// InputError for: no traces; a trace without a label, with a label of control characters,
     /// with unusable positions or (unless `skipBad`) without a direction, each named; a gesture of
     /// which nothing is left; two labels that become the same name. A label's blanks become
     /// underscores, with a warning.
+    ///
+    /// Time, for n traces of T symbols, K gesture models and jumps to delta: O(n T N (N + M)) a
+    /// training iteration, O(n T N delta) a round of discrimination and O(n K T N delta) where it
+    /// looks for rivals, every eighth; O(subModels^2 n^2) to cluster the n traces of one gesture,
+    /// of which 1000 count at most. All that again for each calibration run.
     TrainingResult train(const std::vector<Trace>& traces,
                          const TrainingObserver& observer = {}) const;
 

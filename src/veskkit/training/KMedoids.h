@@ -25,7 +25,9 @@ struct Clustering {
 /// Clusters with fewer than `smallest` items are dissolved into the nearest of those that stay;
 /// the largest stays in any case. Ties go to the lowest index: no randomness.
 /// @param distances n x n, row after row, symmetric
-/// O(k n^2) time.
+/// @param k below 1 it is 1
+///
+/// O((k + rounds) n^2) time. Nothing for n = 0.
 Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_t n, std::size_t k,
                                 std::size_t smallest, int rounds = 10);
 
@@ -34,9 +36,10 @@ Clustering clusterAroundMedoids(const std::vector<double>& distances, std::size_
 /// a trace without a direction (Resampler.h). Of more than 1000 traces every n-th takes part in
 /// finding the medoids; the others join the nearest.
 ///
-/// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` from their
-/// medoids on average, and takes the clustering with the least average: after clusters were
-/// dissolved, fewer may be better. O(most^2 n^2) time.
+/// Tries one cluster, two, and so on to `most`, until traces are at most `closeEnough` (that
+/// squared distance) from their medoids on average, and takes the clustering with the least
+/// average: after clusters were dissolved, fewer may be better. O(most^2 n^2) time and O(n^2)
+/// memory, n the traces that take part, and O(most) a trace.
 Clustering clusterByShape(const std::vector<const Points*>& traces, std::size_t most,
                           std::size_t smallest, double closeEnough = 0.0);
 

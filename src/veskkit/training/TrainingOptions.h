@@ -33,21 +33,23 @@ struct TrainingOptions {
     /// Most sub-models a gesture, 1 to 16: one a way of drawing it, as many as its traces differ in
     /// shape (KMedoids.h). Unset: 1 below 20 traces of the gesture, else 6.
     std::optional<int> subModels;
-    int smallestSubModel = 5;  ///< traces that a sub-model is made from at least
+    int smallestSubModel = 5;  ///< traces that a sub-model is made from at least, 1 to 1,000,000
 
     FirstEstimate firstEstimate = FirstEstimate::EvenCut;
     int iterations = 3;           ///< most training iterations a model, 0 to 1000
-    double emissionFloor = 1e-3;  ///< least emission before a row is normalised, above 0, to 0.1
+    double emissionFloor = 1e-3;  ///< least emission before a row is normalised, 1e-12 to 0.1
 
     /// Width in degrees of the circular Gaussian that smooths emissions, 0 (none) to 180. Unset:
     /// 22, or 28 for gestures with five traces or fewer.
     std::optional<double> smoothing;
 
-    /// Rounds in which the gestures' models learn to tell each other's traces apart, 0 to 1000.
+    /// Rounds in which the gestures' models learn to tell each other's traces apart (B.-H. Juang,
+    /// S. Katagiri, "Discriminative learning for minimum error classification", IEEE Trans. Signal
+    /// Processing 40(12), 1992: docs/numerics.md), 0 to 1000.
     int discrimination = 24;
 
     int thresholdStates = 10;          ///< per gesture in the threshold model, 2 to 200
-    double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions
+    double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions, 0 to 180
 
     /// R: how much likelier than the threshold model a gesture has to be, 1e-6 to 1e5. Unset: see
     /// `calibrate`.

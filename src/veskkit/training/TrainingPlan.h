@@ -30,7 +30,8 @@ struct GestureTask {
     std::vector<std::vector<std::size_t>> trainings;
 
     /// Per training the gesture's models, nothing for one without its traces. Two tasks run in any
-    /// order and anywhere: the same bits. One thread.
+    /// order and anywhere: the same bits. One thread. InputError where there are no traces, or not
+    /// as many sequences; std::out_of_range for places beyond them.
     std::vector<std::optional<GestureModels>> run() const;
 };
 
@@ -58,7 +59,8 @@ struct TellApartTask {
     std::vector<GestureSequences> test;      ///< empty for the model's own training
     std::size_t stride = 1;                  ///< every how manieth test trace counts
 
-    /// The same bits wherever it runs. `options.threads` threads.
+    /// The same bits wherever it runs. `options.threads` threads. InputError where `training` has
+    /// not as many gestures as `gestures`.
     ToldApart run() const;
 };
 
@@ -77,11 +79,13 @@ public:
     ~TrainingPlan();
 
     std::size_t gestures() const;   ///< of the model: how many gesture tasks there are
-    std::size_t trainings() const;  ///< those of the calibration, and the model's own
+    std::size_t trainings() const;  ///< those of the calibration, and the model's own, the last
 
-    /// std::out_of_range for a gesture that is not one of `gestures`.
+    /// What is to be done for a gesture, with copies of its traces. std::out_of_range for a gesture
+    /// that is not one of `gestures`.
     GestureTask gestureTask(std::size_t gesture) const;
 
+    /// std::out_of_range for a training that is not one of `trainings`, the model's own the last.
     /// @param trained per gesture what its task returned. InputError where that does not fit.
     TellApartTask tellApartTask(
         std::size_t training,

@@ -20,7 +20,7 @@ struct GestureReport {
     std::string label;    ///< the label in the traces: differs where it had blanks
     std::size_t traces;   ///< that were used
     std::size_t users;    ///< different users among them
-    std::vector<SubModelReport> subModels;
+    std::vector<SubModelReport> subModels;  ///< in the model's order
 };
 
 /// What a training has to tell.
