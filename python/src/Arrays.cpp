@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 
 namespace Vesk::Python {
@@ -78,6 +79,12 @@ std::vector<std::size_t> lengthsFrom(const py::handle& value, std::size_t total)
         left -= lengths.back();
     }
     return lengths;
+}
+
+/// Writes positions from `to` on, and returns where they end.
+double* copied(const Points& points, double* to) {
+    for (const std::vector<double>& point : points) to = std::copy_n(point.begin(), 2, to);
+    return to;
 }
 
 /// The items of anything that can be gone through.
@@ -166,8 +173,7 @@ py::array_t<double> arrayOf(const MatrixT<double>& values) {
 
 py::array_t<double> arrayOf(const Points& points) {
     py::array_t<double> array({static_cast<py::ssize_t>(points.size()), py::ssize_t{2}});
-    double* to = array.mutable_data();
-    for (const std::vector<double>& point : points) to = std::copy_n(point.begin(), 2, to);
+    copied(points, array.mutable_data());
     return array;
 }
 
@@ -200,13 +206,13 @@ std::vector<std::vector<int>> unpackedSequences(const py::tuple& state) {
 }
 
 py::tuple packed(const std::vector<Points>& traces) {
-    Points all;
     std::vector<std::size_t> lengths;
-    for (const Points& points : traces) {
-        all.insert(all.end(), points.begin(), points.end());
-        lengths.push_back(points.size());
-    }
-    return py::make_tuple(arrayOf(all), lengthsOf(lengths));
+    for (const Points& points : traces) lengths.push_back(points.size());
+    const std::size_t total = std::accumulate(lengths.begin(), lengths.end(), std::size_t{0});
+    py::array_t<double> all({static_cast<py::ssize_t>(total), py::ssize_t{2}});
+    double* to = all.mutable_data();
+    for (const Points& points : traces) to = copied(points, to);
+    return py::make_tuple(all, lengthsOf(lengths));
 }
 
 std::vector<Points> unpackedPoints(const py::tuple& state) {
