@@ -236,18 +236,4 @@ std::string bytesFrom(const py::str& text) {
     return py::bytes(text.attr("encode")("utf-8", "surrogateescape"));
 }
 
-std::string pathFrom(const py::object& path) {
-    const std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
-    if (bytes.find('\0') != std::string::npos) {
-        refuse("path", "a null character", "the name of a file");
-    }
-    return bytes;
-}
-
-void requireWritten(bool done, const std::string& path) {
-    if (done) return;
-    PyErr_SetObject(PyExc_OSError, textOf(path + ": could not be written").ptr());
-    throw py::error_already_set();
-}
-
 }  // namespace Vesk::Python

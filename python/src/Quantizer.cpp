@@ -1,5 +1,7 @@
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
+#include "Files.h"
 #include "Printed.h"
 
 #include <vesk/quantizer/ProximityFilter.h>
@@ -95,27 +97,14 @@ py::array_t<double> trainedPrinting(VectorQuantizer2D& it, py::handle traces, fl
 }
 
 void save(const VectorQuantizer2D& it, const py::object& path) {
-    const std::string file = pathFrom(path);
     const VectorQuantizer2D snapshot(it);
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = snapshot.save(file);
-    }
-    requireWritten(done, file);
+    writeFile(path, [&](const std::string& file) { return snapshot.save(file); });
 }
 
 VectorQuantizer2D loaded(const py::object& path) {
-    const std::string file = pathFrom(path);
     VectorQuantizer2D quantizer;
-    bool found = false;
-    {
-        const py::gil_scoped_release unlocked;
-        found = quantizer.loadCodebook(file.c_str());
-    }
-    if (found) return quantizer;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    readFile(path, [&](const std::string& file) { return quantizer.loadCodebook(file.c_str()); });
+    return quantizer;
 }
 
 py::array_t<double> filtered(py::handle trace, double threshold) {
@@ -202,11 +191,7 @@ void addQuantizer(py::module_& module) {
         return py::str("<VectorQuantizer2D: {} directions{}>")
             .format(it.codebookSize, it.codebookReady ? "" : ", not ready");
     });
-    quantizer.def("__copy__", [](const VectorQuantizer2D& it) { return VectorQuantizer2D(it); });
-    quantizer.def(
-        "__deepcopy__",
-        [](const VectorQuantizer2D& it, const py::dict&) { return VectorQuantizer2D(it); },
-        py::arg("memo"));
+    addCopies(quantizer);
     quantizer.def(py::pickle(
         [](const VectorQuantizer2D& it) {
             return py::make_tuple(it.codebookReady, it.codebookSize, arrayOf(it.codebook));

@@ -1,5 +1,7 @@
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
+#include "Files.h"
 #include "Hmm.h"
 #include "LeftRightHmm.h"
 #include "Printed.h"
@@ -174,16 +176,10 @@ void requireStorable(const OwnedModel& it) {
 
 void save(const Holder& it, const py::object& path,
           bool (RecognitionModelHMM::*writer)(const std::string&) const) {
-    const std::string file = pathFrom(path);
     const std::shared_ptr<const OwnedModel> state = it.state;
     requireStorable(*state);
     if (!state->combined) throw py::value_error("found no combined model, expected `initialize`");
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = (state->model.*writer)(file);
-    }
-    requireWritten(done, file);
+    writeFile(path, [&](const std::string& file) { return (state->model.*writer)(file); });
 }
 
 std::vector<std::string> read(Holder& it, const py::object& path) {
@@ -192,9 +188,8 @@ std::vector<std::string> read(Holder& it, const py::object& path) {
     const bool found = it.changed([&](RecognitionModelHMM& model) {
         return model.read(file, [&](const std::string& name) { names.push_back(name); });
     });
-    if (found) return names;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    requireOpened(found, file);
+    return names;
 }
 
 void loadPrinting(Holder& it, const py::object& path) {
@@ -204,9 +199,7 @@ void loadPrinting(Holder& it, const py::object& path) {
     printing([&] { found = after->model.load(file.c_str()); });
     after->adopt();
     it.state = after;
-    if (found) return;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    requireOpened(found, file);
 }
 
 py::object modelObject(const HMM& model) {
@@ -425,10 +418,7 @@ void addRecognitionModel(py::module_& module) {
             .format(textOf(it.state->model.name), it.state->gestures.size(),
                     it.state->model.numStates, it.state->combined ? "" : ", not built");
     });
-    model.def("__copy__", [](const Holder& it) { return Holder(it); });
-    model.def(
-        "__deepcopy__", [](const Holder& it, const py::dict&) { return Holder(it); },
-        py::arg("memo"));
+    addCopies(model);
     model.def(py::pickle(&stateOfHolder, &restored));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Files.h"
 
 #include <veskkit/io/TraceFiles.h>
 #include <veskkit/synthesis/TraceSynthesizer.h>
