@@ -207,6 +207,7 @@ std::vector<std::vector<int>> unpackedSequences(const py::tuple& state) {
 
 py::tuple packed(const std::vector<Points>& traces) {
     std::vector<std::size_t> lengths;
+    lengths.reserve(traces.size());
     for (const Points& points : traces) lengths.push_back(points.size());
     const std::size_t total = std::accumulate(lengths.begin(), lengths.end(), std::size_t{0});
     py::array_t<double> all({static_cast<py::ssize_t>(total), py::ssize_t{2}});
