@@ -45,7 +45,9 @@ def workers(n_jobs: int | None, *shared: Any) -> Iterator[Callable[[Sequence[Nam
     """
     with ExitStack() as stack:
         backend = get_active_backend()[0]
-        if shared and _is_cluster(backend):
+        if not spreads(n_jobs):
+            stack.enter_context(parallel_backend("sequential"))
+        elif shared and _is_cluster(backend):
             stack.enter_context(
                 parallel_backend(
                     "dask", client=backend.client, scatter=shared, **backend.submit_kwargs
