@@ -5,9 +5,8 @@
 namespace Vesk::Python {
 namespace {
 
-void require(bool done, const std::string& file, const char* otherwise) {
-    if (done) return;
-    PyErr_SetObject(PyExc_OSError, textOf(file + ": " + otherwise).ptr());
+[[noreturn]] void refuse(PyObject* kind, const std::string& text) {
+    PyErr_SetObject(kind, textOf(text).ptr());
     throw py::error_already_set();
 }
 
@@ -20,11 +19,15 @@ std::string pathFrom(const py::object& path) {
 }
 
 void requireWritten(bool written, const std::string& file) {
-    require(written, file, "could not be written");
+    if (!written) refuse(PyExc_OSError, file + ": could not be written");
 }
 
 void requireOpened(bool opened, const std::string& file) {
-    require(opened, file, "could not be opened");
+    if (!opened) refuse(PyExc_OSError, file + ": could not be opened");
+}
+
+void throwTooLarge(const std::string& file) {
+    refuse(PyExc_MemoryError, file + ": declares more than fits into memory or has numbers for");
 }
 
 }  // namespace Vesk::Python

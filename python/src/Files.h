@@ -3,6 +3,7 @@
 
 #include <pybind11/pybind11.h>
 
+#include <new>
 #include <string>
 
 namespace Vesk::Python {
@@ -13,6 +14,9 @@ std::string pathFrom(const pybind11::object& path);
 /// OSError, naming the file, where it was not `written` or `opened`.
 void requireWritten(bool written, const std::string& file);
 void requireOpened(bool opened, const std::string& file);
+
+/// MemoryError, naming the file: what it declares does not fit into memory or into itself.
+[[noreturn]] void throwTooLarge(const std::string& file);
 
 /// Calls `write` with the path of a file, without the interpreter's lock, and requires it done.
 template <typename Write>
@@ -31,9 +35,11 @@ template <typename Read>
 void readFile(const pybind11::object& path, Read read) {
     const std::string file = pathFrom(path);
     bool done = false;
-    {
+    try {
         const pybind11::gil_scoped_release unlocked;
         done = read(file);
+    } catch (const std::bad_alloc&) {
+        throwTooLarge(file);
     }
     requireOpened(done, file);
 }

@@ -9,6 +9,8 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <functional>
 #include <list>
 #include <utility>
 
@@ -25,12 +27,15 @@ void requireSize(std::int64_t n) {
     throw py::value_error("codebook size: found " + std::to_string(n) + ", expected 0 to 1000000");
 }
 
+/// Traces to learn from: each has to have a direction.
 std::list<Points> traceList(py::handle traces) {
     std::vector<Points> points = pointListFrom(traces, "traces");
     for (std::size_t i = 0; i < points.size(); ++i) {
-        if (!points[i].empty()) continue;
+        const Points& trace = points[i];
+        const auto step = std::adjacent_find(trace.begin(), trace.end(), std::not_equal_to<>());
+        if (step != trace.end()) continue;
         throw py::value_error("traces[" + std::to_string(i) +
-                              "]: found no positions, expected at least 2");
+                              "]: found no step, expected at least 2 different positions");
     }
     return {std::make_move_iterator(points.begin()), std::make_move_iterator(points.end())};
 }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace Vesk::Python {
@@ -185,9 +186,14 @@ void save(const Holder& it, const py::object& path,
 std::vector<std::string> read(Holder& it, const py::object& path) {
     const std::string file = pathFrom(path);
     std::vector<std::string> names;
-    const bool found = it.changed([&](RecognitionModelHMM& model) {
-        return model.read(file, [&](const std::string& name) { names.push_back(name); });
-    });
+    bool found = false;
+    try {
+        found = it.changed([&](RecognitionModelHMM& model) {
+            return model.read(file, [&](const std::string& name) { names.push_back(name); });
+        });
+    } catch (const std::bad_alloc&) {
+        throwTooLarge(file);
+    }
     requireOpened(found, file);
     return names;
 }

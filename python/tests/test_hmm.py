@@ -202,6 +202,14 @@ def test_a_damaged_file_makes_no_model_that_harms(tmp_path):
     pickle.loads(pickle.dumps(model))
 
 
+def test_a_file_that_declares_too_much_is_named(tmp_path):
+    path = tmp_path / "huge.hmm"
+    path.write_text("x\n100000 100000 1\n1 2")
+    for load in (vesk.HMM.load, vesk.LeftRightHMM.load):
+        with pytest.raises(MemoryError, match="huge.hmm: declares more"):
+            load(path)
+
+
 def test_sampling_stays_in_the_vocabulary():
     model = coin()
     sequence = model.gen_seq(50)
