@@ -15,8 +15,8 @@ def study(traces):
     """Per user (name, traces, and shares of models and templates: likeliest right, wrong)."""
     rows = []
     for training, test in LeaveOneGroupOut().split(traces.X, traces.y, traces.groups):
-        X, y = [traces.X[i] for i in training], traces.y[training]
-        asked, right = [traces.X[i] for i in test], traces.y[test]
+        X, y = traces.X[training], traces.y[training]
+        asked, right = traces.X[test], traces.y[test]
         model = vesk.GestureClassifier().fit(X, y, groups=traces.groups[training])
         answers = model.predict(asked)
         likeliest = model.classes_[model.decision_function(asked).argmax(axis=1)]

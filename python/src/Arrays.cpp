@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 
 namespace Vesk::Python {
@@ -78,6 +79,12 @@ std::vector<std::size_t> lengthsFrom(const py::handle& value, std::size_t total)
         left -= lengths.back();
     }
     return lengths;
+}
+
+/// Writes positions from `to` on, and returns where they end.
+double* copied(const Points& points, double* to) {
+    for (const std::vector<double>& point : points) to = std::copy_n(point.begin(), 2, to);
+    return to;
 }
 
 /// The items of anything that can be gone through.
@@ -166,8 +173,7 @@ py::array_t<double> arrayOf(const MatrixT<double>& values) {
 
 py::array_t<double> arrayOf(const Points& points) {
     py::array_t<double> array({static_cast<py::ssize_t>(points.size()), py::ssize_t{2}});
-    double* to = array.mutable_data();
-    for (const std::vector<double>& point : points) to = std::copy_n(point.begin(), 2, to);
+    copied(points, array.mutable_data());
     return array;
 }
 
@@ -200,13 +206,14 @@ std::vector<std::vector<int>> unpackedSequences(const py::tuple& state) {
 }
 
 py::tuple packed(const std::vector<Points>& traces) {
-    Points all;
     std::vector<std::size_t> lengths;
-    for (const Points& points : traces) {
-        all.insert(all.end(), points.begin(), points.end());
-        lengths.push_back(points.size());
-    }
-    return py::make_tuple(arrayOf(all), lengthsOf(lengths));
+    lengths.reserve(traces.size());
+    for (const Points& points : traces) lengths.push_back(points.size());
+    const std::size_t total = std::accumulate(lengths.begin(), lengths.end(), std::size_t{0});
+    py::array_t<double> all({static_cast<py::ssize_t>(total), py::ssize_t{2}});
+    double* to = all.mutable_data();
+    for (const Points& points : traces) to = copied(points, to);
+    return py::make_tuple(all, lengthsOf(lengths));
 }
 
 std::vector<Points> unpackedPoints(const py::tuple& state) {
@@ -228,20 +235,6 @@ py::str textOf(const std::string& bytes) {
 
 std::string bytesFrom(const py::str& text) {
     return py::bytes(text.attr("encode")("utf-8", "surrogateescape"));
-}
-
-std::string pathFrom(const py::object& path) {
-    const std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
-    if (bytes.find('\0') != std::string::npos) {
-        refuse("path", "a null character", "the name of a file");
-    }
-    return bytes;
-}
-
-void requireWritten(bool done, const std::string& path) {
-    if (done) return;
-    PyErr_SetObject(PyExc_OSError, textOf(path + ": could not be written").ptr());
-    throw py::error_already_set();
 }
 
 }  // namespace Vesk::Python

@@ -57,12 +57,6 @@ std::vector<Vesk::Kit::Points> unpackedPoints(const py::tuple& state);
 py::str textOf(const std::string& bytes);
 std::string bytesFrom(const py::str& text);
 
-/// A path: str, bytes or anything with `__fspath__`.
-std::string pathFrom(const py::object& path);
-
-/// OSError, naming the path, where it is not `done`.
-void requireWritten(bool done, const std::string& path);
-
 }  // namespace Vesk::Python
 
 #endif

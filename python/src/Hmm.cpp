@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
 #include "Printed.h"
 
 #include <veskkit/recognition/ModelCheck.h>
@@ -72,14 +73,14 @@ void requireIterations(int maxIterations) {
                           ", expected at least 0");
 }
 
+std::vector<int> observationFor(const HMM& model, py::handle observation) {
+    return symbolsFrom(observation, "observation", symbolsOf(model));
+}
+
 namespace {
 
 using Table = MatrixT<double>;
 using Symbols = Vesk::Math::VectorT<int>;
-
-Symbols observationFor(const HMM& model, py::handle observation) {
-    return symbolsFrom(observation, "observation", symbolsOf(model));
-}
 
 /// Calls a member function on a snapshot and a whole observation, without the lock.
 template <typename Result>
@@ -89,6 +90,17 @@ Result evaluated(const HMM& model, py::handle observation, Result (HMM::*functio
     HMM snapshot(model);
     const py::gil_scoped_release unlocked;
     return (snapshot.*function)(std::move(symbols), T);
+}
+
+py::array_t<double> likelihoodsOf(const HMM& model, py::handle sequences) {
+    const auto list = sequencesFrom(sequences, "sequences", symbolsOf(model));
+    const HMM snapshot(model);
+    std::vector<double> found;
+    {
+        const py::gil_scoped_release unlocked;
+        found = snapshot.likelihoods(list);
+    }
+    return arrayOf(found);
 }
 
 py::tuple viterbi(const HMM& model, py::handle observation) {
@@ -142,42 +154,6 @@ py::array_t<int> sampled(HMM& model, int length) {
     }
     model.needsSeed = snapshot.needsSeed;
     return arrayOf(sequence);
-}
-
-void trainOnOne(HMM& model, py::handle observation, int maxIterations) {
-    requireIterations(maxIterations);
-    Symbols symbols = observationFor(model, observation);
-    const auto T = static_cast<int>(symbols.size());
-    HMM snapshot(model);
-    {
-        const py::gil_scoped_release unlocked;
-        snapshot.baumWelch(std::move(symbols), T, maxIterations);
-    }
-    model = std::move(snapshot);
-}
-
-void saveModel(const HMM& model, const py::object& path) {
-    const std::string file = pathFrom(path);
-    requireStorableName(model.name);
-    const HMM snapshot(model);
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = snapshot.save(file);
-    }
-    requireWritten(done, file);
-}
-
-std::shared_ptr<HMM> loadedModel(const py::object& path) {
-    const std::string file = pathFrom(path);
-    std::shared_ptr<HMM> model;
-    {
-        const py::gil_scoped_release unlocked;
-        model.reset(Vesk::ML::load(file.c_str()));
-    }
-    if (model) return model;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
 }
 
 std::string dumpOf(const HMM& model) {
@@ -249,6 +225,10 @@ void addEvaluation(Class& model) {
         py::arg("observation"),
         "P(observation), from the forward pass; 0 without symbols. Underflows for long ones.");
     model.def(
+        "likelihoods", &likelihoodsOf, py::arg("sequences"),
+        "(n,): P of each of n sequences of symbols, as `forward_probability`; faster than one "
+        "by one.");
+    model.def(
         "backward_probability",
         [](const HMM& it, py::handle o) { return evaluated(it, o, &HMM::backwardProbability); },
         py::arg("observation"), "P(observation), from the backward pass; 0 without symbols.");
@@ -283,7 +263,7 @@ void addHmm(py::module_& module) {
               py::arg("num_states"), py::arg("vocab_size"), py::arg("dimension") = 1);
     addFields(model);
     addEvaluation(model);
-    model.def("baum_welch", &trainOnOne, py::arg("observation"), py::arg("max_iterations"),
+    model.def("baum_welch", &trainOnOne<HMM>, py::arg("observation"), py::arg("max_iterations"),
               "Re-estimates pi, a and b from (T,) symbols, at most `max_iterations` times. New "
               "emissions are odds, not probabilities.");
     model.def(
@@ -301,16 +281,15 @@ void addHmm(py::module_& module) {
         "print", [](HMM& it) { py::print(dumpOf(it), py::arg("end") = ""); },
         "Prints the model for people to read, three digits a number.");
     model.def("dump", &dumpOf, "What `print` prints, as text.");
-    model.def("save", &saveModel, py::arg("path"),
+    model.def("save", &saveModel<HMM>, py::arg("path"),
               "Writes the model's text file, six digits a number. OSError where it cannot.");
-    model.def_static("load", &loadedModel, py::arg("path"),
-                     "The model of a file; values that cannot be read are 0. OSError where it "
-                     "cannot be opened.");
+    model.def_static(
+        "load", [](const py::object& path) { return loadedModel<HMM>(path, &Vesk::ML::load); },
+        py::arg("path"),
+        "The model of a file; values that cannot be read are 0. OSError where it "
+        "cannot be opened.");
     model.def("__repr__", &reprOf);
-    model.def("__copy__", [](const HMM& it) { return std::make_shared<HMM>(it); });
-    model.def(
-        "__deepcopy__", [](const HMM& it, const py::dict&) { return std::make_shared<HMM>(it); },
-        py::arg("memo"));
+    addCopies(model);
     model.def(py::pickle([](const HMM& it) { return stateOf(it); },
                          [](const py::tuple& state) {
                              auto restored = std::make_shared<HMM>(1, 1);

@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
 #include "Hmm.h"
 #include "Printed.h"
 
@@ -28,21 +29,6 @@ Sequences sequencesFor(const LeftRightHMM& model, py::handle sequences) {
     return sequencesFrom(sequences, "sequences", symbolsOf(model));
 }
 
-Sequences observedBy(const LeftRightHMM& model, py::handle observation) {
-    return {symbolsFrom(observation, "observation", symbolsOf(model))};
-}
-
-/// Changes a copy without the lock and puts it in place.
-template <typename Change>
-void changed(LeftRightHMM& model, Change change) {
-    LeftRightHMM snapshot(model);
-    {
-        const py::gil_scoped_release unlocked;
-        change(snapshot);
-    }
-    model = std::move(snapshot);
-}
-
 std::shared_ptr<LeftRightHMM> made(int numStates, int vocabSize, int delta,
                                    const py::object& sequences) {
     requireSizes(numStates, vocabSize, 1);
@@ -61,7 +47,7 @@ void setStateSymbols(LeftRightHMM& model, py::handle value) {
 }
 
 py::tuple scaledForward(const LeftRightHMM& model, py::handle observation) {
-    std::vector<int> symbols = observedBy(model, observation)[0];
+    std::vector<int> symbols = observationFor(model, observation);
     const auto T = static_cast<int>(symbols.size());
     std::vector<double> scale(symbols.size());
     LeftRightHMM snapshot(model);
@@ -75,7 +61,7 @@ py::tuple scaledForward(const LeftRightHMM& model, py::handle observation) {
 
 py::array_t<double> scaledBackward(const LeftRightHMM& model, py::handle observation,
                                    py::handle scale) {
-    std::vector<int> symbols = observedBy(model, observation)[0];
+    std::vector<int> symbols = observationFor(model, observation);
     const auto T = static_cast<int>(symbols.size());
     std::vector<double> factors = vectorFrom(scale, "scale", T);
     LeftRightHMM snapshot(model);
@@ -87,8 +73,21 @@ py::array_t<double> scaledBackward(const LeftRightHMM& model, py::handle observa
     return arrayOf(beta);
 }
 
+py::tuple scaledLikelihood(const LeftRightHMM& model, py::handle observation) {
+    std::vector<int> symbols = observationFor(model, observation);
+    const auto T = static_cast<int>(symbols.size());
+    std::vector<double> scale(symbols.size());
+    LeftRightHMM snapshot(model);
+    double found = 0.0;
+    {
+        const py::gil_scoped_release unlocked;
+        found = snapshot.forwardProbabilityWithScale(std::move(symbols), T, scale);
+    }
+    return py::make_tuple(found, arrayOf(scale));
+}
+
 double logLikelihood(const LeftRightHMM& model, py::handle observation) {
-    const std::vector<int> symbols = observedBy(model, observation)[0];
+    const std::vector<int> symbols = observationFor(model, observation);
     const LeftRightHMM snapshot(model);
     const py::gil_scoped_release unlocked;
     return snapshot.logLikelihood(symbols);
@@ -115,38 +114,6 @@ void trainPrinting(LeftRightHMM& model, py::handle sequences, int maxIterations)
     LeftRightHMM snapshot(model);
     printing([&] { snapshot.baumWelchMultiple(training, maxIterations); });
     model = std::move(snapshot);
-}
-
-void trainOnOne(LeftRightHMM& model, py::handle observation, int maxIterations) {
-    requireIterations(maxIterations);
-    const std::vector<int> symbols = observedBy(model, observation)[0];
-    changed(model, [&](LeftRightHMM& it) {
-        it.baumWelch(symbols, static_cast<int>(symbols.size()), maxIterations);
-    });
-}
-
-void saveModel(const LeftRightHMM& model, const py::object& path) {
-    const std::string file = pathFrom(path);
-    requireStorableName(model.name);
-    const LeftRightHMM snapshot(model);
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = snapshot.save(file);
-    }
-    requireWritten(done, file);
-}
-
-std::shared_ptr<LeftRightHMM> loadedModel(const py::object& path) {
-    const std::string file = pathFrom(path);
-    std::shared_ptr<LeftRightHMM> model;
-    {
-        const py::gil_scoped_release unlocked;
-        model.reset(Vesk::ML::loadLR(file.c_str()));
-    }
-    if (model) return model;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
 }
 
 void addStep(py::module_& module) {
@@ -228,9 +195,13 @@ void addLeftRightHmm(py::module_& module) {
               "P(symbol t | those before).");
     model.def("backward_proc_with_scale", &scaledBackward, py::arg("observation"), py::arg("scale"),
               "beta, (N, T), with the forward pass's scale factors (T,).");
+    model.def(
+        "forward_probability_with_scale", &scaledLikelihood, py::arg("observation"),
+        "(ln P(observation), scale (T,)): the sum of the factors' logarithms, and the factors.");
     model.def("log_likelihood", &logLikelihood, py::arg("observation"),
               "ln P(observation); minus infinity where it is impossible, 0 without symbols.");
-    model.def("baum_welch", &trainOnOne, py::arg("observation"), py::arg("max_iterations"),
+    model.def("baum_welch", &trainOnOne<LeftRightHMM>, py::arg("observation"),
+              py::arg("max_iterations"),
               "Trains on (T,) symbols with unscaled tables while the likelihood grows.");
     model.def("train_multiple", &trained, py::arg("sequences"), py::arg("max_iterations"),
               py::arg("observer") = py::none(),
@@ -238,17 +209,15 @@ void addLeftRightHmm(py::module_& module) {
               "with each; False from it ends the training.");
     model.def("baum_welch_multiple", &trainPrinting, py::arg("sequences"),
               py::arg("max_iterations"), "`train_multiple` that prints its log likelihoods.");
-    model.def("save", &saveModel, py::arg("path"),
+    model.def("save", &saveModel<LeftRightHMM>, py::arg("path"),
               "Writes the left-right file, six digits a number. OSError where it cannot.");
-    model.def_static("load", &loadedModel, py::arg("path"),
-                     "The model of a file; values that cannot be read are 0. OSError where it "
-                     "cannot be opened.");
-    model.def("__copy__",
-              [](const LeftRightHMM& it) { return std::make_shared<LeftRightHMM>(it); });
-    model.def(
-        "__deepcopy__",
-        [](const LeftRightHMM& it, const py::dict&) { return std::make_shared<LeftRightHMM>(it); },
-        py::arg("memo"));
+    model.def_static(
+        "load",
+        [](const py::object& path) { return loadedModel<LeftRightHMM>(path, &Vesk::ML::loadLR); },
+        py::arg("path"),
+        "The model of a file; values that cannot be read are 0. OSError where it "
+        "cannot be opened.");
+    addCopies(model);
     model.def(py::pickle([](const LeftRightHMM& it) { return stateOf(it); },
                          [](const py::tuple& state) {
                              return std::make_shared<LeftRightHMM>(leftRightFrom(state));

@@ -1,5 +1,7 @@
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
+#include "Files.h"
 #include "Printed.h"
 
 #include <vesk/quantizer/ProximityFilter.h>
@@ -7,6 +9,8 @@
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
+#include <functional>
 #include <list>
 #include <utility>
 
@@ -23,12 +27,15 @@ void requireSize(std::int64_t n) {
     throw py::value_error("codebook size: found " + std::to_string(n) + ", expected 0 to 1000000");
 }
 
+/// Traces to learn from: each has to have a direction.
 std::list<Points> traceList(py::handle traces) {
     std::vector<Points> points = pointListFrom(traces, "traces");
     for (std::size_t i = 0; i < points.size(); ++i) {
-        if (!points[i].empty()) continue;
+        const Points& trace = points[i];
+        const auto step = std::adjacent_find(trace.begin(), trace.end(), std::not_equal_to<>());
+        if (step != trace.end()) continue;
         throw py::value_error("traces[" + std::to_string(i) +
-                              "]: found no positions, expected at least 2");
+                              "]: found no step, expected at least 2 different positions");
     }
     return {std::make_move_iterator(points.begin()), std::make_move_iterator(points.end())};
 }
@@ -95,27 +102,14 @@ py::array_t<double> trainedPrinting(VectorQuantizer2D& it, py::handle traces, fl
 }
 
 void save(const VectorQuantizer2D& it, const py::object& path) {
-    const std::string file = pathFrom(path);
     const VectorQuantizer2D snapshot(it);
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = snapshot.save(file);
-    }
-    requireWritten(done, file);
+    writeFile(path, [&](const std::string& file) { return snapshot.save(file); });
 }
 
 VectorQuantizer2D loaded(const py::object& path) {
-    const std::string file = pathFrom(path);
     VectorQuantizer2D quantizer;
-    bool found = false;
-    {
-        const py::gil_scoped_release unlocked;
-        found = quantizer.loadCodebook(file.c_str());
-    }
-    if (found) return quantizer;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    readFile(path, [&](const std::string& file) { return quantizer.loadCodebook(file.c_str()); });
+    return quantizer;
 }
 
 py::array_t<double> filtered(py::handle trace, double threshold) {
@@ -202,11 +196,7 @@ void addQuantizer(py::module_& module) {
         return py::str("<VectorQuantizer2D: {} directions{}>")
             .format(it.codebookSize, it.codebookReady ? "" : ", not ready");
     });
-    quantizer.def("__copy__", [](const VectorQuantizer2D& it) { return VectorQuantizer2D(it); });
-    quantizer.def(
-        "__deepcopy__",
-        [](const VectorQuantizer2D& it, const py::dict&) { return VectorQuantizer2D(it); },
-        py::arg("memo"));
+    addCopies(quantizer);
     quantizer.def(py::pickle(
         [](const VectorQuantizer2D& it) {
             return py::make_tuple(it.codebookReady, it.codebookSize, arrayOf(it.codebook));

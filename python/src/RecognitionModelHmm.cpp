@@ -1,5 +1,7 @@
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Copies.h"
+#include "Files.h"
 #include "Hmm.h"
 #include "LeftRightHmm.h"
 #include "Printed.h"
@@ -11,6 +13,7 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace Vesk::Python {
@@ -174,27 +177,25 @@ void requireStorable(const OwnedModel& it) {
 
 void save(const Holder& it, const py::object& path,
           bool (RecognitionModelHMM::*writer)(const std::string&) const) {
-    const std::string file = pathFrom(path);
     const std::shared_ptr<const OwnedModel> state = it.state;
     requireStorable(*state);
     if (!state->combined) throw py::value_error("found no combined model, expected `initialize`");
-    bool done = false;
-    {
-        const py::gil_scoped_release unlocked;
-        done = (state->model.*writer)(file);
-    }
-    requireWritten(done, file);
+    writeFile(path, [&](const std::string& file) { return (state->model.*writer)(file); });
 }
 
 std::vector<std::string> read(Holder& it, const py::object& path) {
     const std::string file = pathFrom(path);
     std::vector<std::string> names;
-    const bool found = it.changed([&](RecognitionModelHMM& model) {
-        return model.read(file, [&](const std::string& name) { names.push_back(name); });
-    });
-    if (found) return names;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    bool found = false;
+    try {
+        found = it.changed([&](RecognitionModelHMM& model) {
+            return model.read(file, [&](const std::string& name) { names.push_back(name); });
+        });
+    } catch (const std::bad_alloc&) {
+        throwTooLarge(file);
+    }
+    requireOpened(found, file);
+    return names;
 }
 
 void loadPrinting(Holder& it, const py::object& path) {
@@ -204,9 +205,7 @@ void loadPrinting(Holder& it, const py::object& path) {
     printing([&] { found = after->model.load(file.c_str()); });
     after->adopt();
     it.state = after;
-    if (found) return;
-    PyErr_SetString(PyExc_OSError, (file + ": could not be opened").c_str());
-    throw py::error_already_set();
+    requireOpened(found, file);
 }
 
 py::object modelObject(const HMM& model) {
@@ -425,10 +424,7 @@ void addRecognitionModel(py::module_& module) {
             .format(textOf(it.state->model.name), it.state->gestures.size(),
                     it.state->model.numStates, it.state->combined ? "" : ", not built");
     });
-    model.def("__copy__", [](const Holder& it) { return Holder(it); });
-    model.def(
-        "__deepcopy__", [](const Holder& it, const py::dict&) { return Holder(it); },
-        py::arg("memo"));
+    addCopies(model);
     model.def(py::pickle(&stateOfHolder, &restored));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Files.h"
 #include "Traces.h"
 
 #include <veskkit/io/ModelFile.h>

@@ -2,6 +2,7 @@
 
 #include "Arrays.h"
 #include "Bindings.h"
+#include "Files.h"
 
 #include <veskkit/io/TraceFiles.h>
 #include <veskkit/synthesis/TraceSynthesizer.h>
@@ -29,18 +30,19 @@ std::vector<std::string> textsFrom(const py::object& values, const char* what,
                           " of them, expected " + std::to_string(expected) + ", one a trace");
 }
 
-/// (list of points, list of labels, list of users)
-py::tuple listsOf(const std::vector<Trace>& traces) {
-    py::list points;
+/// (positions (P, 2), lengths (n,), list of labels, list of users)
+py::tuple arraysOf(std::vector<Trace> traces) {
+    std::vector<Points> points;
     py::list labels;
     py::list users;
-    for (const Trace& trace : traces) {
+    for (Trace& trace : traces) {
         Vesk::Kit::requireUsablePoints(trace);
-        points.append(arrayOf(trace.points));
+        points.push_back(std::move(trace.points));
         labels.append(textOf(trace.gesture));
         users.append(textOf(trace.user));
     }
-    return py::make_tuple(points, labels, users);
+    const py::tuple arrays = packed(points);
+    return py::make_tuple(arrays[0], arrays[1], labels, users);
 }
 
 py::tuple read(const py::object& path) {
@@ -50,7 +52,7 @@ py::tuple read(const py::object& path) {
         const py::gil_scoped_release unlocked;
         traces = Vesk::Kit::readTraces(file);
     }
-    return listsOf(traces);
+    return arraysOf(std::move(traces));
 }
 
 py::tuple generated(int users, int repetitions, std::uint64_t seed, double unsteadiness) {
@@ -66,7 +68,7 @@ py::tuple generated(int users, int repetitions, std::uint64_t seed, double unste
             }
         }
     }
-    return listsOf(traces);
+    return arraysOf(std::move(traces));
 }
 
 py::array_t<double> resampled(py::handle trace, int points, bool flipY) {
@@ -97,8 +99,10 @@ std::vector<Trace> tracesFrom(py::handle points, const py::object& labels,
 
 void addTraces(py::module_& module) {
     module.def("read_traces", &read, py::arg("path"),
-               "(points, labels, users) of a file or folder of traces: lists of arrays (P, 2), "
-               "texts and texts.");
+               "(positions (P, 2), lengths (n,), labels, users) of a file or folder of traces.");
+    module.def(
+        "pack_traces", [](py::handle points) { return packed(pointListFrom(points, "X")); },
+        py::arg("X"), "(positions (P, 2), lengths (n,)) of traces, arrays (P, 2).");
     module.def("generate_traces", &generated, py::arg("users"), py::arg("repetitions"),
                py::arg("seed"), py::arg("unsteadiness") = 1.0,
                "Synthetic traces of a dozen gestures, as read_traces has them.");

@@ -20,9 +20,7 @@ def drawn():
 def few(drawn):
     """Traces of three gestures only."""
     chosen = np.isin(drawn.y, ["circle", "star", "triangle"])
-    return vesk.Traces(
-        [x for x, keep in zip(drawn.X, chosen) if keep], drawn.y[chosen], drawn.groups[chosen]
-    )
+    return vesk.Traces(*(part[chosen] for part in drawn))
 
 
 @pytest.fixture(scope="session")

@@ -76,12 +76,12 @@ class Cluster:
     def __exit__(self, *_):
         self.running.close()
 
-    def kill_one_at_work(self, log, over):
-        """Kills a worker in the middle of a task, once two others are done; not once it is over."""
+    def kill_one_at_work(self, what, log, over):
+        """Kills a worker in the middle of a task whose name has `what`, once two others are done."""
         seen = set()
         while not over.is_set():
             working = {
-                address: {str(key) for key in keys if "train" in str(key)}
+                address: {str(key) for key in keys if what in str(key)}
                 for address, keys in self.client.processing().items()
             }
             now = set().union(*working.values())

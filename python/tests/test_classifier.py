@@ -111,6 +111,16 @@ def test_fits_the_same_again(few):
     assert quick(threads=2).fit(few.X, few.y).recognizer_.text() == first
 
 
+def test_nothing_is_drawn_at_random(few):
+    texts = set()
+    for seed in (1, 2):
+        np.random.seed(seed)
+        state = np.random.get_state()[1].tobytes()
+        texts.add(vesk.GestureClassifier(discrimination=2).fit(few.X, few.y).recognizer_.text())
+        assert np.random.get_state()[1].tobytes() == state
+    assert len(texts) == 1
+
+
 def test_pickles(fitted, drawn):
     twin = pickle.loads(pickle.dumps(fitted))
     assert twin.recognizer_.text() == fitted.recognizer_.text()

@@ -1,6 +1,7 @@
 """The general model: arrays in and out, refusals, pickles."""
 
 import copy
+import os
 import pickle
 
 import numpy as np
@@ -49,6 +50,16 @@ def test_posteriors_sum_to_one():
     assert sum(
         model.xi(i, j, 0, o, alpha, beta) for i in range(2) for j in range(2)
     ) == pytest.approx(1)
+
+
+def test_many_sequences_at_once_are_as_likely_as_one_by_one():
+    model = coin()
+    sequences = [[0, 1], [], [1, 1, 0, 0, 1]]
+    assert model.likelihoods(sequences).tolist() == [
+        model.forward_probability(o) for o in sequences]
+    assert model.likelihoods([]).shape == (0,)
+    with pytest.raises(ValueError, match=r"sequences\[1\]\[0\]: found the symbol 2"):
+        model.likelihoods([[0], [2]])
 
 
 def test_no_symbols():
@@ -165,6 +176,8 @@ def test_files(tmp_path):
     assert (vesk.HMM.load(str(tmp_path / "coin.hmm")).a == model.a).all()
     with pytest.raises(OSError, match="missing"):
         vesk.HMM.load(tmp_path / "missing")
+    with pytest.raises(OSError, match="missing"):
+        vesk.HMM.load(os.fsencode(tmp_path) + b"/missing\xff")
     with pytest.raises(OSError, match="no_folder"):
         model.save(tmp_path / "no_folder" / "coin.hmm")
     with pytest.raises(ValueError, match="null"):
@@ -187,6 +200,14 @@ def test_a_damaged_file_makes_no_model_that_harms(tmp_path):
             pass
     repr(model)
     pickle.loads(pickle.dumps(model))
+
+
+def test_a_file_that_declares_too_much_is_named(tmp_path):
+    path = tmp_path / "huge.hmm"
+    path.write_text("x\n100000 100000 1\n1 2")
+    for load in (vesk.HMM.load, vesk.LeftRightHMM.load):
+        with pytest.raises(MemoryError, match="huge.hmm: declares more"):
+            load(path)
 
 
 def test_sampling_stays_in_the_vocabulary():

@@ -68,6 +68,9 @@ def test_scaled_passes_agree_with_the_plain_ones():
     alpha, scale = model.forward_proc_with_scale(o)
     assert np.prod(scale) == pytest.approx(model.forward_probability(o))
     assert model.log_likelihood(o) == pytest.approx(np.log(model.forward_probability(o)))
+    likelihood, factors = model.forward_probability_with_scale(o)
+    assert likelihood == model.log_likelihood(o)
+    assert factors.tolist() == scale.tolist()
     beta = model.backward_proc_with_scale(o, scale)
     assert (alpha * beta * scale).sum(axis=0) == pytest.approx(np.ones(4))
 
@@ -78,6 +81,7 @@ def test_refuses_what_the_library_leaves_to_the_caller():
                  lambda: model.train_multiple([[0, -1]], 1), lambda: model.train_multiple(SEQUENCES, -1),
                  lambda: model.baum_welch_multiple([[7]], 1), lambda: model.train_multiple([0, 1], 1),
                  lambda: model.backward_proc_with_scale([0, 1], [1.0]),
+                 lambda: model.forward_probability_with_scale([3]),
                  lambda: model.forward_proc_with_scale([0.5]), lambda: model.train_multiple("01", 1),
                  lambda: vesk.LeftRightHMM(0, 3, 1), lambda: vesk.LeftRightHMM(2, 2, 1, [[2]])):
         with pytest.raises(ValueError):

@@ -79,8 +79,10 @@ def test_refuses_sizes_and_empty_codebooks():
     quantizer.codebook_size = 4
     with pytest.raises(ValueError):
         quantizer.quantize(CORNER, 0, False)
-    with pytest.raises(ValueError):
-        four().learn_codebook([np.zeros((0, 2))], 0)
+    for still in (np.zeros((0, 2)), CORNER[:1], np.ones((3, 2))):
+        for learn in (four().learn_codebook, four().train_codebook):
+            with pytest.raises(ValueError, match=r"traces\[1\]: found no step"):
+                learn([CORNER, still], 0)
     with pytest.raises(ValueError):
         four().codebook = [[0.0]]
 

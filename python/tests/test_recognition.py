@@ -122,6 +122,14 @@ def test_files(tmp_path, capfd):
         general.save(tmp_path / "x")
 
 
+def test_a_file_that_declares_too_much_is_named(tmp_path):
+    built().save(tmp_path / "a.model")
+    text = (tmp_path / "a.model").read_text().replace("\n4 4 1 0.5\n", "\n40000 40000 1 0.5\n")
+    (tmp_path / "huge.model").write_text(text)
+    with pytest.raises(MemoryError, match="huge.model: declares more"):
+        vesk.RecognitionModelHMM().read(tmp_path / "huge.model")
+
+
 def test_repr_and_dump():
     assert repr(built()) == "<RecognitionModelHMM 'pair': 2 gesture models, 4 states>"
     assert repr(vesk.RecognitionModelHMM()).endswith("not built>")

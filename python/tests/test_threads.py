@@ -67,7 +67,7 @@ def test_a_model_may_change_while_others_ask_it():
 
 
 def test_what_prints_does_so_from_several_threads(capfd):
-    model = vesk.HMM(1, 1)
+    model = vesk.HMM(60, 60)  # long enough for two to be at it at once
     text = model.dump()
     with ThreadPoolExecutor(4) as pool:
         list(pool.map(lambda _: model.print(), range(50)))

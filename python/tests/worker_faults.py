@@ -1,7 +1,9 @@
-"""Loaded by workers under test: makes tasks slow, or ends the worker at one."""
+"""Loaded by workers under test: makes tasks slow, ends the worker at one, counts what it is sent."""
 
 import os
 import time
+
+import traffic
 
 from vesk import _tasks
 

@@ -21,7 +21,7 @@ from vesk._plots import (
     plot_transitions,
 )
 from vesk._tasks import TaskError
-from vesk._traces import Traces, generate_traces, read_traces
+from vesk._traces import TraceList, Traces, generate_traces, read_traces
 from vesk._vesk import (
     HMM,
     CodebookTrainingEvent,
@@ -63,6 +63,7 @@ __all__ = [
     "SegmentationType",
     "TaskError",
     "TemplateMatcher",
+    "TraceList",
     "Traces",
     "TrainingStep",
     "VectorQuantizer2D",

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import warnings
+from collections.abc import Sequence
 from typing import Any
 
 import numpy as np
@@ -143,7 +144,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         return self
 
     def _spread(
-        self, traces: list[Any], names: list[str], users: list[str] | None
+        self, traces: Sequence[Any], names: list[str], users: list[str] | None
     ) -> tuple[_vesk.Recognizer, dict[str, Any]]:
         """The same training in tasks."""
         options = self.training_options() | {"threads": 1}
@@ -152,13 +153,14 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         for g in range(plan.gestures):
             task = plan.gesture_task(g)
             single.append(_tasks.NamedTask(f"train gesture {task.gesture}", task))
-        trained = _tasks.run(single, self.n_jobs)
-        together = []
-        for t in range(plan.trainings):
-            last = t + 1 == plan.trainings
-            title = "tell gestures apart" if last else f"calibrate without part {t + 1}"
-            together.append(_tasks.NamedTask(title, plan.tell_apart_task(t, trained)))
-        return plan.result(_tasks.run(together, self.n_jobs))
+        with _tasks.workers(self.n_jobs) as run:
+            trained = run(single)
+            together = []
+            for t in range(plan.trainings):
+                last = t + 1 == plan.trainings
+                title = "tell gestures apart" if last else f"calibrate without part {t + 1}"
+                together.append(_tasks.NamedTask(title, plan.tell_apart_task(t, trained)))
+            return plan.result(run(together))
 
     def predict(self, X: Any) -> Any:
         """(n,) labels; `reject_label_` where a trace is none of the gestures."""

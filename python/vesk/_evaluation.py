@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -9,6 +10,7 @@ from sklearn.model_selection import LeaveOneGroupOut, StratifiedKFold, check_cv
 
 from vesk import _labels, _tasks, _vesk
 from vesk._classifier import GestureClassifier
+from vesk._traces import TraceList, Traces
 
 
 class _FoldTask:
@@ -18,41 +20,38 @@ class _FoldTask:
         self.fold = fold
         self.how = how
 
-    def run(self, traces: list[Any], labels: Any, groups: Any) -> _vesk.Evaluation:
-        users = None if groups is None else _labels.texts(groups)
-        return _vesk.evaluate(traces, _labels.texts(labels), users, [self.fold], *self.how)
+    def run(self, traces: Traces) -> _vesk.Evaluation:
+        X, y, users = traces
+        return _vesk.evaluate(X, y, users, [self.fold], *self.how)
 
 
-def _folds(X: list[Any], y: Any, groups: Any, cv: Any) -> list[tuple[Any, Any]]:
+def _prepared(
+    classifier: GestureClassifier | None, X: Any, y: Any, groups: Any, cv: Any, n_jobs: int | None
+) -> tuple[Traces, list[tuple[Any, Any]], dict[str, Any]]:
+    """What all folds' tasks share, the places of each fold's traces, the options of training."""
+    listed, labels = _labels.checked(X, y)
     if cv is None:
         cv = StratifiedKFold(5, shuffle=True, random_state=0)
         if groups is not None:
             cv = LeaveOneGroupOut()
-    places = np.arange(len(X))
-    return list(check_cv(cv, y, classifier=True).split(places, y, groups))
+    splitter = check_cv(cv, labels, classifier=True)
+    folds = list(splitter.split(np.arange(len(listed)), labels, groups))
+    users = None if groups is None else np.array(_labels.texts(groups))
+    traces = Traces(TraceList(listed), np.array(_labels.texts(labels)), users)
+    options = (classifier or GestureClassifier()).training_options()
+    if _tasks.spreads(n_jobs):
+        options["threads"] = 1
+    return traces, folds, options
 
 
 def _evaluated(
-    data: tuple[list[Any], Any, Any],
-    folds: list[tuple[Any, Any]],
-    how: tuple[Any, ...],
-    n_jobs: int | None,
+    run: Callable[[list[_tasks.NamedTask]], Any], folds: list[tuple[Any, Any]], *how: Any
 ) -> _vesk.Evaluation:
     tasks = [
         _tasks.NamedTask(f"evaluate fold {f + 1}", _FoldTask(fold, how))
         for f, fold in enumerate(folds)
     ]
-    return _vesk.join_evaluations(_tasks.run(tasks, n_jobs, *data))
-
-
-def _prepared(
-    classifier: GestureClassifier | None, X: Any, y: Any, n_jobs: int | None
-) -> tuple[list[Any], Any, dict[str, Any]]:
-    traces, labels = _labels.checked(X, y)
-    options = (classifier or GestureClassifier()).training_options()
-    if _tasks.spreads(n_jobs):
-        options["threads"] = 1
-    return traces, labels, options
+    return _vesk.join_evaluations(run(tasks))
 
 
 def evaluate(
@@ -72,10 +71,9 @@ def evaluate(
     turn, or five stratified folds. `unknown_gestures`: each gesture is also taken for unknown in
     turn. A fold is one joblib task. The same at any number of processes.
     """
-    traces, labels, options = _prepared(classifier, X, y, n_jobs)
-    folds = _folds(traces, labels, groups, cv)
-    how = (options, unknown_gestures, templates)
-    return _evaluated((traces, labels, groups), folds, how, n_jobs)
+    traces, folds, options = _prepared(classifier, X, y, groups, cv, n_jobs)
+    with _tasks.workers(n_jobs, traces) as run:
+        return _evaluated(run, folds, options, unknown_gestures, templates)
 
 
 def tune(
@@ -96,14 +94,14 @@ def tune(
     share correct, share of unknown gestures accepted, whether adopted), and the best one's
     evaluation.
     """
-    traces, labels, start = _prepared(classifier, X, y, n_jobs)
-    folds = _folds(traces, labels, groups, cv)
-
-    def tried(options: dict[str, Any]) -> _vesk.Evaluation:
-        how = (options, True, False)
-        return _evaluated((traces, labels, groups), folds, how, n_jobs)
-
-    options, trials, evaluation = _vesk.tune(tried, start, false_accept, rounds)
+    traces, folds, start = _prepared(classifier, X, y, groups, cv, n_jobs)
+    with _tasks.workers(n_jobs, traces) as run:
+        options, trials, evaluation = _vesk.tune(
+            lambda options: _evaluated(run, folds, options, True, False),
+            start,
+            false_accept,
+            rounds,
+        )
     found = GestureClassifier()
     if classifier is not None:
         found.set_params(**classifier.get_params(deep=False))

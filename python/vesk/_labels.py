@@ -2,11 +2,14 @@
 
 from __future__ import annotations
 
+from collections.abc import Sequence
 from typing import Any
 
 import numpy as np
 from sklearn.utils import column_or_1d
 from sklearn.utils.multiclass import check_classification_targets
+
+from vesk._traces import TraceList
 
 
 def texts(y: Any) -> list[str]:
@@ -14,15 +17,14 @@ def texts(y: Any) -> list[str]:
     return [str(label) for label in y]
 
 
-def checked(X: Any, y: Any) -> tuple[list[Any], Any]:
-    """X as a list and y as an array of as many labels."""
+def checked(X: Any, y: Any) -> tuple[Sequence[Any], Any]:
+    """X as a list of traces and y as an array of as many labels."""
     if y is None:
         raise ValueError(
             "requires y to be passed, but the target y is None: found no labels, expected one a "
             "trace"
         )
-    # A list stays the object that it is: a backend may have handed it over already.
-    traces = X if isinstance(X, list) else list(X)
+    traces = X if isinstance(X, TraceList) else list(X)
     if not traces:
         raise ValueError("X: found no traces, expected at least 1")
     labels = np.asarray(y)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""Checks that dependencies under src/ and tools/ only point down.
+"""Checks that dependencies under src/, tools/ and python/ only point down.
 
 usage: includes.py ROOT
 
-Reads every #include of ROOT/src and ROOT/tools. The layers, bottom first: a file may include from
+Reads every #include of ROOT/src, ROOT/tools and ROOT/python/src. The layers, bottom first: a file may include from
 its own layer and from those that its layer names here, and nothing else of the project.
 """
 
@@ -24,6 +24,8 @@ LAYERS = {
     "veskkit": ["vesk/math", "vesk/hmm", "vesk/leftright", "vesk/recognition", "vesk/quantizer"],
     "tools": ["vesk/math", "vesk/hmm", "vesk/leftright", "vesk/recognition", "vesk/quantizer",
               "veskkit"],
+    "python": ["vesk/math", "vesk/hmm", "vesk/leftright", "vesk/recognition", "vesk/quantizer",
+               "veskkit"],
 }
 
 # Headers of no layer, and the one header that the companion clusterer takes from above it.
@@ -31,8 +33,10 @@ FOR_ALL = {"vesk/Export.h", "vesk/Version.h"}
 EXCEPTIONS = {"veskcore": {"vesk/quantizer/KMeansMotionVec.h"}}
 
 # Within the kit only the folders that read and write foreign formats need more than the language.
-THIRD_PARTY = re.compile(r"(nlohmann/|fmt/|CLI/|pugixml\.hpp)")
-THIRD_PARTY_ALLOWED = ("veskkit/io/", "veskkit/report/", "tools/")
+THIRD_PARTY = {
+    re.compile(r"(nlohmann/|fmt/|CLI/|pugixml\.hpp)"): ("veskkit/io/", "veskkit/report/", "tools/"),
+    re.compile(r"pybind11/"): ("python/",),
+}
 
 STANDARD = set("""
     algorithm any array atomic bit bitset charconv chrono cmath compare complex concepts cassert
@@ -83,7 +87,7 @@ def problem(includer, included):
     if internal and includer.endswith(".h") and "internal" not in includer.split("/"):
         return "a public header includes an internal one"
 
-    if included.startswith(("vesk/", "veskcore/", "veskkit/", "tools/")):
+    if included.startswith(("vesk/", "veskcore/", "veskkit/", "tools/", "python/")):
         if included in FOR_ALL or included in EXCEPTIONS.get(layer, ()):
             return None
         target = layer_of(included)
@@ -95,10 +99,9 @@ def problem(includer, included):
             return f"{target} keeps its internal headers to itself"
         return None
 
-    if THIRD_PARTY.match(included):
-        if includer.startswith(THIRD_PARTY_ALLOWED):
-            return None
-        return "only " + ", ".join(THIRD_PARTY_ALLOWED) + " may use third-party libraries"
+    for library, allowed in THIRD_PARTY.items():
+        if library.match(included):
+            return None if includer.startswith(allowed) else "only " + ", ".join(allowed) + " may"
     if included in STANDARD or included in PROCESSOR:
         return None
     if SYSTEM.fullmatch(included) and not includer.startswith(("vesk/", "veskcore/")):

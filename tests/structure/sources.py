@@ -5,8 +5,8 @@ import sys
 
 
 def source_files(root):
-    """Headers and sources of the libraries and the program, sorted."""
-    return sorted(path for top in ("src", "tools") for path in (root / top).rglob("*")
+    """Headers and sources of the libraries, the program and the Python module, sorted."""
+    return sorted(path for top in ("src", "tools", "python/src") for path in (root / top).rglob("*")
                   if path.suffix in (".h", ".cpp"))
 
 
