@@ -1,9 +1,11 @@
 import { changed, historyOf, redone, undone, type History } from "./document/history";
 import * as doc from "./document/document";
 import { Cancelled, EngineClient, engineWorker } from "./engine/client";
+import { Crew, crewSize } from "./engine/crew";
 import type {
   Description,
   Evaluation,
+  ExampleTest,
   Figure,
   Finding,
   Point,
@@ -12,11 +14,27 @@ import type {
 } from "./engine/protocol";
 import { reasonOf, restore, save } from "./storage/autosave";
 
-export type JobKind = "training" | "examining" | "testing";
+export type JobKind = "training" | "examining";
 
 export interface Job {
   kind: JobKind;
   share: number;
+}
+
+/** Every example shown to a model of all others. */
+export interface Testing {
+  done: number;
+  total: number;
+  /** When it began, as performance.now() tells. */
+  since: number;
+}
+
+/** What came of it; refers to the examples of the document that was tested. */
+export interface Tested {
+  result: Evaluation;
+  tests: readonly ExampleTest[];
+  places: readonly doc.Place[];
+  of: doc.StudioDocument;
 }
 
 /** The model that recognises, wherever it comes from. */
@@ -53,7 +71,8 @@ export interface State {
   findings: readonly Finding[];
   places: readonly doc.Place[];
   job: Job | null;
-  evaluation: { result: Evaluation; places: readonly doc.Place[]; of: doc.StudioDocument } | null;
+  testing: Testing | null;
+  tested: Tested | null;
   figures: { gesture: string; list: readonly Figure[] } | null;
   notices: readonly Notice[];
   storage: "" | "saving" | "saved" | { failed: string };
@@ -69,7 +88,8 @@ const initial: State = {
   findings: [],
   places: [],
   job: null,
-  evaluation: null,
+  testing: null,
+  tested: null,
   figures: null,
   notices: [],
   storage: "",
@@ -78,7 +98,8 @@ const initial: State = {
 
 const saveDelay = 400;
 const examineDelay = 700;
-const mostFolds = 10;
+/** More take minutes: those are tested when it is asked for. */
+export const testedUnasked = 200;
 const warmUps = 8;
 
 export const nameOfImported = "imported";
@@ -90,6 +111,7 @@ export class Studio {
   /** Answers at once; long requests have an engine of their own, which may be stopped. */
   private readonly live = new EngineClient(engineWorker);
   private readonly lab = new EngineClient(engineWorker);
+  private readonly crew = new Crew(engineWorker, crewSize(navigator.hardwareConcurrency));
   private saveTimer = 0;
   private examineTimer = 0;
   private recognising = 0;
@@ -243,7 +265,8 @@ export class Studio {
 
   clear(): void {
     this.lab.cancel();
-    this.set({ model: null, attempt: null, evaluation: null, findings: [], mode: "teach" });
+    this.stopTesting();
+    this.set({ model: null, attempt: null, tested: null, findings: [], mode: "teach" });
     this.change(doc.emptyDocument, null);
     this.notify("A clean sheet.", [], true);
   }
@@ -317,6 +340,7 @@ export class Studio {
   }
 
   async train(): Promise<void> {
+    this.stopTesting();
     const trainedOn = this.document;
     const { traces } = doc.tracesOf(trainedOn);
     const answer = await this.run("training", (progress) =>
@@ -328,9 +352,10 @@ export class Studio {
     } catch (problem) {
       return this.complain(problem);
     }
-    this.set({ mode: "try", evaluation: null });
+    this.set({ mode: "try", tested: null });
     this.saveSoon();
     void this.examine(true);
+    if (doc.isTestable(trainedOn) && traces.length <= testedUnasked) void this.test();
   }
 
   cancel(): void {
@@ -415,13 +440,30 @@ export class Studio {
     if (answer && this.document === of) this.set({ findings: answer.reply.findings, places });
   }
 
-  async evaluate(unknown: boolean): Promise<void> {
+  /** Tests every example on a model of all others, beside whatever else is done. */
+  async test(): Promise<void> {
     const of = this.document;
     const { traces, places } = doc.tracesOf(of);
-    const answer = await this.run("testing", (progress) =>
-      this.lab.call("evaluate", { traces, most: mostFolds, unknown }, { progress }),
-    );
-    if (answer) this.set({ evaluation: { result: answer.reply, places, of } });
+    const since = performance.now();
+    let mine: Testing = { done: 0, total: traces.length, since };
+    this.set({ testing: mine });
+    try {
+      const { tests, evaluation } = await this.crew.test(traces, (done) => {
+        if (this.state.testing !== mine) return;
+        mine = { ...mine, done };
+        this.set({ testing: mine });
+      });
+      this.set({ tested: { result: evaluation, tests, places, of } });
+    } catch (problem) {
+      this.complain(problem);
+    } finally {
+      if (this.state.testing === mine) this.set({ testing: null });
+    }
+  }
+
+  stopTesting(): void {
+    this.crew.cancel();
+    this.set({ testing: null });
   }
 
   async showFigures(gesture: string): Promise<void> {
@@ -460,7 +502,8 @@ export class Studio {
   async importModel(name: string, file: Uint8Array): Promise<void> {
     try {
       await this.useFile(file, name, null, null);
-      this.set({ mode: "try", evaluation: null });
+      this.stopTesting();
+      this.set({ mode: "try", tested: null });
       this.saveSoon();
       const { reply } = await this.live.call("diagnoseModel", {});
       const details = reply.findings.map((it) => `${it.text} ${it.advice}`);

@@ -36,6 +36,11 @@ export function countExamples(document: StudioDocument): number {
   return document.gestures.reduce((sum, gesture) => sum + gesture.examples.length, 0);
 }
 
+/** Whether something is left to train on of every gesture when an example is left out. */
+export function isTestable(document: StudioDocument): boolean {
+  return document.gestures.length > 1 && document.gestures.every((it) => it.examples.length > 1);
+}
+
 /** "gesture-1", "gesture-2", ...: the first that is free. Names in a model have no blanks. */
 export function freeName(document: StudioDocument): string {
   const taken = new Set(document.gestures.map((gesture) => gesture.name));

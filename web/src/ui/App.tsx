@@ -133,7 +133,6 @@ function Stage({ studio, state }: { studio: Studio; state: State }) {
 const jobTexts: Record<Job["kind"], string> = {
   training: "Training",
   examining: "Looking for mistakes",
-  testing: "Testing on unseen examples",
 };
 
 function TrainBar({ studio, state }: { studio: Studio; state: State }) {

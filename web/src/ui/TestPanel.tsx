@@ -1,66 +1,69 @@
-import { useState } from "preact/hooks";
-import { countExamples } from "../document/document";
-import type { State, Studio } from "../studio";
+import { countExamples, isTestable } from "../document/document";
+import type { State, Studio, Tested, Testing } from "../studio";
 import { Plot } from "./Plot";
 import { Thumbnail } from "./Thumbnail";
-import { counted, percent } from "./words";
+import { counted, percent, remainingText } from "./words";
 
 const mostMistakes = 12;
 
-/** How well unseen examples are recognised: each by a model that was trained without it. */
+/** How well unseen examples are recognised: each by a model that was trained on all others. */
 export function TestPanel({ studio, state }: { studio: Studio; state: State }) {
-  const [unknown, setUnknown] = useState(false);
-  const { evaluation, job } = state;
+  const { tested, testing } = state;
   const document = state.history.now;
-  const examples = countExamples(document);
-  const enough =
-    document.gestures.length > 1 && document.gestures.every((it) => it.examples.length > 1);
-  if (examples === 0) return null;
-  const stale = evaluation !== null && evaluation.of !== document;
+  if (countExamples(document) === 0) return null;
+  const possible = isTestable(document);
   return (
     <section class="test" aria-labelledby="test-heading">
       <h2 id="test-heading">Unseen examples</h2>
-      <p class="faint">
-        Every example is shown to a model that was trained without it.
-      </p>
-      <div class="row">
-        <button
-          type="button"
-          disabled={!enough || job !== null}
-          onClick={() => void studio.evaluate(unknown)}
-        >
-          {evaluation ? "Test again" : "Test"}
-        </button>
-        <label class="check">
-          <input
-            type="checkbox"
-            checked={unknown}
-            onInput={(event) => setUnknown(event.currentTarget.checked)}
-          />
-          strangers too (slower)
-        </label>
-      </div>
-      {!enough && <p class="faint">Needs two gestures with two examples each.</p>}
-      {evaluation && <Result state={state} stale={stale} studio={studio} />}
+      <p class="faint">Every example is shown to a model that was trained on all the others.</p>
+      {testing ? (
+        <Progress testing={testing} onStop={() => studio.stopTesting()} />
+      ) : (
+        <div class="row">
+          <button type="button" disabled={!possible} onClick={() => void studio.test()}>
+            {tested ? "Test again" : "Test"}
+          </button>
+        </div>
+      )}
+      {!possible && <p class="faint">Needs two gestures with two examples each.</p>}
+      {tested && <Result tested={tested} studio={studio} stale={tested.of !== document} />}
     </section>
   );
 }
 
-function Result({ studio, state, stale }: { studio: Studio; state: State; stale: boolean }) {
-  const { result, places, of } = state.evaluation!;
-  const total = result.correct.total;
-  const mistakes = result.mistakes.flatMap((it) => {
-    const place = places[it.trace];
-    const gesture = of.gestures.find((one) => one.id === place?.gesture);
-    const example = gesture?.examples.find((one) => one.id === place?.example);
-    return gesture && example ? [{ ...it, gesture, example }] : [];
+function Progress({ testing, onStop }: { testing: Testing; onStop(): void }) {
+  const { done, total, since } = testing;
+  const left = remainingText(done, total, performance.now() - since);
+  return (
+    <div class="row testing">
+      <label class="progress">
+        <span>
+          {done} of {total} tested{left && ` · ${left}`}
+        </span>
+        <progress value={done} max={total} aria-label="Testing unseen examples" />
+      </label>
+      <button type="button" onClick={onStop}>
+        Stop
+      </button>
+    </div>
+  );
+}
+
+function Result({ studio, tested, stale }: { studio: Studio; tested: Tested; stale: boolean }) {
+  const { result, tests, places, of } = tested;
+  const mistakes = tests.flatMap((test, i) => {
+    const gesture = of.gestures.find((it) => it.id === places[i]?.gesture);
+    const example = gesture?.examples.find((it) => it.id === places[i]?.example);
+    const missed = test.answer !== test.expected;
+    return missed && gesture && example ? [{ ...test, gesture, example }] : [];
   });
   return (
     <div class={stale ? "is-stale" : ""}>
       {stale && <p class="faint">Examples have changed since.</p>}
       <p>
-        <strong class="figure">{percent(result.correct)}</strong> of {counted(total, "example")}{" "}
-        recognised, {result.rejected.count} rejected, {result.wrong.count} mistaken for another.
+        <strong class="figure">{percent(result.correct)}</strong> of{" "}
+        {counted(result.correct.total, "example")} recognised, {result.rejected.count} rejected,{" "}
+        {result.wrong.count} mistaken for another.
       </p>
       <figure>
         <div class="scroll" tabIndex={0} role="group" aria-label="Confusion matrix">
@@ -70,10 +73,12 @@ function Result({ studio, state, stale }: { studio: Studio; state: State; stale:
       </figure>
       {mistakes.length > 0 && (
         <>
-          <h3>Missed</h3>
+          <h3>
+            Missed{mistakes.length > mostMistakes && `: the first ${mostMistakes} of ${mistakes.length}`}
+          </h3>
           <ul class="mistakes">
             {mistakes.slice(0, mostMistakes).map((it) => (
-              <li key={it.trace}>
+              <li key={it.example.id}>
                 <button
                   type="button"
                   onClick={() => studio.select(it.gesture.id)}

@@ -33,7 +33,7 @@ export async function figures(studio, { byGesture, vesk }) {
     await it.button(/^Train/).click();
     await page.getByRole("heading", { name: /^Try/ }).waitFor();
     trained.push((await started()) - start);
-    await page.locator(".progress").waitFor({ state: "detached" });
+    await page.locator(".train .progress").waitFor({ state: "detached" });
     // A training that breaks into the examination that follows begins with a new worker.
     await page.waitForTimeout(3000);
     await it.button("Teach").click();

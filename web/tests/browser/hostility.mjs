@@ -66,7 +66,7 @@ export async function hostility(studio, { byGesture }) {
   const card = page.locator(".card", { hasText: "<img src=x" }).first();
   await card.locator(".card-head").click();
   await it.train();
-  await page.locator(".progress").waitFor({ state: "detached" });
+  await page.locator(".train .progress").waitFor({ state: "detached" });
   await it.button(/What the model sees/).click();
   await page.locator(".card-body .plot svg").nth(1).waitFor();
   await it.button("Try").click();

@@ -84,7 +84,7 @@ export async function tools(studio, { byGesture }) {
   await page.getByText("Training stopped. Nothing has changed.").waitFor();
   await page.getByText("Not trained yet.").waitFor();
   await it.train();
-  await page.locator(".progress").waitFor({ state: "detached" });
+  await page.locator(".train .progress").waitFor({ state: "detached" });
 
   const card = page.locator(".card").nth(3);
   const gesture = await card.locator(".card-name").textContent();
@@ -102,10 +102,17 @@ export async function tools(studio, { byGesture }) {
   await it.button("Reset").click();
   await page.waitForFunction((old) => document.querySelector(".bar-margin").textContent === old, before);
 
-  await it.button("Test").click();
+  // The test of unseen examples has begun by itself, may be stopped, and leaves out one at a time.
+  await page.getByText(/\d+ of 96 tested/).waitFor();
   await it.screenshot("testing");
-  await page.locator(".test svg[role=img]").waitFor();
+  await it.expectAccessible("testing");
+  await it.button("Stop").click();
+  await page.locator(".cost, .test progress").waitFor({ state: "detached" });
+  await it.button("Test").click();
+  await page.locator(".test svg[role=img]").waitFor({ timeout: 240_000 });
   await page.locator(".cost").waitFor();
+  await page.getByText(/of 96 examples recognised/).waitFor();
+  assert.equal(await matrixTotal(page), 96, "every example has its place in the matrix");
   await it.screenshot("tested");
   await it.expectAccessible("tested");
   await it.button(/What the model sees/).click();
@@ -118,4 +125,10 @@ export async function tools(studio, { byGesture }) {
   await it.button(/Clear everything/).click();
   await it.button(/^Start with a dozen/).waitFor();
   await it.close();
+}
+
+/** How many answers the confusion matrix counts. */
+async function matrixTotal(page) {
+  const texts = await page.locator(".test svg text").allTextContents();
+  return texts.filter((it) => /^\d+$/.test(it)).reduce((sum, it) => sum + Number(it), 0);
 }

@@ -51,6 +51,14 @@ describe("document", () => {
     expect(doc.countExamples(it)).toBe(3);
   });
 
+  it("can be tested where every gesture keeps an example when one is left out", () => {
+    const both = doc.addExample(documentOf("a", "b"), "id of a", doc.exampleOf(stroke));
+    expect(doc.isTestable(both)).toBe(false);
+    const enough = doc.addExample(both, "id of b", doc.exampleOf(stroke));
+    expect(doc.isTestable(enough)).toBe(true);
+    expect(doc.isTestable(doc.removeGesture(enough, "id of b"))).toBe(false);
+  });
+
   it("says what stands against a name", () => {
     const it = documentOf("circle", "star");
     expect(doc.problemOfName(it, "id of star", "star")).toBe("");
