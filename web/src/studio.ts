@@ -13,6 +13,7 @@ import type {
   Verdict,
 } from "./engine/protocol";
 import { reasonOf, restore, save } from "./storage/autosave";
+import { counted } from "./ui/words";
 
 export type JobKind = "training" | "examining";
 
@@ -60,6 +61,8 @@ export interface Notice {
   text: string;
   details: readonly string[];
   undo: boolean;
+  /** What else may be done about it. */
+  action?: { text: string; act(): void };
 }
 
 export interface State {
@@ -108,9 +111,12 @@ export const nameOfImported = "imported";
 export class Studio {
   state: State = initial;
   private readonly listeners = new Set<() => void>();
-  /** Answers at once; long requests have an engine of their own, which may be stopped. */
+  /** Answers at once; long requests have engines of their own, which may be stopped. */
   private readonly live = new EngineClient(engineWorker);
-  private readonly lab = new EngineClient(engineWorker);
+  private readonly engines: Record<JobKind, EngineClient> = {
+    training: new EngineClient(engineWorker),
+    examining: new EngineClient(engineWorker),
+  };
   private readonly crew = new Crew(engineWorker, crewSize(navigator.hardwareConcurrency));
   private saveTimer = 0;
   private examineTimer = 0;
@@ -154,6 +160,7 @@ export class Studio {
       this.set({ storage: { failed: reasonOf(problem) } });
     }
     this.set({ ready: true });
+    void this.prepareTraining();
   }
 
   private async adoptColours(): Promise<void> {
@@ -185,8 +192,14 @@ export class Studio {
 
   // Notices
 
-  notify(text: string, details: readonly string[] = [], undo = false): void {
-    this.addNotice({ id: doc.newId(), kind: "info", text, details, undo });
+  notify(
+    text: string,
+    details: readonly string[] = [],
+    undo = false,
+    action?: Notice["action"],
+  ): void {
+    const notice: Notice = { id: doc.newId(), kind: "info", text, details, undo };
+    this.addNotice(action ? { ...notice, action } : notice);
   }
 
   private complain(problem: unknown): void {
@@ -264,7 +277,7 @@ export class Studio {
   }
 
   clear(): void {
-    this.lab.cancel();
+    this.cancel();
     this.stopTesting();
     this.set({ model: null, attempt: null, tested: null, findings: [], mode: "teach" });
     this.change(doc.emptyDocument, null);
@@ -286,9 +299,11 @@ export class Studio {
     }
   }
 
-  private addTraces(traces: readonly Trace[], unlabelled: string): void {
-    const now = doc.addTraces(this.document, traces, unlabelled);
+  /** The examples that they have become. */
+  private addTraces(traces: readonly Trace[], unlabelled: string): string[] {
+    const { document: now, added } = doc.addTraces(this.document, traces, unlabelled);
     this.change(now, this.state.selected ?? now.gestures[0]?.id ?? null);
+    return added;
   }
 
   // The model
@@ -319,9 +334,9 @@ export class Studio {
     }
   }
 
-  /** Runs a long request in the lab; only one at a time. Null where it was cancelled or refused. */
+  /** Follows a long request; only one at a time. Null where it was cancelled or refused. */
   private async run<T>(kind: JobKind, work: (progress: (share: number) => void) => Promise<T>) {
-    if (this.state.job) this.lab.cancel();
+    if (this.state.job) this.stopJob(this.state.job.kind);
     const job: Job = { kind, share: 0 };
     let mine = job;
     this.set({ job });
@@ -339,12 +354,28 @@ export class Studio {
     }
   }
 
+  private stopJob(kind: JobKind): void {
+    this.engines[kind].cancel();
+    if (kind === "training") void this.prepareTraining();
+  }
+
+  /** The first training of an engine takes longer than all others: nobody waits for this one. */
+  private async prepareTraining(): Promise<void> {
+    try {
+      const few = { gestures: ["caret", "check", "circle"], repetitions: 2 };
+      const { reply } = await this.live.call("starterSet", few);
+      await this.engines.training.call("train", { traces: reply.traces });
+    } catch {
+      // Whoever trains is told.
+    }
+  }
+
   async train(): Promise<void> {
     this.stopTesting();
     const trainedOn = this.document;
     const { traces } = doc.tracesOf(trainedOn);
     const answer = await this.run("training", (progress) =>
-      this.lab.call("train", { traces }, { progress }),
+      this.engines.training.call("train", { traces }, { progress }),
     );
     if (!answer) return;
     try {
@@ -360,7 +391,7 @@ export class Studio {
 
   cancel(): void {
     const kind = this.state.job?.kind;
-    this.lab.cancel();
+    if (kind) this.stopJob(kind);
     this.set({ job: null });
     if (kind === "training") this.notify("Training stopped. Nothing has changed.");
   }
@@ -432,7 +463,7 @@ export class Studio {
     const { traces, places } = doc.tracesOf(of);
     if (traces.length === 0) return this.set({ findings: [], places: [] });
     const ask = (progress?: (share: number) => void) =>
-      this.lab.call("diagnoseTraces", { traces, thorough }, progress ? { progress } : {});
+      this.engines.examining.call("diagnoseTraces", { traces, thorough }, progress ? { progress } : {});
     // The quick examination goes unnoticed.
     const answer = thorough
       ? await this.run("examining", ask)
@@ -487,13 +518,29 @@ export class Studio {
     if (looksLikeModel(name)) return this.importModel(name, file);
     try {
       const { reply } = await this.live.call("readTraces", { name }, { file });
-      this.addTraces(reply.traces, nameOfImported);
-      const count = reply.traces.length;
-      this.notify(
-        `${count} ${count === 1 ? "example" : "examples"} from ${name}.`,
-        reply.problems,
-        true,
-      );
+      const added = this.addTraces(reply.traces, nameOfImported);
+      let flipY = false;
+      const turnOver = () => void this.redraw(added, name, file, (flipY = !flipY));
+      this.notify(`${counted(added.length, "example")} from ${name}.`, reply.problems, true, {
+        text: "Turn upside down",
+        act: turnOver,
+      });
+    } catch (problem) {
+      this.complain(problem);
+    }
+  }
+
+  /** Examples of a file, whose y axis may point upwards: here it points down. */
+  private async redraw(
+    examples: readonly string[],
+    name: string,
+    file: Uint8Array,
+    flipY: boolean,
+  ): Promise<void> {
+    try {
+      const { reply } = await this.live.call("readTraces", { name, flipY }, { file });
+      const points = new Map(examples.map((id, i) => [id, reply.traces[i]!.points]));
+      this.change(doc.redrawn(this.document, points));
     } catch (problem) {
       this.complain(problem);
     }

@@ -101,7 +101,7 @@ export interface Requests {
     { users?: number; repetitions?: number; seed?: number; gestures?: string[] },
     { traces: Trace[]; known: string[] },
   ];
-  readTraces: [{ name: string }, { traces: Trace[]; problems: string[] }];
+  readTraces: [{ name: string; flipY?: boolean }, { traces: Trace[]; problems: string[] }];
   writeTraces: [{ traces: Trace[] }, Nothing];
   diagnoseTraces: [{ traces: Trace[]; thorough: boolean }, { findings: Finding[] }];
   train: [

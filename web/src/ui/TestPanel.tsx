@@ -1,5 +1,8 @@
+import type { ComponentChildren } from "preact";
+import { useLayoutEffect, useRef, useState } from "preact/hooks";
 import { countExamples, isTestable } from "../document/document";
 import type { State, Studio, Tested, Testing } from "../studio";
+import { Icon } from "./Icon";
 import { Plot } from "./Plot";
 import { Thumbnail } from "./Thumbnail";
 import { counted, percent, remainingText } from "./words";
@@ -49,6 +52,53 @@ function Progress({ testing, onStop }: { testing: Testing; onStop(): void }) {
   );
 }
 
+/** As wide as the panel, and at its own size on request: many gestures are small print. */
+function Matrix({ svg }: { svg: string }) {
+  const [large, setLarge] = useState(false);
+  const caption = "Rows are what was drawn, columns what was answered.";
+  return (
+    <figure>
+      <div class="scroll" tabIndex={0} role="group" aria-label="Confusion matrix">
+        <Plot svg={svg} />
+      </div>
+      <figcaption>{caption}</figcaption>
+      <div class="row">
+        <button type="button" class="quiet" onClick={() => setLarge(true)}>
+          <Icon name="eye" /> Enlarge
+        </button>
+      </div>
+      {large && (
+        <Enlarged name="Confusion matrix" onClose={() => setLarge(false)}>
+          <Plot svg={svg} natural />
+          <p class="faint">{caption}</p>
+        </Enlarged>
+      )}
+    </figure>
+  );
+}
+
+interface EnlargedProps {
+  name: string;
+  children: ComponentChildren;
+  onClose(): void;
+}
+
+/** Something over the page, until it is closed. */
+function Enlarged({ name, children, onClose }: EnlargedProps) {
+  const dialog = useRef<HTMLDialogElement>(null);
+  useLayoutEffect(() => dialog.current!.showModal(), []);
+  return (
+    <dialog ref={dialog} aria-label={name} onClose={onClose}>
+      <div class="scroll" tabIndex={0} role="group" aria-label={name}>
+        {children}
+      </div>
+      <button type="button" onClick={() => dialog.current!.close()}>
+        Close
+      </button>
+    </dialog>
+  );
+}
+
 function Result({ studio, tested, stale }: { studio: Studio; tested: Tested; stale: boolean }) {
   const { result, tests, places, of } = tested;
   const mistakes = tests.flatMap((test, i) => {
@@ -65,12 +115,7 @@ function Result({ studio, tested, stale }: { studio: Studio; tested: Tested; sta
         {counted(result.correct.total, "example")} recognised, {result.rejected.count} rejected,{" "}
         {result.wrong.count} mistaken for another.
       </p>
-      <figure>
-        <div class="scroll" tabIndex={0} role="group" aria-label="Confusion matrix">
-          <Plot svg={result.confusion} />
-        </div>
-        <figcaption>Rows are what was drawn, columns what was answered.</figcaption>
-      </figure>
+      <Matrix svg={result.confusion} />
       {mistakes.length > 0 && (
         <>
           <h3>

@@ -25,7 +25,7 @@ describe("document", () => {
   });
 
   it("adds traces to the gestures of their labels", () => {
-    const now = doc.addTraces(
+    const { document: now, added } = doc.addTraces(
       documentOf("circle"),
       [
         { gesture: "circle", user: "u1", points: stroke },
@@ -40,6 +40,20 @@ describe("document", () => {
       ["imported", 1],
     ]);
     expect(now.gestures[0]!.examples[1]!.user).toBe("u1");
+    expect(added).toEqual([
+      now.gestures[0]!.examples[1]!.id,
+      now.gestures[1]!.examples[0]!.id,
+      now.gestures[2]!.examples[0]!.id,
+    ]);
+  });
+
+  it("draws some examples in another way, and no others", () => {
+    const before = doc.addExample(documentOf("a", "b"), "id of b", doc.exampleOf(stroke, "u2"));
+    const [kept, redrawn] = before.gestures[1]!.examples;
+    const other: [number, number][] = [[0, 0], [10, -5]];
+    const now = doc.redrawn(before, new Map([[redrawn!.id, other], ["gone", other]]));
+    expect(now.gestures[0]).toEqual(before.gestures[0]);
+    expect(now.gestures[1]!.examples).toEqual([kept, { ...redrawn, points: other }]);
   });
 
   it("hands examples to the engine with the places they have", () => {
