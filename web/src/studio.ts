@@ -249,6 +249,7 @@ export class Studio {
   /** A stroke has been drawn: an example where gestures are taught, else one to be recognised. */
   async stroke(points: readonly Point[]): Promise<void> {
     if (this.state.mode === "try") return this.recognise(points);
+    if (doc.isDot(points)) return this.notify("That was a dot. A gesture is a stroke.");
     const example = doc.exampleOf(points);
     const { selected } = this.state;
     if (selected === null) {

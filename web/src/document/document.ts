@@ -32,6 +32,11 @@ export function exampleOf(points: readonly Point[], user = ""): Example {
   return { id: newId(), user, points };
 }
 
+/** Nothing can be learnt from a stroke that goes nowhere. */
+export function isDot(points: readonly Point[]): boolean {
+  return points.every(([x, y]) => x === points[0]![0] && y === points[0]![1]);
+}
+
 export function countExamples(document: StudioDocument): number {
   return document.gestures.reduce((sum, gesture) => sum + gesture.examples.length, 0);
 }

@@ -28,7 +28,7 @@ export function TestPanel({ studio, state }: { studio: Studio; state: State }) {
           </button>
         </div>
       )}
-      {!possible && <p class="faint">Needs two gestures with two examples each.</p>}
+      {!possible && <p class="faint">Needs two gestures, and two examples of each.</p>}
       {tested && <Result tested={tested} studio={studio} stale={tested.of !== document} />}
     </section>
   );

@@ -55,7 +55,7 @@ export function percent(share: Share): string {
 
 /** "1,000", "0.02": a ratio as it is said. */
 export function ratioText(ratio: number): string {
-  if (ratio >= 100) return Math.round(ratio).toLocaleString("en");
+  if (ratio >= 100) return Number(ratio.toPrecision(3)).toLocaleString("en");
   return ratio.toPrecision(2).replace(/\.?0+$/, "");
 }
 

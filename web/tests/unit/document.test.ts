@@ -65,6 +65,12 @@ describe("document", () => {
     expect(doc.countExamples(it)).toBe(3);
   });
 
+  it("tells a dot from a stroke", () => {
+    expect(doc.isDot([[3, 4]])).toBe(true);
+    expect(doc.isDot([[3, 4], [3, 4]])).toBe(true);
+    expect(doc.isDot([[3, 4], [3, 5]])).toBe(false);
+  });
+
   it("can be tested where every gesture keeps an example when one is left out", () => {
     const both = doc.addExample(documentOf("a", "b"), "id of a", doc.exampleOf(stroke));
     expect(doc.isTestable(both)).toBe(false);

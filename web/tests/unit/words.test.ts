@@ -48,6 +48,7 @@ describe("words", () => {
 
   it("says ratios", () => {
     expect(ratioText(1000.002)).toBe("1,000");
+    expect(ratioText(99_988)).toBe("100,000");
     expect(ratioText(0.02)).toBe("0.02");
     expect(ratioText(3)).toBe("3");
   });
