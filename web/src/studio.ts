@@ -225,7 +225,11 @@ export class Studio {
 
   private moved(history: History<doc.StudioDocument>, selected = this.state.selected): void {
     const there = history.now.gestures.some((it) => it.id === selected);
-    this.set({ history, selected: there ? selected : null, figures: null });
+    const gone = new Set(this.document.gestures.map((it) => it.name));
+    for (const { name } of history.now.gestures) gone.delete(name);
+    // The others are examined again before long.
+    const findings = this.state.findings.filter((it) => !it.gestures.some((name) => gone.has(name)));
+    this.set({ history, selected: there ? selected : null, figures: null, findings });
     this.saveSoon();
     this.examineSoon();
   }

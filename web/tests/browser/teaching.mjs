@@ -116,6 +116,7 @@ export async function tools(studio, { byGesture }) {
   await page.keyboard.press("Control+z");
   await page.keyboard.press("Control+z");
   await page.getByText("What you draw is kept here.").waitFor();
+  assert.equal(await page.locator(".finding").count(), 0, "nothing is found of what is gone");
   await it.button("Redo").click();
   assert.equal(await page.locator(".card").count(), 1);
   await it.button("Undo").click();
