@@ -7,6 +7,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Vesk::Studio {
 
@@ -21,7 +22,8 @@ struct Reply {
 using Progress = std::function<void(double)>;
 
 /// All that the studio's page asks for: a thin layer of JSON over veskkit, the same in the browser
-/// and in a native program. Holds the model at hand. Nothing runs on other threads.
+/// and in a native program. Holds the model at hand, and the examples that are tested. Nothing runs
+/// on other threads.
 ///
 /// Traces are lists of objects with the keys gesture, user and points, as in files of traces.
 class Engine {
@@ -35,6 +37,8 @@ public:
     const Kit::GestureRecognizer& recognizer() const;
 
     void use(Kit::RecognitionModel model, const std::string& source);
+
+    std::vector<Kit::Trace> held;  ///< of which each is tested with a model of all others
 
 private:
     std::optional<Kit::GestureRecognizer> current;

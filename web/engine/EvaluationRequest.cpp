@@ -1,24 +1,48 @@
 #include "Requests.h"
 
+#include <veskkit/Error.h>
 #include <veskkit/evaluation/Evaluation.h>
 #include <veskkit/evaluation/Folds.h>
 #include <veskkit/evaluation/TradeOff.h>
 #include <veskkit/report/ConfusionPlot.h>
 
-#include <algorithm>
-#include <map>
+#include <limits>
+#include <optional>
 
 namespace Vesk::Studio {
 
 namespace {
 
-/// As many folds as the rarest gesture has examples: each fold leaves one of it out.
-std::size_t foldsFor(const std::vector<Kit::Trace>& traces, std::size_t most) {
-    std::map<std::string, std::size_t> counts;
-    for (const Kit::Trace& trace : traces) ++counts[trace.gesture];
-    std::size_t fewest = most;
-    for (const auto& [gesture, count] : counts) fewest = std::min(fewest, count);
-    return fewest;
+Kit::Fold without(std::size_t example, std::size_t count) {
+    Kit::Fold fold{"without one example", {}, {example}};
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i != example) fold.training.push_back(i);
+    }
+    return fold;
+}
+
+/// A trace that any ratio takes has no finite bound.
+std::vector<Kit::Answer> answersOf(const Json& json) {
+    std::vector<Kit::Answer> answers;
+    for (const Json& entry : json) {
+        const Json& bound = entry.at("logRatio");
+        answers.push_back(
+            {bound.is_null() ? std::numeric_limits<double>::infinity() : bound.get<double>(),
+             entry.at("gesture").get<std::string>()});
+    }
+    return answers;
+}
+
+/// What `testExample` answered.
+Kit::Outcome outcomeOf(const Json& json) {
+    Kit::Outcome outcome{};
+    outcome.expected = json.at("expected").get<std::string>();
+    outcome.models.gesture = json.at("answer").get<std::string>();
+    outcome.answers = answersOf(json.at("answers"));
+    outcome.answersAsUnknown = answersOf(json.at("answersAsUnknown"));
+    if (!json.at("asUnknown").is_null())
+        outcome.models.asUnknown = json.at("asUnknown").get<std::string>();
+    return outcome;
 }
 
 Json shareJson(const Kit::Share& share) { return {{"count", share.count}, {"total", share.total}}; }
@@ -37,36 +61,44 @@ Json tradeOffJson(const std::vector<Kit::Outcome>& outcomes) {
 
 }  // namespace
 
-/// "traces" and "most" folds: every example is recognised by models that were trained without it.
-/// "rates", "confusion" (an SVG), "mistakes" (places of traces and their answers), "tradeOff".
-Answer evaluate(const Call& call) {
-    const std::vector<Kit::Trace> traces = tracesOf(call.arguments.at("traces"));
+/// "traces": those of the tests that follow.
+Answer holdTraces(const Call& call) {
+    call.engine.held = tracesOf(call.arguments.at("traces"));
+    return {};
+}
+
+/// "example", the place of a held trace: what a model that was trained on all others makes of it,
+/// and one that does not know its gesture.
+Answer testExample(const Call& call) {
+    const std::vector<Kit::Trace>& traces = call.engine.held;
+    const auto example = call.arguments.at("example").get<std::size_t>();
+    if (example >= traces.size())
+        throw Kit::InputError("found no such example, expected a held one");
     Kit::EvaluationOptions options;
     options.training.threads = 1;
     options.templates = false;
-    options.unknownGestures = call.arguments.value("unknown", true);
-    const auto folds =
-        Kit::stratifiedFolds(traces, foldsFor(traces, call.arguments.value("most", 10)), 1);
-    const auto outcomes =
-        Kit::evaluate(traces, folds, options, [&](const Kit::EvaluationProgress& it) {
-            call.tell((static_cast<double>(it.fold) + it.share) / static_cast<double>(it.folds));
-        });
-    Json mistakes = Json::array();
-    for (const Kit::Outcome& outcome : outcomes) {
-        if (outcome.models.gesture == outcome.expected) continue;
-        mistakes.push_back({{"trace", outcome.trace},
-                            {"answer", outcome.models.gesture},
-                            {"rejection", Kit::toString(outcome.rejection)}});
-    }
+    const Kit::Outcome outcome =
+        Kit::evaluate(traces, {without(example, traces.size())}, options).front();
+    const std::optional<std::string>& asUnknown = outcome.models.asUnknown;
+    return {{{"expected", outcome.expected},
+             {"answer", outcome.models.gesture},
+             {"rejection", Kit::toString(outcome.rejection)},
+             {"answers", answersJson(outcome.answers)},
+             {"asUnknown", asUnknown ? Json(*asUnknown) : Json()},
+             {"answersAsUnknown", answersJson(outcome.answersAsUnknown)}}};
+}
+
+/// "tests", the replies of `testExample`: "rates", "confusion" (an SVG), "tradeOff".
+Answer summarizeTests(const Call& call) {
+    std::vector<Kit::Outcome> outcomes;
+    for (const Json& test : call.arguments.at("tests")) outcomes.push_back(outcomeOf(test));
     const Kit::Rates rates = Kit::ratesOf(outcomes, &Kit::Outcome::models);
     const Kit::Confusion confusion = Kit::confusionOf(outcomes, &Kit::Outcome::models);
-    return {{{"folds", folds.size()},
-             {"correct", shareJson(rates.correct)},
+    return {{{"correct", shareJson(rates.correct)},
              {"wrong", shareJson(rates.wrong)},
              {"rejected", shareJson(rates.rejected)},
              {"unknownAccepted", shareJson(rates.unknownAccepted)},
              {"confusion", Kit::confusionPlot("Examples and their answers", confusion)},
-             {"mistakes", mistakes},
              {"tradeOff", tradeOffJson(outcomes)}}};
 }
 

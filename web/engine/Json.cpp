@@ -28,6 +28,13 @@ Json traceJson(const Kit::Trace& trace) {
     return {{"gesture", trace.gesture}, {"user", trace.user}, {"points", trace.points}};
 }
 
+Json answersJson(const std::vector<Kit::Answer>& answers) {
+    Json json = Json::array();
+    for (const Kit::Answer& answer : answers)
+        json.push_back({{"logRatio", numberJson(answer.logRatio)}, {"gesture", answer.gesture}});
+    return json;
+}
+
 Json findingsJson(const std::vector<Kit::Finding>& findings) {
     Json list = Json::array();
     for (const Kit::Finding& finding : findings) {

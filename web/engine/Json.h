@@ -2,6 +2,7 @@
 #define VESK_WEB_ENGINE_JSON_H
 
 #include <veskkit/diagnosis/Finding.h>
+#include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/traces/Trace.h>
 
 #include <nlohmann/json.hpp>
@@ -22,6 +23,9 @@ Json numberJson(double number);
 /// Without a source: the page tells traces apart by their places.
 std::vector<Kit::Trace> tracesOf(const Json& json);
 Json traceJson(const Kit::Trace& trace);
+
+/// No bound is null.
+Json answersJson(const std::vector<Kit::Answer>& answers);
 
 Json findingsJson(const std::vector<Kit::Finding>& findings);
 

@@ -60,13 +60,6 @@ Json scoresJson(const Kit::Result& result) {
     return scores;
 }
 
-Json answersJson(const std::vector<Kit::Answer>& answers) {
-    Json json = Json::array();
-    for (const Kit::Answer& answer : answers)
-        json.push_back({{"logRatio", numberJson(answer.logRatio)}, {"gesture", answer.gesture}});
-    return json;
-}
-
 }  // namespace
 
 /// "traces" and "name": "report"; the model's file.

@@ -19,7 +19,9 @@ const Request* requestOf(const std::string& name) {
         {"drawGesture", drawGesture},
         {"writeScene", writeScene},
         {"writeReport", writeReport},
-        {"evaluate", evaluate},
+        {"holdTraces", holdTraces},
+        {"testExample", testExample},
+        {"summarizeTests", summarizeTests},
         {"colours", colours},
         {"probabilities", probabilities},
     };

@@ -49,7 +49,9 @@ Answer probabilities(const Call& call);
 Answer colours(const Call& call);
 
 // How well it would do on what it has not seen.
-Answer evaluate(const Call& call);
+Answer holdTraces(const Call& call);
+Answer testExample(const Call& call);
+Answer summarizeTests(const Call& call);
 
 }  // namespace Vesk::Studio
 

@@ -51,11 +51,13 @@ Answer starterSet(const Call& call) {
     return {{{"traces", traces}, {"known", Kit::TraceSynthesizer::gestures()}}};
 }
 
-/// A file and its "name": "traces", and in "problems" what was refused. The first twenty of them; a
-/// file of which nothing can be read is an error.
+/// A file and its "name": "traces", with "flipY" those of a set whose y axis points upwards turned
+/// over; and in "problems" what was refused. The first twenty of them; a file of which nothing can
+/// be read is an error.
 Answer readTraces(const Call& call) {
     const NamedFile file(call.arguments.value("name", ""), call.file);
     Kit::TraceFiles reader({file.name});
+    const bool flipY = call.arguments.value("flipY", false);
     Json traces = Json::array();
     std::vector<std::string> problems;
     for (bool more = true; more && problems.size() < mostProblems;) {
@@ -64,6 +66,7 @@ Answer readTraces(const Call& call) {
             more = reader.next(trace);
             if (more) {
                 Kit::requireUsablePoints(trace);
+                for (auto& point : trace.points) point[1] = flipY ? -point[1] : point[1];
                 traces.push_back(traceJson(trace));
             }
         } catch (const Kit::InputError& problem) {

@@ -1,9 +1,11 @@
 import { changed, historyOf, redone, undone, type History } from "./document/history";
 import * as doc from "./document/document";
 import { Cancelled, EngineClient, engineWorker } from "./engine/client";
+import { Crew, crewSize } from "./engine/crew";
 import type {
   Description,
   Evaluation,
+  ExampleTest,
   Figure,
   Finding,
   Point,
@@ -11,12 +13,29 @@ import type {
   Verdict,
 } from "./engine/protocol";
 import { reasonOf, restore, save } from "./storage/autosave";
+import { counted } from "./ui/words";
 
-export type JobKind = "training" | "examining" | "testing";
+export type JobKind = "training" | "examining";
 
 export interface Job {
   kind: JobKind;
   share: number;
+}
+
+/** Every example shown to a model of all others. */
+export interface Testing {
+  done: number;
+  total: number;
+  /** When it began, as performance.now() tells. */
+  since: number;
+}
+
+/** What came of it; refers to the examples of the document that was tested. */
+export interface Tested {
+  result: Evaluation;
+  tests: readonly ExampleTest[];
+  places: readonly doc.Place[];
+  of: doc.StudioDocument;
 }
 
 /** The model that recognises, wherever it comes from. */
@@ -42,6 +61,8 @@ export interface Notice {
   text: string;
   details: readonly string[];
   undo: boolean;
+  /** What else may be done about it. */
+  action?: { text: string; act(): void };
 }
 
 export interface State {
@@ -53,7 +74,8 @@ export interface State {
   findings: readonly Finding[];
   places: readonly doc.Place[];
   job: Job | null;
-  evaluation: { result: Evaluation; places: readonly doc.Place[]; of: doc.StudioDocument } | null;
+  testing: Testing | null;
+  tested: Tested | null;
   figures: { gesture: string; list: readonly Figure[] } | null;
   notices: readonly Notice[];
   storage: "" | "saving" | "saved" | { failed: string };
@@ -69,7 +91,8 @@ const initial: State = {
   findings: [],
   places: [],
   job: null,
-  evaluation: null,
+  testing: null,
+  tested: null,
   figures: null,
   notices: [],
   storage: "",
@@ -78,7 +101,8 @@ const initial: State = {
 
 const saveDelay = 400;
 const examineDelay = 700;
-const mostFolds = 10;
+/** More take minutes: those are tested when it is asked for. */
+export const testedUnasked = 200;
 const warmUps = 8;
 
 export const nameOfImported = "imported";
@@ -87,9 +111,13 @@ export const nameOfImported = "imported";
 export class Studio {
   state: State = initial;
   private readonly listeners = new Set<() => void>();
-  /** Answers at once; long requests have an engine of their own, which may be stopped. */
+  /** Answers at once; long requests have engines of their own, which may be stopped. */
   private readonly live = new EngineClient(engineWorker);
-  private readonly lab = new EngineClient(engineWorker);
+  private readonly engines: Record<JobKind, EngineClient> = {
+    training: new EngineClient(engineWorker),
+    examining: new EngineClient(engineWorker),
+  };
+  private readonly crew = new Crew(engineWorker, crewSize(navigator.hardwareConcurrency));
   private saveTimer = 0;
   private examineTimer = 0;
   private recognising = 0;
@@ -132,6 +160,7 @@ export class Studio {
       this.set({ storage: { failed: reasonOf(problem) } });
     }
     this.set({ ready: true });
+    void this.prepareTraining();
   }
 
   private async adoptColours(): Promise<void> {
@@ -163,8 +192,14 @@ export class Studio {
 
   // Notices
 
-  notify(text: string, details: readonly string[] = [], undo = false): void {
-    this.addNotice({ id: doc.newId(), kind: "info", text, details, undo });
+  notify(
+    text: string,
+    details: readonly string[] = [],
+    undo = false,
+    action?: Notice["action"],
+  ): void {
+    const notice: Notice = { id: doc.newId(), kind: "info", text, details, undo };
+    this.addNotice(action ? { ...notice, action } : notice);
   }
 
   private complain(problem: unknown): void {
@@ -190,7 +225,11 @@ export class Studio {
 
   private moved(history: History<doc.StudioDocument>, selected = this.state.selected): void {
     const there = history.now.gestures.some((it) => it.id === selected);
-    this.set({ history, selected: there ? selected : null, figures: null });
+    const gone = new Set(this.document.gestures.map((it) => it.name));
+    for (const { name } of history.now.gestures) gone.delete(name);
+    // The others are examined again before long.
+    const findings = this.state.findings.filter((it) => !it.gestures.some((name) => gone.has(name)));
+    this.set({ history, selected: there ? selected : null, figures: null, findings });
     this.saveSoon();
     this.examineSoon();
   }
@@ -214,6 +253,7 @@ export class Studio {
   /** A stroke has been drawn: an example where gestures are taught, else one to be recognised. */
   async stroke(points: readonly Point[]): Promise<void> {
     if (this.state.mode === "try") return this.recognise(points);
+    if (doc.isDot(points)) return this.notify("That was a dot. A gesture is a stroke.");
     const example = doc.exampleOf(points);
     const { selected } = this.state;
     if (selected === null) {
@@ -242,8 +282,9 @@ export class Studio {
   }
 
   clear(): void {
-    this.lab.cancel();
-    this.set({ model: null, attempt: null, evaluation: null, findings: [], mode: "teach" });
+    this.cancel();
+    this.stopTesting();
+    this.set({ model: null, attempt: null, tested: null, findings: [], mode: "teach" });
     this.change(doc.emptyDocument, null);
     this.notify("A clean sheet.", [], true);
   }
@@ -263,9 +304,11 @@ export class Studio {
     }
   }
 
-  private addTraces(traces: readonly Trace[], unlabelled: string): void {
-    const now = doc.addTraces(this.document, traces, unlabelled);
+  /** The examples that they have become. */
+  private addTraces(traces: readonly Trace[], unlabelled: string): string[] {
+    const { document: now, added } = doc.addTraces(this.document, traces, unlabelled);
     this.change(now, this.state.selected ?? now.gestures[0]?.id ?? null);
+    return added;
   }
 
   // The model
@@ -296,9 +339,9 @@ export class Studio {
     }
   }
 
-  /** Runs a long request in the lab; only one at a time. Null where it was cancelled or refused. */
+  /** Follows a long request; only one at a time. Null where it was cancelled or refused. */
   private async run<T>(kind: JobKind, work: (progress: (share: number) => void) => Promise<T>) {
-    if (this.state.job) this.lab.cancel();
+    if (this.state.job) this.stopJob(this.state.job.kind);
     const job: Job = { kind, share: 0 };
     let mine = job;
     this.set({ job });
@@ -316,11 +359,28 @@ export class Studio {
     }
   }
 
+  private stopJob(kind: JobKind): void {
+    this.engines[kind].cancel();
+    if (kind === "training") void this.prepareTraining();
+  }
+
+  /** The first training of an engine takes longer than all others: nobody waits for this one. */
+  private async prepareTraining(): Promise<void> {
+    try {
+      const few = { gestures: ["caret", "check", "circle"], repetitions: 2 };
+      const { reply } = await this.live.call("starterSet", few);
+      await this.engines.training.call("train", { traces: reply.traces });
+    } catch {
+      // Whoever trains is told.
+    }
+  }
+
   async train(): Promise<void> {
+    this.stopTesting();
     const trainedOn = this.document;
     const { traces } = doc.tracesOf(trainedOn);
     const answer = await this.run("training", (progress) =>
-      this.lab.call("train", { traces }, { progress }),
+      this.engines.training.call("train", { traces }, { progress }),
     );
     if (!answer) return;
     try {
@@ -328,14 +388,15 @@ export class Studio {
     } catch (problem) {
       return this.complain(problem);
     }
-    this.set({ mode: "try", evaluation: null });
+    this.set({ mode: "try", tested: null });
     this.saveSoon();
     void this.examine(true);
+    if (doc.isTestable(trainedOn) && traces.length <= testedUnasked) void this.test();
   }
 
   cancel(): void {
     const kind = this.state.job?.kind;
-    this.lab.cancel();
+    if (kind) this.stopJob(kind);
     this.set({ job: null });
     if (kind === "training") this.notify("Training stopped. Nothing has changed.");
   }
@@ -407,7 +468,7 @@ export class Studio {
     const { traces, places } = doc.tracesOf(of);
     if (traces.length === 0) return this.set({ findings: [], places: [] });
     const ask = (progress?: (share: number) => void) =>
-      this.lab.call("diagnoseTraces", { traces, thorough }, progress ? { progress } : {});
+      this.engines.examining.call("diagnoseTraces", { traces, thorough }, progress ? { progress } : {});
     // The quick examination goes unnoticed.
     const answer = thorough
       ? await this.run("examining", ask)
@@ -415,13 +476,30 @@ export class Studio {
     if (answer && this.document === of) this.set({ findings: answer.reply.findings, places });
   }
 
-  async evaluate(unknown: boolean): Promise<void> {
+  /** Tests every example on a model of all others, beside whatever else is done. */
+  async test(): Promise<void> {
     const of = this.document;
     const { traces, places } = doc.tracesOf(of);
-    const answer = await this.run("testing", (progress) =>
-      this.lab.call("evaluate", { traces, most: mostFolds, unknown }, { progress }),
-    );
-    if (answer) this.set({ evaluation: { result: answer.reply, places, of } });
+    const since = performance.now();
+    let mine: Testing = { done: 0, total: traces.length, since };
+    this.set({ testing: mine });
+    try {
+      const { tests, evaluation } = await this.crew.test(traces, (done) => {
+        if (this.state.testing !== mine) return;
+        mine = { ...mine, done };
+        this.set({ testing: mine });
+      });
+      this.set({ tested: { result: evaluation, tests, places, of } });
+    } catch (problem) {
+      this.complain(problem);
+    } finally {
+      if (this.state.testing === mine) this.set({ testing: null });
+    }
+  }
+
+  stopTesting(): void {
+    this.crew.cancel();
+    this.set({ testing: null });
   }
 
   async showFigures(gesture: string): Promise<void> {
@@ -445,13 +523,29 @@ export class Studio {
     if (looksLikeModel(name)) return this.importModel(name, file);
     try {
       const { reply } = await this.live.call("readTraces", { name }, { file });
-      this.addTraces(reply.traces, nameOfImported);
-      const count = reply.traces.length;
-      this.notify(
-        `${count} ${count === 1 ? "example" : "examples"} from ${name}.`,
-        reply.problems,
-        true,
-      );
+      const added = this.addTraces(reply.traces, nameOfImported);
+      let flipY = false;
+      const turnOver = () => void this.redraw(added, name, file, (flipY = !flipY));
+      this.notify(`${counted(added.length, "example")} from ${name}.`, reply.problems, true, {
+        text: "Turn upside down",
+        act: turnOver,
+      });
+    } catch (problem) {
+      this.complain(problem);
+    }
+  }
+
+  /** Examples of a file, whose y axis may point upwards: here it points down. */
+  private async redraw(
+    examples: readonly string[],
+    name: string,
+    file: Uint8Array,
+    flipY: boolean,
+  ): Promise<void> {
+    try {
+      const { reply } = await this.live.call("readTraces", { name, flipY }, { file });
+      const points = new Map(examples.map((id, i) => [id, reply.traces[i]!.points]));
+      this.change(doc.redrawn(this.document, points));
     } catch (problem) {
       this.complain(problem);
     }
@@ -460,7 +554,8 @@ export class Studio {
   async importModel(name: string, file: Uint8Array): Promise<void> {
     try {
       await this.useFile(file, name, null, null);
-      this.set({ mode: "try", evaluation: null });
+      this.stopTesting();
+      this.set({ mode: "try", tested: null });
       this.saveSoon();
       const { reply } = await this.live.call("diagnoseModel", {});
       const details = reply.findings.map((it) => `${it.text} ${it.advice}`);

@@ -1,52 +1,62 @@
 #include <vesk/hmm/internal/ModelText.h>
 
+#include <vesk/base/internal/SixDigits.h>
 #include <vesk/hmm/internal/Parameters.h>
 
 #include <cassert>
-#include <charconv>
-#include <iterator>
+#include <cstddef>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 namespace Vesk::ML::internal {
 
 namespace {
 
-/// Whether the stream writes numbers in the way that it does unless told otherwise, and the
-/// standard library can do so by itself.
-bool formatsPlainly([[maybe_unused]] const std::ostream& out) {
-#ifdef __cpp_lib_to_chars
+/// Whether the stream writes numbers in the way that it does unless told otherwise.
+bool formatsPlainly(const std::ostream& out) {
     constexpr auto changes = std::ios_base::floatfield | std::ios_base::showpoint |
                              std::ios_base::showpos | std::ios_base::uppercase;
     return (out.flags() & changes) == 0 && out.precision() == 6 && out.width() == 0;
-#else
-    return false;
-#endif
 }
 
-/// As `out << value` does with plain formatting in the classic locale, without the stream's
-/// detours.
-void append([[maybe_unused]] std::string& text, [[maybe_unused]] double value) {
-#ifdef __cpp_lib_to_chars
-    char digits[32];
-    char* const end =
-        std::to_chars(digits, std::end(digits), value, std::chars_format::general, 6).ptr;
-    text.append(std::begin(digits), end);
-#endif
-}
+/// Numbers as a stream writes them, without its detours. Rows of a combined model are one value but
+/// for a few.
+class NumberText {
+public:
+    /// Up to the next call; empty for a number that is the stream's business.
+    std::string_view of(double value) {
+        if (std::memcmp(&value, &last, sizeof value) != 0) {
+            last = value;
+            const char* const end = putSixDigits(text, value);
+            length = end == nullptr ? 0 : static_cast<std::size_t>(end - text);
+        }
+        return {text, length};
+    }
+
+private:
+    double last = 0.0;
+    char text[longestSixDigits] = {'0'};
+    std::size_t length = 1;
+};
 
 }  // namespace
 
 void writeLine(std::ostream& out, Table<const double> values) {
     const bool plainly = formatsPlainly(out);
     const char* separator = "";
+    NumberText text;
     std::string row;
     for (int r = 0; r < values.rows; ++r) {
         row.clear();
         for (int c = 0; c < values.cols; ++c) {
-            if (plainly) {
-                append(row += separator, values(r, c));
-            } else {
+            if (!plainly) {
                 out << separator << values(r, c);
+            } else if (const std::string_view word = text.of(values(r, c)); !word.empty()) {
+                (row += separator) += word;
+            } else {
+                out << row << separator << values(r, c);
+                row.clear();
             }
             separator = " ";
         }

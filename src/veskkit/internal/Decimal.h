@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <string>
+#include <string_view>
 
 namespace Vesk::Kit::internal {
 
@@ -12,7 +12,7 @@ namespace Vesk::Kit::internal {
 /// of at most 15 digits, whose power of ten a double holds. Then one operation on exact numbers
 /// gives the nearest one (W. D. Clinger, How to read floating point numbers accurately, 1990).
 /// Nothing for any other text, be it a number or not. O(length).
-inline std::optional<double> shortDecimal(const std::string& text) {
+inline std::optional<double> shortDecimal(std::string_view text) {
     constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                  1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                  1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};

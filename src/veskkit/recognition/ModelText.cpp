@@ -13,6 +13,7 @@
 #include <locale>
 #include <optional>
 #include <sstream>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -52,29 +53,34 @@ public:
         return false;
     }
 
-    /// The next word. `what` it has to be is for the message: a callable that makes the text.
+    /// The next word, up to the next call. `what` it has to be is for the message: a callable that
+    /// makes the text.
     template <typename What>
-    std::string word(const What& what) {
+    std::string_view word(const What& what) {
         if (!more()) fail("the end of the file", what);
-        std::string result;
-        for (int c = peek(); c != end && c != ' ' && (c < '\t' || c > '\r'); c = peek()) {
-            if (result.size() == longestWord) fail("a word of more than 4096 characters", what);
-            result.push_back(static_cast<char>(c));
-            advance();
-        }
-        return result;
+        std::size_t length = lengthOfWord();
+        if (next + length < filled) return taken(length);
+        // It goes on where the buffer ends, or may do so.
+        cut.clear();
+        do {
+            cut += taken(length);
+            if (cut.size() > longestWord) fail("a word of more than 4096 characters", what);
+            length = peek() == end ? 0 : lengthOfWord();
+        } while (length > 0);
+        return cut;
     }
 
     template <typename T, typename What>
     T number(const What& what) {
-        const std::string found = word(what);
+        const std::string_view found = word(what);
         if constexpr (std::is_same_v<T, double>) {
             if (const std::optional<double> value = internal::shortDecimal(found)) return *value;
         }
         T value{};
         converter.clear();
-        converter.str(found);
-        if (!(converter >> value) || converter.peek() != end) fail(quoted(found), what);
+        converter.str(std::string(found));
+        if (!(converter >> value) || converter.peek() != end)
+            fail(quoted(std::string(found)), what);
         return value;
     }
 
@@ -119,10 +125,24 @@ private:
     }
     void advance() { ++next; }
 
+    /// How many of the buffer's characters from `next` on are no white space.
+    std::size_t lengthOfWord() const {
+        std::size_t i = next;
+        while (i < filled && buffer[i] != ' ' && (buffer[i] < '\t' || buffer[i] > '\r')) ++i;
+        return i - next;
+    }
+
+    std::string_view taken(std::size_t length) {
+        const std::string_view result(buffer.data() + next, length);
+        next += length;
+        return result;
+    }
+
     std::istream& in;
     std::array<char, 4096> buffer;  ///< the stream's characters from `next` to `filled`
     std::size_t next = 0;
     std::size_t filled = 0;
+    std::string cut;  ///< a word that the end of the buffer cut
     std::string source;
     std::size_t line = 1;
     std::istringstream converter;
@@ -201,7 +221,7 @@ RecognitionModelHMM readHeader(Words& words) {
 }
 
 LeftRightHMM readGesture(Words& words, const MatrixT<double>& vocab) {
-    const std::string name = words.word([] { return "a gesture's name"; });
+    const std::string name(words.word([] { return "a gesture's name"; }));
     const std::string owner = "gesture " + quoted(name);
     const Counts counts = readCounts(words, owner);
     const int delta = words.number<int>([&] { return "the largest jump of " + owner; });

@@ -32,8 +32,18 @@ export function exampleOf(points: readonly Point[], user = ""): Example {
   return { id: newId(), user, points };
 }
 
+/** Nothing can be learnt from a stroke that goes nowhere. */
+export function isDot(points: readonly Point[]): boolean {
+  return points.every(([x, y]) => x === points[0]![0] && y === points[0]![1]);
+}
+
 export function countExamples(document: StudioDocument): number {
   return document.gestures.reduce((sum, gesture) => sum + gesture.examples.length, 0);
+}
+
+/** Whether something is left to train on of every gesture when an example is left out. */
+export function isTestable(document: StudioDocument): boolean {
+  return document.gestures.length > 1 && document.gestures.every((it) => it.examples.length > 1);
 }
 
 /** "gesture-1", "gesture-2", ...: the first that is free. Names in a model have no blanks. */
@@ -91,20 +101,35 @@ export function renameGesture(document: StudioDocument, id: string, name: string
   return replaced(document, id, (it) => ({ ...it, name: name.trim() }));
 }
 
-/** Adds traces to the gestures of their labels; those without go to one named `unlabelled`. */
+/** Adds traces to the gestures of their labels; those without go to one named `unlabelled`. `added` has
+ * the examples that they have become, in their order. */
 export function addTraces(
   document: StudioDocument,
   traces: readonly Trace[],
   unlabelled: string,
-): StudioDocument {
+): { document: StudioDocument; added: string[] } {
   const byName = new Map(document.gestures.map((it) => [it.name, { ...it, examples: [...it.examples] }]));
-  for (const trace of traces) {
+  const added = traces.map((trace) => {
     const name = trace.gesture.trim() || unlabelled;
     const gesture = byName.get(name) ?? { id: newId(), name, examples: [] };
-    gesture.examples.push(exampleOf(trace.points.map(([x, y]) => [x, y]), trace.user));
+    const example = exampleOf(trace.points.map(([x, y]) => [x, y]), trace.user);
+    gesture.examples.push(example);
     byName.set(name, gesture);
-  }
-  return { gestures: [...byName.values()] };
+    return example.id;
+  });
+  return { document: { gestures: [...byName.values()] }, added };
+}
+
+/** The examples of these names drawn in another way; those that are gone stay gone. */
+export function redrawn(
+  document: StudioDocument,
+  points: ReadonlyMap<string, readonly Point[]>,
+): StudioDocument {
+  const gestures = document.gestures.map((gesture) => ({
+    ...gesture,
+    examples: gesture.examples.map((it) => ({ ...it, points: points.get(it.id) ?? it.points })),
+  }));
+  return { gestures };
 }
 
 export interface Place {

@@ -43,7 +43,7 @@ export interface Verdict {
   margin: number | null;
   scores: Score[];
   symbols: number[];
-  answers: { logRatio: number | null; gesture: string }[];
+  answers: BoundedAnswer[];
   path: StatePath | null;
 }
 
@@ -63,15 +63,28 @@ export interface TradeOffPoint {
   unknownAccepted: Share;
 }
 
+interface BoundedAnswer {
+  logRatio: number | null;
+  gesture: string;
+}
+
+/** What models that never saw an example make of it. */
+export interface ExampleTest {
+  expected: string;
+  answer: string;
+  rejection: Verdict["rejection"];
+  answers: BoundedAnswer[];
+  asUnknown: string | null;
+  answersAsUnknown: BoundedAnswer[];
+}
+
 export interface Evaluation {
-  folds: number;
   correct: Share;
   wrong: Share;
   rejected: Share;
   unknownAccepted: Share;
   /** An <svg> element. */
   confusion: string;
-  mistakes: { trace: number; answer: string; rejection: string }[];
   tradeOff: TradeOffPoint[];
 }
 
@@ -88,7 +101,7 @@ export interface Requests {
     { users?: number; repetitions?: number; seed?: number; gestures?: string[] },
     { traces: Trace[]; known: string[] },
   ];
-  readTraces: [{ name: string }, { traces: Trace[]; problems: string[] }];
+  readTraces: [{ name: string; flipY?: boolean }, { traces: Trace[]; problems: string[] }];
   writeTraces: [{ traces: Trace[] }, Nothing];
   diagnoseTraces: [{ traces: Trace[]; thorough: boolean }, { findings: Finding[] }];
   train: [
@@ -107,7 +120,9 @@ export interface Requests {
   drawGesture: [{ gesture: string; traces: Trace[] }, { figures: Figure[] }];
   writeScene: [Nothing, Nothing];
   writeReport: [{ traces: Trace[] }, Nothing];
-  evaluate: [{ traces: Trace[]; most: number; unknown: boolean }, Evaluation];
+  holdTraces: [{ traces: Trace[] }, Nothing];
+  testExample: [{ example: number }, ExampleTest];
+  summarizeTests: [{ tests: ExampleTest[] }, Evaluation];
   colours: [Nothing, { css: string }];
 }
 

@@ -3,6 +3,9 @@ import type { FromWorker, ToWorker } from "./protocol";
 
 const engine = load().then((module) => new module.Engine());
 
+/** Milliseconds between two shares that are told: the page draws itself anew for each. */
+const betweenShares = 50;
+
 function tell(message: FromWorker, owned: Transferable[] = []): void {
   postMessage(message, { transfer: owned });
 }
@@ -11,7 +14,13 @@ addEventListener("message", async (event: MessageEvent<ToWorker>) => {
   const { id, request, arguments: given, file } = event.data;
   try {
     const it = await engine;
-    const progress = (share: number) => tell({ id, share });
+    let last = performance.now();
+    const progress = (share: number) => {
+      const now = performance.now();
+      if (now - last < betweenShares) return;
+      last = now;
+      tell({ id, share });
+    };
     const reply = JSON.parse(it.call(request, JSON.stringify(given), file ?? "", progress));
     if (typeof reply.error === "string") {
       tell({ id, error: reply.error });

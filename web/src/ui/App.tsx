@@ -25,22 +25,8 @@ export function App({ studio }: { studio: Studio }) {
         </h1>
         <Storage state={state} />
         <div class="row">
-          <button
-            type="button"
-            aria-label="Undo"
-            disabled={state.history.past.length === 0}
-            onClick={() => studio.undo()}
-          >
-            <Icon name="undo" />
-          </button>
-          <button
-            type="button"
-            aria-label="Redo"
-            disabled={state.history.future.length === 0}
-            onClick={() => studio.redo()}
-          >
-            <Icon name="redo" />
-          </button>
+          <Step name="Undo" icon="undo" to={state.history.past} onStep={() => studio.undo()} />
+          <Step name="Redo" icon="redo" to={state.history.future} onStep={() => studio.redo()} />
           <FileMenu studio={studio} state={state} />
         </div>
       </header>
@@ -54,6 +40,22 @@ export function App({ studio }: { studio: Studio }) {
         <GestureList studio={studio} state={state} />
       </main>
     </>
+  );
+}
+
+interface StepProps {
+  name: string;
+  icon: "undo" | "redo";
+  /** What there is to go to. */
+  to: readonly unknown[];
+  onStep(): void;
+}
+
+function Step({ name, icon, to, onStep }: StepProps) {
+  return (
+    <button type="button" aria-label={name} title={name} disabled={to.length === 0} onClick={onStep}>
+      <Icon name={icon} />
+    </button>
   );
 }
 
@@ -133,7 +135,6 @@ function Stage({ studio, state }: { studio: Studio; state: State }) {
 const jobTexts: Record<Job["kind"], string> = {
   training: "Training",
   examining: "Looking for mistakes",
-  testing: "Testing on unseen examples",
 };
 
 function TrainBar({ studio, state }: { studio: Studio; state: State }) {

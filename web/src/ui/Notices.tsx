@@ -16,8 +16,8 @@ export function Notices({ studio, notices }: { studio: Studio; notices: readonly
 
 function One({ studio, notice }: { studio: Studio; notice: Notice }) {
   useEffect(() => {
-    // What went wrong stays until it has been read.
-    if (notice.kind === "problem" || notice.details.length > 0) return;
+    // What went wrong, or asks for a choice, stays until it has been read.
+    if (notice.kind === "problem" || notice.details.length > 0 || notice.action) return;
     const timer = setTimeout(() => studio.dismiss(notice.id), shownFor);
     return () => clearTimeout(timer);
   }, [notice.id]);
@@ -33,6 +33,11 @@ function One({ studio, notice }: { studio: Studio; notice: Notice }) {
           </ul>
         )}
       </div>
+      {notice.action && (
+        <button type="button" class="quiet" onClick={notice.action.act}>
+          {notice.action.text}
+        </button>
+      )}
       {notice.undo && (
         <button
           type="button"

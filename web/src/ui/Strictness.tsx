@@ -7,12 +7,12 @@ const highest = 5;
 
 /** How much likelier than the threshold model a gesture has to be, and what that costs. */
 export function Strictness({ studio, state }: { studio: Studio; state: State }) {
-  const { model, evaluation } = state;
+  const { model, tested, testing } = state;
   if (!model) return null;
   const ratio = model.description.acceptanceRatio;
   const decades = Math.min(Math.max(Math.log10(Math.max(ratio, 1e-9)), lowest), highest);
   const moved = Math.abs(Math.log(ratio / model.ratio)) > 0.01;
-  const cost = evaluation && nearest(evaluation.result.tradeOff, ratio);
+  const cost = tested && nearest(tested.result.tradeOff, ratio);
   return (
     <section class="strictness" aria-labelledby="strictness-heading">
       <header>
@@ -42,7 +42,15 @@ export function Strictness({ studio, state }: { studio: Studio; state: State }) 
       <p class="faint">
         A gesture has to be {ratioText(ratio)} times as likely as any other movement.
       </p>
-      {cost ? <Cost cost={cost} /> : <p class="faint">Test on unseen examples to see what it costs.</p>}
+      {cost ? (
+        <Cost cost={cost} />
+      ) : (
+        <p class="faint">
+          {testing
+            ? "What it costs is known once all examples are tested."
+            : "Test on unseen examples to see what it costs."}
+        </p>
+      )}
     </section>
   );
 }

@@ -29,7 +29,7 @@ export function VerdictPanel({ studio, state }: { studio: Studio; state: State }
           that it goes through.
         </p>
       )}
-      {attempt && <Keep studio={studio} state={state} />}
+      {attempt && attempt.verdict.rejection !== "too short" && <Keep studio={studio} state={state} />}
     </section>
   );
 }

@@ -55,6 +55,15 @@ export function percent(share: Share): string {
 
 /** "1,000", "0.02": a ratio as it is said. */
 export function ratioText(ratio: number): string {
-  if (ratio >= 100) return Math.round(ratio).toLocaleString("en");
+  if (ratio >= 100) return Number(ratio.toPrecision(3)).toLocaleString("en");
   return ratio.toPrecision(2).replace(/\.?0+$/, "");
+}
+
+/** How long it will be, once that can be guessed: "about 20 s left". */
+export function remainingText(done: number, total: number, milliseconds: number): string {
+  if (done === 0 || done === total) return "";
+  const seconds = ((total - done) * milliseconds) / done / 1000;
+  if (seconds < 10) return "a few seconds left";
+  if (seconds < 90) return `about ${10 * Math.round(seconds / 10)} s left`;
+  return `about ${Math.round(seconds / 60)} min left`;
 }

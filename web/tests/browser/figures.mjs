@@ -11,7 +11,24 @@ function weight(path) {
   return readdirSync(path).reduce((sum, name) => sum + weight(join(path, name)), 0);
 }
 
-const median = (values) => values.sort((a, b) => a - b)[Math.floor(values.length / 2)];
+const all = (values) => values.map(Math.round).join(", ");
+const median = (values) => [...values].sort((a, b) => a - b)[Math.floor(values.length / 2)];
+
+/** In the page: from the click to the page with the model. */
+function timeOfTraining() {
+  return new Promise((resolve) => {
+    const heading = document.getElementById("stage-heading");
+    const button = document.querySelector(".train button");
+    const start = performance.now();
+    const observer = new MutationObserver(() => {
+      if (!heading.textContent.startsWith("Try")) return;
+      observer.disconnect();
+      resolve(performance.now() - start);
+    });
+    observer.observe(heading, { childList: true, characterData: true, subtree: true });
+    button.click();
+  });
+}
 
 /** What the page weighs, how fast it answers and trains; nothing is expected of these. */
 export async function figures(studio, { byGesture, vesk }) {
@@ -26,16 +43,13 @@ export async function figures(studio, { byGesture, vesk }) {
   await it.message();
   await page.waitForTimeout(1500);
 
+  const now = () => page.evaluate(() => performance.now());
+  const idle = () => page.locator(".train .progress").waitFor({ state: "detached" });
   const trained = [];
-  const started = () => page.evaluate(() => performance.now());
-  for (let i = 0; i < 3; ++i) {
-    const start = await started();
-    await it.button(/^Train/).click();
-    await page.getByRole("heading", { name: /^Try/ }).waitFor();
-    trained.push((await started()) - start);
-    await page.locator(".progress").waitFor({ state: "detached" });
-    // A training that breaks into the examination that follows begins with a new worker.
-    await page.waitForTimeout(3000);
+  for (let i = 0; i < 5; ++i) {
+    trained.push(await page.evaluate(timeOfTraining));
+    await it.button("Stop").click();
+    await idle();
     await it.button("Teach").click();
   }
   await it.button("Try").click();
@@ -44,10 +58,14 @@ export async function figures(studio, { byGesture, vesk }) {
     await it.verdictOf(() => it.draw(trace.points));
     verdicts.push(Number(/([\d.]+) ms/.exec(await page.locator(".verdict").textContent())[1]));
   }
+  const testing = await now();
+  await it.button("Test").click();
+  await page.locator(".cost").waitFor({ timeout: 600_000 });
+  const tested = (await now()) - testing;
   await it.close();
 
   const programs = [];
-  for (let i = 0; i < 3; ++i) {
+  for (let i = 0; i < 5; ++i) {
     const start = performance.now();
     native(vesk, "train", file, "-o", model, "--threads", "1");
     programs.push(performance.now() - start);
@@ -55,7 +73,8 @@ export async function figures(studio, { byGesture, vesk }) {
   return (
     `${Math.round(weight(dist) / 1000)} kB compressed; pen-up to verdict ` +
     `${median(verdicts).toFixed(1)} ms (median of ${verdicts.length}, ${byGesture.size} gestures); ` +
-    `training ${byGesture.size} x 10 in ${Math.round(median(trained))} ms, ` +
-    `the program on one thread ${Math.round(median(programs))} ms`
+    `training ${byGesture.size} x 10 in ${all(trained)} ms, ` +
+    `the program on one thread ${all(programs)} ms; ` +
+    `${traces.length} examples left out one by one in ${Math.round(tested / 1000)} s`
   );
 }

@@ -36,6 +36,7 @@ export async function hostility(studio, { byGesture }) {
 
   for (const [name, text, expected] of refused) {
     await it.bringIn("Examples", name === ".." ? "...jsonl" : name, text);
+    if (name === "broken.xml") await it.screenshot("refused-file");
     assert.match(await it.message(), expected, name);
     assert.equal(await page.locator(".card").count(), 2, name);
   }
@@ -63,10 +64,11 @@ export async function hostility(studio, { byGesture }) {
   // Markup in names stays text, everywhere.
   await it.bringIn("Examples", "markup.jsonl", line(markup, stroke).repeat(4));
   await it.message();
+  await it.screenshot("hostile-names");
   const card = page.locator(".card", { hasText: "<img src=x" }).first();
   await card.locator(".card-head").click();
   await it.train();
-  await page.locator(".progress").waitFor({ state: "detached" });
+  await page.locator(".train .progress").waitFor({ state: "detached" });
   await it.button(/What the model sees/).click();
   await page.locator(".card-body .plot svg").nth(1).waitFor();
   await it.button("Try").click();

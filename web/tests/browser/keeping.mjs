@@ -50,7 +50,7 @@ export async function forgetting(studio, { byGesture }) {
     const { length } = readFileSync(await it.takeHome(/^Examples/));
     assert.ok(length > 100, "the examples can be taken home");
     await it.expectAccessible("storage refused");
-    await it.screenshot(`refused-${words.split(" ")[0]}`);
+    await it.screenshot(`not-kept-${words.split(" ")[0]}`);
     await it.close();
   }
 }

@@ -47,6 +47,7 @@ export async function phone(studio, { byGesture }) {
 /** In the dark. */
 export async function dark(studio) {
   const it = await Page.open(studio, { colorScheme: "dark" });
+  await it.screenshot("dark-empty");
   await it.button(/^Start with a dozen/).click();
   await it.page.locator(".card").nth(11).waitFor();
   await it.train();
@@ -90,6 +91,7 @@ export async function keyboard(studio) {
   await press("Enter");
   await page.getByRole("heading", { name: "Teach “corner”" }).waitFor();
   await goTo("New");
+  await it.screenshot("focus");
   await press("Enter");
   await corner("ArrowUp", "ArrowLeft");
   await corner("ArrowUp", "ArrowLeft");

@@ -10,14 +10,14 @@ import { hostility } from "./hostility.mjs";
 import { forgetting, keeping } from "./keeping.mjs";
 import { dark, keyboard, phone } from "./people.mjs";
 import { browserPath, folder, started, tracesByGesture } from "./support.mjs";
-import { teaching, tools } from "./teaching.mjs";
+import { teaching, tools, upsideDown } from "./teaching.mjs";
 
 const [vesk, ...wanted] = process.argv.slice(2);
 if (!browserPath()) {
   console.log("skipped: no chromium is installed (scripts/setup --test does it)");
   process.exit(77);
 }
-const scenarios = { teaching, tools, hostility, keeping, forgetting, phone, dark, keyboard, figures };
+const scenarios = { teaching, tools, upsideDown, hostility, keeping, forgetting, phone, dark, keyboard, figures };
 const studio = await started();
 const given = { vesk, byGesture: tracesByGesture(vesk) };
 let failed = 0;

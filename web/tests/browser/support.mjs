@@ -212,9 +212,9 @@ export class Page {
     return found.length;
   }
 
-  async screenshot(name) {
+  async screenshot(name, { fullPage = true, delay = 300 } = {}) {
     if (!screenshots) return;
-    await this.page.waitForTimeout(300);
-    await this.page.screenshot({ path: resolve(screenshots, `${name}.png`) });
+    await this.page.waitForTimeout(delay);
+    await this.page.screenshot({ path: resolve(screenshots, `${name}.png`), fullPage });
   }
 }

@@ -1,24 +1,6 @@
 import { describe, expect, it } from "vitest";
 import { Cancelled, EngineClient, EngineError } from "../../src/engine/client";
-import type { FromWorker, ToWorker } from "../../src/engine/protocol";
-
-/** A worker that answers when it is told to. */
-class FakeWorker extends EventTarget {
-  readonly asked: ToWorker[] = [];
-  terminated = false;
-
-  postMessage(message: ToWorker): void {
-    this.asked.push(message);
-  }
-
-  terminate(): void {
-    this.terminated = true;
-  }
-
-  say(data: FromWorker): void {
-    this.dispatchEvent(Object.assign(new Event("message"), { data }));
-  }
-}
+import { FakeWorker } from "./fake-worker";
 
 function client() {
   const workers: FakeWorker[] = [];

@@ -25,7 +25,7 @@ describe("document", () => {
   });
 
   it("adds traces to the gestures of their labels", () => {
-    const now = doc.addTraces(
+    const { document: now, added } = doc.addTraces(
       documentOf("circle"),
       [
         { gesture: "circle", user: "u1", points: stroke },
@@ -40,6 +40,20 @@ describe("document", () => {
       ["imported", 1],
     ]);
     expect(now.gestures[0]!.examples[1]!.user).toBe("u1");
+    expect(added).toEqual([
+      now.gestures[0]!.examples[1]!.id,
+      now.gestures[1]!.examples[0]!.id,
+      now.gestures[2]!.examples[0]!.id,
+    ]);
+  });
+
+  it("draws some examples in another way, and no others", () => {
+    const before = doc.addExample(documentOf("a", "b"), "id of b", doc.exampleOf(stroke, "u2"));
+    const [kept, redrawn] = before.gestures[1]!.examples;
+    const other: [number, number][] = [[0, 0], [10, -5]];
+    const now = doc.redrawn(before, new Map([[redrawn!.id, other], ["gone", other]]));
+    expect(now.gestures[0]).toEqual(before.gestures[0]);
+    expect(now.gestures[1]!.examples).toEqual([kept, { ...redrawn, points: other }]);
   });
 
   it("hands examples to the engine with the places they have", () => {
@@ -49,6 +63,20 @@ describe("document", () => {
     expect(traces[2]!.user).toBe("u2");
     expect(places[2]).toEqual({ gesture: "id of b", example: it.gestures[1]!.examples[1]!.id });
     expect(doc.countExamples(it)).toBe(3);
+  });
+
+  it("tells a dot from a stroke", () => {
+    expect(doc.isDot([[3, 4]])).toBe(true);
+    expect(doc.isDot([[3, 4], [3, 4]])).toBe(true);
+    expect(doc.isDot([[3, 4], [3, 5]])).toBe(false);
+  });
+
+  it("can be tested where every gesture keeps an example when one is left out", () => {
+    const both = doc.addExample(documentOf("a", "b"), "id of a", doc.exampleOf(stroke));
+    expect(doc.isTestable(both)).toBe(false);
+    const enough = doc.addExample(both, "id of b", doc.exampleOf(stroke));
+    expect(doc.isTestable(enough)).toBe(true);
+    expect(doc.isTestable(doc.removeGesture(enough, "id of b"))).toBe(false);
   });
 
   it("says what stands against a name", () => {

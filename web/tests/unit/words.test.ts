@@ -1,6 +1,6 @@
 import { describe, expect, it } from "vitest";
 import type { Verdict } from "../../src/engine/protocol";
-import { factorText, marginText, percent, ratioText, rejectionText } from "../../src/ui/words";
+import { factorText, marginText, percent, ratioText, rejectionText, remainingText } from "../../src/ui/words";
 
 function rejected(rejection: Verdict["rejection"], margin: number | null): Verdict {
   const scores = [{ gesture: "circle", logProbability: -50, margin }];
@@ -38,8 +38,17 @@ describe("words", () => {
     expect(percent({ count: 0, total: 0 })).toBe("–");
   });
 
+  it("guesses how long it will be", () => {
+    expect(remainingText(0, 96, 3000)).toBe("");
+    expect(remainingText(96, 96, 3000)).toBe("");
+    expect(remainingText(95, 96, 3000)).toBe("a few seconds left");
+    expect(remainingText(10, 40, 10_000)).toBe("about 30 s left");
+    expect(remainingText(1, 181, 1000)).toBe("about 3 min left");
+  });
+
   it("says ratios", () => {
     expect(ratioText(1000.002)).toBe("1,000");
+    expect(ratioText(99_988)).toBe("100,000");
     expect(ratioText(0.02)).toBe("0.02");
     expect(ratioText(3)).toBe("3");
   });
