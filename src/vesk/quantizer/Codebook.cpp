@@ -1,5 +1,6 @@
 #include <vesk/quantizer/VectorQuantizer2D.h>
 
+#include <cstddef>
 #include <utility>
 
 namespace Vesk::ML {
@@ -17,6 +18,7 @@ void VectorQuantizer2D::setCodebook(std::vector<double> codebook) {
 }
 
 void VectorQuantizer2D::initializeCodebook(int n) {
+    if (n > 0) codebook.reserve(codebook.size() + static_cast<std::size_t>(n));
     codebookSize = n;
     // A single-precision step, added up: 51.428569793701171875 for n = 7, not 360 / 7.
     const double step = 360.0F / static_cast<float>(n);
