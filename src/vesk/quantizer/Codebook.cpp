@@ -11,10 +11,10 @@ VectorQuantizer2D::~VectorQuantizer2D() = default;
 
 void VectorQuantizer2D::stop() {}
 
-void VectorQuantizer2D::setCodebook(std::vector<double> codebook) {
-    this->codebook = std::move(codebook);
+void VectorQuantizer2D::setCodebook(std::vector<double> directions) {
+    codebook = std::move(directions);
     codebookReady = true;
-    codebookSize = static_cast<int>(this->codebook.size());
+    codebookSize = static_cast<int>(codebook.size());
 }
 
 void VectorQuantizer2D::initializeCodebook(int n) {
