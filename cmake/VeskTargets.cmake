@@ -11,7 +11,7 @@ target_compile_options(vesk_private INTERFACE
     # Every product is rounded before it is added: the same bits on every CPU.
     -ffp-contract=off
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
-    # Parameters may bear a public member's name: the textbook's letters are both.
+    # Of constructors, parameters may bear a member's name, which g++'s -Wshadow has no word for.
     $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
     # g++ 12 sees overlaps that cannot be in concatenations of std::string at -O3.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
@@ -36,7 +36,9 @@ endif()
 # What is shipped: no conversion that loses bits unseen; in optimised builds the stack, copies of the
 # C library and the tables of the linker are guarded. WebAssembly guards them itself.
 add_library(vesk_shipped INTERFACE)
-target_compile_options(vesk_shipped INTERFACE -Wconversion)
+target_compile_options(vesk_shipped INTERFACE
+    -Wconversion
+    $<$<CXX_COMPILER_ID:Clang>:-Wshadow>)
 if(NOT VESK_SANITIZE AND NOT EMSCRIPTEN)
     set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
     target_compile_options(vesk_shipped INTERFACE

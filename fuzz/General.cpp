@@ -1,15 +1,12 @@
 // Any bytes as the file of a general model: read as the literal reader does, refused where
 // docs/formats.md says so and nowhere else; what comes out can be used for everything.
 
-#include "Bounds.h"
-#include "MemoryFile.h"
-#include "Target.h"
+#include "ModelFile.h"
 
 #include <support/HmmModels.h>
 #include <vesk/hmm/HMM.h>
 
 #include <memory>
-#include <new>
 #include <sstream>
 #include <string>
 
@@ -57,20 +54,11 @@ void use(HMM& model, bool small) {
 }  // namespace
 
 void Vesk::Fuzz::take(const std::string& text) {
-    const MemoryFile file(text);
-    const Bounds bounds = boundsOf(text);
-    std::unique_ptr<HMM> model;
-    try {
-        model.reset(Vesk::ML::load(file.path().c_str()));
-    } catch (const std::bad_alloc&) {
-        expect(bounds.exceeded(), "only what is too large is refused");
-        return;
-    }
-    expect(!bounds.exceeded(), "what is too large is refused");
-    expect(model != nullptr, "a file that can be opened gives a model");
-    if (bounds.small()) {
-        expect(Vesk::Test::modelsEqual(Vesk::Test::Reference::parse(text), *model),
-               "read as the literal reader does");
-    }
-    use(*model, bounds.small());
+    takeModelFile(
+        text, boundsOf(text),
+        [](const char* path) { return std::unique_ptr<HMM>(Vesk::ML::load(path)); },
+        [&](const HMM& model) {
+            return Vesk::Test::modelsEqual(Vesk::Test::Reference::parse(text), model);
+        },
+        use);
 }

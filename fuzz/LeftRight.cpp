@@ -1,14 +1,11 @@
 // Any bytes as the file of a left-right model, as General.cpp does for general ones.
 
-#include "Bounds.h"
-#include "MemoryFile.h"
-#include "Target.h"
+#include "ModelFile.h"
 
 #include <support/LeftRightModels.h>
 #include <vesk/leftright/LeftRightHMM.h>
 
 #include <memory>
-#include <new>
 #include <sstream>
 #include <string>
 
@@ -53,20 +50,11 @@ void use(LeftRightHMM& model, bool small) {
 }  // namespace
 
 void Vesk::Fuzz::take(const std::string& text) {
-    const MemoryFile file(text);
-    const Bounds bounds = boundsOf(text);
-    std::unique_ptr<LeftRightHMM> model;
-    try {
-        model.reset(Vesk::ML::loadLR(file.path().c_str()));
-    } catch (const std::bad_alloc&) {
-        expect(bounds.exceeded(), "only what is too large is refused");
-        return;
-    }
-    expect(!bounds.exceeded(), "what is too large is refused");
-    expect(model != nullptr, "a file that can be opened gives a model");
-    if (bounds.small()) {
-        expect(Vesk::Test::sameModel(Vesk::Test::Reference::parseLeftRight(text), *model),
-               "read as the literal reader does");
-    }
-    use(*model, bounds.small());
+    takeModelFile(
+        text, boundsOf(text),
+        [](const char* path) { return std::unique_ptr<LeftRightHMM>(Vesk::ML::loadLR(path)); },
+        [&](const LeftRightHMM& model) {
+            return Vesk::Test::sameModel(Vesk::Test::Reference::parseLeftRight(text), model);
+        },
+        use);
 }

@@ -61,7 +61,8 @@ std::string branch(const std::string& patterns, const std::string& action) {
 std::string pattern(const std::string& command, const OptionText& option) {
     std::string text;
     for (const std::string& name : option.names) {
-        text += (text.empty() ? "" : " | ") + command + "," + name;
+        if (!text.empty()) text += " | ";
+        text.append(command).append(",").append(name);
     }
     return text;
 }

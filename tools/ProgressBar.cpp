@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <utility>
@@ -25,13 +26,13 @@ bool colourWanted() {
 
 void redraw(const std::string& line) {
     // Back to the line's start; what is left of a longer line is erased.
-    std::fprintf(stderr, "\r%s\033[K", line.c_str());
-    std::fflush(stderr);
+    static_cast<void>(std::fprintf(stderr, "\r%s\033[K", line.c_str()));
+    static_cast<void>(std::fflush(stderr));
 }
 
 /// "0:07", "12:34", "3:00:00".
 std::string duration(double seconds) {
-    const auto whole = static_cast<long>(seconds + 0.5);
+    const auto whole = std::lround(seconds);
     const long hours = whole / 3600;
     const long minutes = whole / 60 % 60;
     return hours > 0 ? fmt::format("{}:{:02}:{:02}", hours, minutes, whole % 60)

@@ -25,7 +25,7 @@ bool quiet = false;
 }  // namespace
 
 void outliveFailedWrites() {
-    for (const int signal : {SIGPIPE, SIGXFSZ}) std::signal(signal, SIG_IGN);
+    for (const int signal : {SIGPIPE, SIGXFSZ}) static_cast<void>(std::signal(signal, SIG_IGN));
 }
 
 void writeResult(std::string_view text) {

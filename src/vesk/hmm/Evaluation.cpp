@@ -18,10 +18,10 @@ MatrixT<double> HMM::forwardProc(VectorT<int> observation, int T) {
                              internal::observed(observation, T, vocabSize), T);
 }
 
-MatrixT<double> HMM::forwardProcHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
-                                    MatrixT<double> a, MatrixT<double> b) {
-    return internal::forward(internal::givenParameters(N, pi, a, b),
-                             internal::observed(observation, T, b.cols), T);
+MatrixT<double> HMM::forwardProcHMM(VectorT<int> observation, int T, int N, VectorT<double> initial,
+                                    MatrixT<double> transitions, MatrixT<double> emissions) {
+    return internal::forward(internal::givenParameters(N, initial, transitions, emissions),
+                             internal::observed(observation, T, emissions.cols), T);
 }
 
 MatrixT<double> HMM::backwardProc(VectorT<int> observation, int T) {
@@ -30,10 +30,10 @@ MatrixT<double> HMM::backwardProc(VectorT<int> observation, int T) {
         internal::observed(observation, T, vocabSize), T);
 }
 
-MatrixT<double> HMM::backwardProcHMM(VectorT<int> observation, int T, int N, MatrixT<double> a,
-                                     MatrixT<double> b) {
-    return internal::backward(internal::givenParameters(N, a, b),
-                              internal::observed(observation, T, b.cols), T);
+MatrixT<double> HMM::backwardProcHMM(VectorT<int> observation, int T, int N,
+                                     MatrixT<double> transitions, MatrixT<double> emissions) {
+    return internal::backward(internal::givenParameters(N, transitions, emissions),
+                              internal::observed(observation, T, emissions.cols), T);
 }
 
 double HMM::forwardProbability(VectorT<int> observation, int T) {
@@ -42,11 +42,12 @@ double HMM::forwardProbability(VectorT<int> observation, int T) {
                                        internal::observed(observation, T, vocabSize), T);
 }
 
-double HMM::forwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
-                                  MatrixT<double> a, MatrixT<double> b) {
+double HMM::forwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> initial,
+                                  MatrixT<double> transitions, MatrixT<double> emissions) {
     if (T < 1) return 0.0;
-    return internal::forwardLikelihood(internal::givenParameters(N, pi, a, b),
-                                       internal::observed(observation, T, b.cols), T);
+    return internal::forwardLikelihood(
+        internal::givenParameters(N, initial, transitions, emissions),
+        internal::observed(observation, T, emissions.cols), T);
 }
 
 std::vector<double> HMM::likelihoods(const std::vector<std::vector<int>>& sequences) const {
@@ -66,11 +67,12 @@ double HMM::backwardProbability(VectorT<int> observation, int T) {
                                         internal::observed(observation, T, vocabSize), T);
 }
 
-double HMM::backwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> pi,
-                                   MatrixT<double> a, MatrixT<double> b) {
+double HMM::backwardProbabilityHMM(VectorT<int> observation, int T, int N, VectorT<double> initial,
+                                   MatrixT<double> transitions, MatrixT<double> emissions) {
     if (T < 1) return 0.0;
-    return internal::backwardLikelihood(internal::givenParameters(N, pi, a, b),
-                                        internal::observed(observation, T, b.cols), T);
+    return internal::backwardLikelihood(
+        internal::givenParameters(N, initial, transitions, emissions),
+        internal::observed(observation, T, emissions.cols), T);
 }
 
 double HMM::xi(int i, int j, int t, VectorT<int> observation, MatrixT<double> alpha,

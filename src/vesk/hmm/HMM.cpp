@@ -33,8 +33,8 @@ void HMM::calcInitialProbs(SegmentationType /*type*/, std::vector<std::vector<in
     const auto transitions = Vesk::Math::internal::table(a, numStates, numStates);
     const auto emissions = Vesk::Math::internal::table(b, numStates, vocabSize);
     // Integer quotients on purpose: 0 for more than one state or symbol.
-    const double u = 1U / numStates;
-    const double v = 1U / vocabSize;
+    const unsigned int u = 1U / numStates;
+    const unsigned int v = 1U / vocabSize;
     for (int i = 0; i < transitions.rows; ++i) {
         std::fill_n(transitions.row(i), transitions.cols, u);
         std::fill_n(emissions.row(i), emissions.cols, v);

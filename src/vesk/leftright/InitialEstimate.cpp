@@ -35,22 +35,22 @@ void estimateStructure(std::vector<double>& pi, const Table& a, int delta) {
 /// A state's row of b: the floor for every symbol not in its list, the rest in equal shares.
 void estimateFromList(const std::vector<int>& list,
                       const Vesk::Math::internal::Table<const double>& vocab, double* row, int M) {
-    std::vector<int> allowed;
     double floorSum = 0.0;
+    int allowed = 0;
     for (int k = 0; k < M; ++k) {
         const double value = vocab(k, 0);
         const bool listed = std::any_of(list.begin(), list.end(), [value](int symbol) {
             return static_cast<double>(symbol) == value;
         });
+        row[k] = listed ? 0.0 : emissionFloor;
         if (listed) {
-            allowed.push_back(k);
+            ++allowed;
         } else {
-            row[k] = emissionFloor;
             floorSum += emissionFloor;
         }
     }
-    const double share = (1.0 - floorSum) / static_cast<double>(allowed.size());
-    for (const int k : allowed) row[k] = share;
+    const double share = (1.0 - floorSum) / allowed;
+    std::replace(row, row + M, 0.0, share);
 }
 
 /// How often each state's segments showed each symbol.

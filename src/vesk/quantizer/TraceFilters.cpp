@@ -51,8 +51,11 @@ double leastSquareOf(double root) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     double square = root * root;
     while (std::sqrt(square) < root) square = std::nextafter(square, infinity);
-    for (double less = square; std::sqrt(less) >= root; less = std::nextafter(less, 0.0))
+    double less = std::nextafter(square, 0.0);
+    while (std::sqrt(less) >= root) {
         square = less;
+        less = std::nextafter(less, 0.0);
+    }
     return square;
 }
 

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <memory>
 #include <new>
+#include <string>
 #include <utility>
 
 namespace Vesk::ML {
@@ -30,11 +31,18 @@ double gestureShare(double modelTransitionProb, std::size_t gestures) {
 
 /// The staging fields as they are, or as `initialize` is about to make them.
 struct Staging {
-    std::int64_t N;
-    std::int64_t pi;
+    unsigned int N;
+    unsigned int M;
+    std::size_t pi;
     Extent a;
     Extent b;
+    std::size_t vocab;
 };
+
+Staging stagingOf(const RecognitionModelHMM& model) {
+    return {model.numStates,   model.vocabSize,   model.pi.size(),
+            extentOf(model.a), extentOf(model.b), model.vocab.data.size()};
+}
 
 /// What `resize` makes of a matrix; std::bad_alloc where it would throw that for a negative
 /// product.
@@ -65,7 +73,7 @@ void requireRoom(const std::vector<HMM*>& gestures, const Staging& staging) {
         if (emissions > 0 && !covers(staging.b, emissionRows, columns)) throwTableTooSmall();
     }
     if (staging.N > staging.pi) throwTableTooSmall();
-    const std::int64_t width = std::max(staging.N, transitionRows);
+    const std::int64_t width = std::max(std::int64_t{staging.N}, transitionRows);
     if (!covers(staging.a, transitionRows, width)) throwTableTooSmall();
 }
 
@@ -96,21 +104,21 @@ void composeEmissions(RecognitionModelHMM& model) {
     }
 }
 
-/// A model of the recognition model's sizes, with room for copies of its staging fields.
-/// std::bad_alloc for sizes whose tables no `resize` makes, whatever the fields hold.
-HMM* newCombinedModel(const RecognitionModelHMM& model) {
-    const auto N = static_cast<unsigned int>(std::max(static_cast<int>(model.numStates), 1));
-    const auto M = static_cast<unsigned int>(std::max(static_cast<int>(model.vocabSize), 1));
+/// A model of the staging fields' sizes, with room for copies of them. std::bad_alloc for sizes
+/// whose tables no `resize` makes, whatever the fields hold.
+HMM* newCombinedModel(const std::string& name, const Staging& staging) {
+    const auto N = static_cast<unsigned int>(std::max(static_cast<int>(staging.N), 1));
+    const auto M = static_cast<unsigned int>(std::max(static_cast<int>(staging.M), 1));
     extentAfterResize({}, N, N);
     extentAfterResize({}, N, M);
     auto combined = std::make_unique<HMM>(1, 1);
     combined->numStates = N;
     combined->vocabSize = M;
-    combined->name.reserve(model.name.size());
-    combined->a.data.reserve(model.a.data.size());
-    combined->b.data.reserve(model.b.data.size());
-    combined->vocab.data.reserve(model.vocab.data.size());
-    combined->pi.reserve(model.pi.size());
+    combined->name.reserve(name.size());
+    combined->a.data.reserve(static_cast<std::size_t>(staging.a.length));
+    combined->b.data.reserve(static_cast<std::size_t>(staging.b.length));
+    combined->vocab.data.reserve(staging.vocab);
+    combined->pi.reserve(staging.pi);
     return internal::keepForever(std::move(combined));
 }
 
@@ -121,12 +129,23 @@ void copyTable(const MatrixT<double>& from, MatrixT<double>& to) {
     to.cols = from.cols;
 }
 
-void copyStagingFields(const RecognitionModelHMM& model, HMM& combined) {
-    combined.name = model.name;
-    combined.pi = model.pi;
-    copyTable(model.vocab, combined.vocab);
-    copyTable(model.a, combined.a);
-    copyTable(model.b, combined.b);
+// What follows has the room it needs: nothing fails any more.
+
+/// Fills a new combined model from the staging fields, and makes it the model's.
+void adopt(RecognitionModelHMM& model, HMM* combined) {
+    combined->name = model.name;
+    combined->pi = model.pi;
+    copyTable(model.vocab, combined->vocab);
+    copyTable(model.a, combined->a);
+    copyTable(model.b, combined->b);
+    model.recognitionHMM = combined;
+}
+
+void compose(RecognitionModelHMM& model, HMM* combined) {
+    std::fill_n(model.pi.begin(), model.numStates, divide(1.0, model.numStates));
+    composeTransitions(model);
+    composeEmissions(model);
+    adopt(model, combined);
 }
 
 }  // namespace
@@ -153,8 +172,8 @@ void RecognitionModelHMM::setModelTransitionProb(double p) {
 }
 
 void RecognitionModelHMM::setName(std::string n) {
+    if (recognitionHMM != nullptr) recognitionHMM->name = n;
     name = std::move(n);
-    if (recognitionHMM != nullptr) recognitionHMM->name = name;
 }
 
 bool RecognitionModelHMM::initialize() {
@@ -162,30 +181,38 @@ bool RecognitionModelHMM::initialize() {
     unsigned int N = 0;
     for (const HMM* gesture : gestures) N += gesture->numStates;
     const unsigned int M = gestures[0]->vocabSize;
-    requireRoom(gestures, {N, N, extentAfterResize(a, N, N), extentAfterResize(b, N, M)});
+    const Staging staging{N,
+                          M,
+                          N,
+                          extentAfterResize(a, N, N),
+                          extentAfterResize(b, N, M),
+                          gestures[0]->vocab.data.size()};
+    requireRoom(gestures, staging);
+    MatrixT<double> symbols = gestures[0]->vocab;
+    pi.reserve(staging.pi);
+    a.data.reserve(static_cast<std::size_t>(staging.a.length));
+    b.data.reserve(static_cast<std::size_t>(staging.b.length));
+    HMM* const combined = newCombinedModel(name, staging);
+
     numStates = N;
     vocabSize = M;
-    vocab = gestures[0]->vocab;
+    vocab.swap(symbols);
     pi.resize(numStates);
     a.resize(static_cast<int>(numStates), static_cast<int>(numStates));
     b.resize(static_cast<int>(numStates), static_cast<int>(vocabSize));
-    return setParameters();
+    compose(*this, combined);
+    return true;
 }
 
 bool RecognitionModelHMM::setParameters() {
-    requireRoom(gestures,
-                {numStates, static_cast<std::int64_t>(pi.size()), extentOf(a), extentOf(b)});
-    recognitionHMM = newCombinedModel(*this);
-    std::fill_n(pi.begin(), numStates, divide(1.0, numStates));
-    composeTransitions(*this);
-    composeEmissions(*this);
-    copyStagingFields(*this, *recognitionHMM);
+    const Staging staging = stagingOf(*this);
+    requireRoom(gestures, staging);
+    compose(*this, newCombinedModel(name, staging));
     return true;
 }
 
 bool RecognitionModelHMM::createRecognitionHMMfromParameters() {
-    recognitionHMM = newCombinedModel(*this);
-    copyStagingFields(*this, *recognitionHMM);
+    adopt(*this, newCombinedModel(name, stagingOf(*this)));
     fromParameters = true;
     return true;
 }

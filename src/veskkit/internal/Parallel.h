@@ -7,6 +7,7 @@
 #include <exception>
 #include <limits>
 #include <mutex>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <vector>
@@ -47,12 +48,13 @@ void parallelFor(std::size_t count, unsigned threads, Task task) {
         }
     };
 
+    // The threads that there are do the work, where the system or the memory gives no more.
     std::vector<std::thread> others;
     const std::size_t wanted = std::min<std::size_t>(threadsFor(threads), count);
     try {
         while (others.size() + 1 < wanted) others.emplace_back(work);
     } catch (const std::system_error&) {
-        // The threads that there are do the work.
+    } catch (const std::bad_alloc&) {
     }
     work();
     for (std::thread& other : others) other.join();

@@ -2,6 +2,7 @@
 #define VESK_VESKKIT_INTERNAL_TEXT_H
 
 #include <cstddef>
+#include <ios>
 #include <locale>
 #include <sstream>
 #include <string>
@@ -25,11 +26,13 @@ inline std::string oneLine(std::string text, std::size_t longest = 4096) {
 /// Something that was found, in quotation marks.
 inline std::string quoted(const std::string& text) { return '"' + oneLine(text, 60) + '"'; }
 
-/// The parts one after another; numbers in the classic locale with six significant digits.
+/// The parts one after another; numbers in the classic locale with six significant digits. An
+/// allocation that fails on the way is std::bad_alloc, never a shorter text.
 template <typename... Parts>
 std::string joined(const Parts&... parts) {
     std::ostringstream out;
     out.imbue(std::locale::classic());
+    out.exceptions(std::ios_base::badbit);
     (out << ... << parts);
     return out.str();
 }

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <streambuf>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -171,11 +172,11 @@ private:
         for (;;) {
             const std::string name =
                 internal::joined(".vesk-", ::getpid(), '-', files.fetch_add(1), ".tmp");
-            const std::string path = (destination.path.parent_path() / name).string();
+            std::string path = (destination.path.parent_path() / name).string();
             const int descriptor =
                 ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
             if (descriptor >= 0) {
-                temporary = path;
+                temporary = std::move(path);
                 return descriptor;
             }
             if (errno != EEXIST) fail(requested, errno);

@@ -10,7 +10,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace Vesk::Kit {
 
@@ -19,26 +22,32 @@ using internal::quoted;
 
 namespace {
 
-/// A folder of its own, gone with the object.
-class TemporaryFolder {
+/// A file's path in a folder of its own; both are gone with the object. Nothing is allocated once
+/// the folder is there, so that none is left behind where memory runs out.
+class TemporaryFile {
 public:
-    TemporaryFolder() {
+    TemporaryFile() {
         std::error_code problem;
         const std::filesystem::path parent = std::filesystem::temp_directory_path(problem);
-        std::string name = ((problem ? "/tmp" : parent) / "vesk-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw OutputError(name + ": " + std::strerror(errno));
+        folder = ((problem ? "/tmp" : parent) / "vesk-XXXXXX").string();
+        file = folder + "/node.wrl";
+        if (mkdtemp(folder.data()) == nullptr) {
+            throw OutputError(folder + ": " + std::strerror(errno));
         }
-        path = name;
+        file.replace(0, folder.size(), folder);
     }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
+    ~TemporaryFile() {
+        ::unlink(file.c_str());
+        ::rmdir(folder.c_str());
     }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    std::filesystem::path path;
+    const std::string& path() const { return file; }
+
+private:
+    std::string folder;
+    std::string file;
 };
 
 /// Field by field what RecognitionModelHMM::exportNode writes. Neither node shows anything.
@@ -90,12 +99,11 @@ std::string sceneText(const Vesk::ML::RecognitionModelHMM& model) {
     requireQuotable("model name", model.name);
     for (const Vesk::ML::HMM* gesture : model.gestures) requireQuotable("gesture", gesture->name);
 
-    const TemporaryFolder folder;
-    const std::string path = (folder.path / "node.wrl").string();
-    if (!model.saveNode(path)) throw OutputError(path + ": cannot be written");
-    std::ifstream in(path, std::ios::binary);
+    const TemporaryFile file;
+    if (!model.saveNode(file.path())) throw OutputError(file.path() + ": cannot be written");
+    std::ifstream in(file.path(), std::ios::binary);
     std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    if (in.bad() || text.empty()) throw OutputError(path + ": cannot be read back");
+    if (in.bad() || text.empty()) throw OutputError(file.path() + ": cannot be read back");
     return text;
 }
 

@@ -241,6 +241,8 @@ std::string modelText(const RecognitionModelHMM& model) {
     requireSoundModel(model, "model");
     RecognitionModelHMM writer = model;
     std::stringstream out;
+    // An allocation that fails on the way is not to pass for the end of the text.
+    out.exceptions(std::ios_base::badbit);
     writer.writeToStream(out, nullptr);
     out << '\n';
     for (HMM* gesture : writer.gestures) {

@@ -36,18 +36,24 @@ std::vector<std::string> RecognitionModel::gestureNames() const {
 }
 
 void RecognitionModel::add(LeftRightHMM gesture) {
-    owned.push_back(std::make_unique<LeftRightHMM>(std::move(gesture)));
-    model.gestures.push_back(owned.back().get());
+    auto added = std::make_unique<LeftRightHMM>(std::move(gesture));
+    model.gestures.push_back(added.get());
+    try {
+        owned.push_back(std::move(added));
+    } catch (...) {
+        model.gestures.pop_back();
+        throw;
+    }
 }
 
 void RecognitionModel::build(const RecognitionModelHMM& settings) {
-    std::vector<HMM*> gestures = std::move(model.gestures);
-    model = settings;
-    model.gestures = std::move(gestures);
-    model.recognitionHMM = nullptr;
-    model.setModelTransitionProb(settings.modelTransitionProb);
-    model.createRecognitionHMMfromParameters();
-    combined.reset(model.recognitionHMM);
+    RecognitionModelHMM built = settings;
+    built.gestures = model.gestures;
+    built.recognitionHMM = nullptr;
+    built.setModelTransitionProb(settings.modelTransitionProb);
+    built.createRecognitionHMMfromParameters();
+    combined.reset(built.recognitionHMM);
+    std::swap(model, built);
 }
 
 RecognitionModel RecognitionModel::clone() const {

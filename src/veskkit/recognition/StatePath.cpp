@@ -41,7 +41,8 @@ std::optional<StatePath> statePathOf(const GestureRecognizer& recognizer, std::s
     StatePath path{quantizedPoints(recognizer, trace), {}, meanLogLikelihood(model, symbols)};
     if (path.meanLogLikelihood == -infinity) return {};
     const int T = static_cast<int>(symbols.size());
-    const Vesk::Math::MatrixT<double> best = Vesk::ML::HMM(model).viterbi(symbols, T);
+    const Vesk::Math::MatrixT<double> best =
+        Vesk::ML::HMM(static_cast<const Vesk::ML::HMM&>(model)).viterbi(symbols, T);
     for (int t = 0; t < T; ++t) path.states.push_back(static_cast<int>(best(1, t)));
     return path;
 }

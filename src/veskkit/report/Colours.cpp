@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Vesk::Kit {
 
@@ -65,7 +66,7 @@ namespace internal {
 
 std::string stateColour(int i, int N) {
     const double place = N > 1 ? static_cast<double>(i) / (N - 1) : 0.0;
-    const int step = static_cast<int>(place * (stateColours - 1) + 0.5);
+    const auto step = static_cast<int>(std::lround(place * (stateColours - 1)));
     return variable(states[std::clamp(step, 0, stateColours - 1)]);
 }
 

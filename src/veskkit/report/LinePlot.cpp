@@ -49,9 +49,10 @@ public:
         const double digit = rough / power;
         const double step = power * (digit < 1.5 ? 1 : digit < 3.5 ? 2 : digit < 7.5 ? 5 : 10);
         std::vector<double> values;
-        const double begin = std::ceil(low / step - 1e-9);
-        for (double k = begin; k * step <= high + 1e-9 * step && values.size() < 20; ++k) {
-            values.push_back(k * step + 0.0);  // no -0
+        double multiple = std::ceil(low / step - 1e-9);
+        while (multiple * step <= high + 1e-9 * step && values.size() < 20) {
+            values.push_back(multiple * step + 0.0);  // no -0
+            ++multiple;
         }
         return values;
     }

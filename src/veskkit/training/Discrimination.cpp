@@ -82,7 +82,7 @@ std::vector<double> logProbabilities(const LeftRightHMM& model,
 std::vector<int> bestPath(const LeftRightHMM& model, const std::vector<int>& symbols) {
     const int T = static_cast<int>(symbols.size());
     // A copy: what the library does not call const is for one thread at a time.
-    const MatrixT<double> found = HMM(model).viterbi(symbols, T);
+    const MatrixT<double> found = HMM(static_cast<const HMM&>(model)).viterbi(symbols, T);
     std::vector<int> path(symbols.size());
     for (int t = 0; t < T; ++t) path[static_cast<std::size_t>(t)] = static_cast<int>(found(1, t));
     return path;

@@ -134,6 +134,8 @@ RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
 double storedValue(double value) {
     std::stringstream text;
     text.imbue(std::locale::classic());
+    // An allocation that fails on the way is not to pass for another value.
+    text.exceptions(std::ios_base::badbit);
     text << value;
     double result = 0.0;
     text >> result;

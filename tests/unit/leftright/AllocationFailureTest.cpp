@@ -1,130 +1,165 @@
-#include <vesk/leftright/LeftRightHMM.h>
+// Every operation of the left-right model that allocates, with each of its allocations failing.
 
 #include <support/FailingAllocator.h>
 #include <support/Files.h>
 #include <support/LeftRightModels.h>
+#include <support/Silence.h>
 
+#include <vesk/leftright/LeftRightHMM.h>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <new>
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <type_traits>
 #include <vector>
 
+namespace Vesk::Test {
 namespace {
 
+using testing::ElementsAre;
+using testing::Ge;
 using Vesk::ML::HMM;
 using Vesk::ML::LeftRightHMM;
-using namespace Vesk::Test;
 
-/// Each failure has to leave nothing behind and the objects as they were.
-template <typename Work, typename Check>
-long failEachAllocationOf(Work work, Check unchanged) {
-    const long before = blocksHeld();
-    return failEachAllocation(work, [&] {
-        EXPECT_EQ(blocksHeld(), before);
-        EXPECT_TRUE(unchanged());
-    });
-}
+class LeftRightAllocationFailure : public testing::Test {
+protected:
+    LeftRightAllocationFailure() {
+        Random random(3);  // a model that three iterations of each training improve
+        start = randomModel(random, 3, 4, Shape::LeftRight, Parameters::Stochastic);
+        start.name = "a-name-that-is-too-long-to-be-held-inside-of-the-string-itself";
+        start.stateSymbols = {{0}, {1, 2}, {3}};
+        start.vocabValues = {0, 1, 2, 3};
+        sequences = randomSequences(random, 3, 5, 9, 4);
+        O = sequences[0];
+        T = static_cast<int>(O.size());
+        scale.resize(O.size());
+    }
 
-struct Example {
+    /// Of an operation that leaves the model as it was where it fails.
+    template <typename Operation>
+    long failOn(Operation operation) const {
+        return failEachAllocationOn(libraryModel(start), operation, [&](const LeftRightHMM& left) {
+            EXPECT_TRUE(sameModel(start, left));
+        });
+    }
+
+    /// Of a training that adopts three iterations: how many failures left the model as it was after
+    /// none, one, two and three of them.
+    template <typename Training>
+    std::vector<int> keptBy(Training train) const {
+        std::vector<LeftRightHMM> adopted = {libraryModel(start)};
+        for (int iterations = 1; iterations <= 3; ++iterations) {
+            adopted.push_back(adopted[0]);
+            train(adopted.back(), iterations);
+            EXPECT_FALSE(sameModel(adopted[adopted.size() - 2], adopted.back()));
+        }
+        std::vector<int> kept(4, 0);
+        failEachAllocationOn(
+            adopted[0], [&](LeftRightHMM& model) { train(model, 3); },
+            [&](const LeftRightHMM& left) {
+                const auto found =
+                    std::find_if(adopted.begin(), adopted.end(), [&](const LeftRightHMM& one) {
+                        return static_cast<bool>(sameModel(one, left));
+                    });
+                ASSERT_NE(found, adopted.end());
+                ++kept[static_cast<std::size_t>(found - adopted.begin())];
+            });
+        return kept;
+    }
+
     Reference::LeftRightModel start;
     Sequences sequences;
+    std::vector<int> O;
+    int T = 0;
+    std::vector<double> scale;
+    const Silence silence;
 };
 
-Example threeStates() {
-    Random random(12);
-    Example example;
-    example.start = randomModel(random, 3, 4, Shape::LeftRight, Parameters::Stochastic);
-    example.start.stateSymbols = {{0}, {1, 2}, {3}};
-    example.sequences = randomSequences(random, 3, 5, 9, 4);
-    return example;
+TEST_F(LeftRightAllocationFailure, ConstructionReleasesWhatItBuilt) {
+    EXPECT_GE(failEachAllocation([] { const LeftRightHMM model(3, 4, 1); }), 8);
+    EXPECT_GE(failEachAllocation([&] { const LeftRightHMM model(3, 4, sequences, 1); }), 16);
 }
 
-TEST(LeftRightAllocationFailure, ConstructionReleasesWhatItBuilt) {
-    const auto nothing = [] { return true; };
-    Sequences sequences = {{0, 1, 2, 3}, {1, 2}, {3}};
-    EXPECT_GE(failEachAllocationOf([] { const LeftRightHMM model(3, 4, 1); }, nothing), 4);
-    EXPECT_GE(failEachAllocationOf([&] { const LeftRightHMM model(3, 4, sequences, 1); }, nothing),
-              8);
+TEST_F(LeftRightAllocationFailure, CopiesReleaseWhatTheyHold) {
+    const LeftRightHMM model = libraryModel(start);
+    EXPECT_GE(failEachAllocation([&] { const LeftRightHMM copy(model); }), 20);
+    EXPECT_GE(failEachAllocation([&] {
+                  LeftRightHMM copy(1, 1, 1);
+                  copy = model;
+              }),
+              28);
+    static_assert(std::is_nothrow_move_constructible_v<LeftRightHMM>);
+    static_assert(std::is_nothrow_move_assignable_v<LeftRightHMM>);
 }
 
-TEST(LeftRightAllocationFailure, EstimateFreesItsTables) {
-    const Example example = threeStates();
-    const Silence silence;
+TEST_F(LeftRightAllocationFailure, EstimateLeavesTheModel) {
     for (const auto type : {HMM::StateSymbols, HMM::EqualSegments}) {
-        LeftRightHMM model = libraryModel(example.start);
-        // What the arguments' copies allocate is the caller's affair; all of it must come back.
-        const long failures = failEachAllocationOf(
-            [&] { model.calcInitialProbs(type, example.sequences); }, [] { return true; });
-        EXPECT_GE(failures, 1);
-        Reference::LeftRightModel expected = example.start;
-        Reference::calcInitialProbs(expected, type, example.sequences);
-        EXPECT_TRUE(sameModel(expected, model));
+        // Copies of the sequences; equal segments are counted as well.
+        EXPECT_GE(failOn([&](auto& m) { m.calcInitialProbs(type, sequences); }), 8);
+        EXPECT_GE(failOn([&](auto& m) { m.initialize(sequences, type); }), 8);
+        EXPECT_GE(failOn([&](auto& m) { m.estimate(type, sequences); }),
+                  type == HMM::EqualSegments ? 4 : 0);
     }
 }
 
-TEST(LeftRightAllocationFailure, ScaledPassesFreeTheirTables) {
-    const Example example = threeStates();
-    LeftRightHMM model = libraryModel(example.start);
-    const std::vector<int>& O = example.sequences[0];
-    const int T = static_cast<int>(O.size());
-    std::vector<double> scale(O.size());
-    const auto unchanged = [&] { return sameModel(example.start, model); };
-    EXPECT_GE(failEachAllocationOf([&] { model.forwardProcWithScale(O, T, scale); }, unchanged), 1);
-    EXPECT_GE(failEachAllocationOf([&] { model.backwardProcWithScale(O, T, scale); }, unchanged),
-              1);
-    EXPECT_GE(
-        failEachAllocationOf([&] { model.forwardProbabilityWithScale(O, T, scale); }, unchanged),
-        1);
+TEST_F(LeftRightAllocationFailure, ScaledPassesLeaveTheModel) {
+    EXPECT_GE(failOn([&](auto& m) { m.forwardProcWithScale(O, T, scale); }), 4);
+    EXPECT_GE(failOn([&](auto& m) { m.backwardProcWithScale(O, T, scale); }), 4);
+    EXPECT_GE(failOn([&](auto& m) { m.forwardProbabilityWithScale(O, T, scale); }), 2);
+    EXPECT_GE(failOn([&](auto& m) { m.logLikelihood(std::vector<int>(2000, 1)); }), 2);
 }
 
-TEST(LeftRightAllocationFailure, TrainingFreesItsTablesAndLeavesTheModel) {
-    const Example example = threeStates();
-    const Silence silence;
-    const std::vector<int>& O = example.sequences[0];
-    LeftRightHMM model = libraryModel(example.start);
-    const auto unchanged = [&] { return sameModel(example.start, model); };
-
+TEST_F(LeftRightAllocationFailure, ScaledPassesOverParametersPassedInLeaveThem) {
+    const LeftRightHMM given = libraryModel(start);
+    const auto& [pi, a, b] = std::tie(given.pi, given.a, given.b);
+    LeftRightHMM model(1, 1, 1);
+    EXPECT_GE(failEachAllocation([&] { model.forwardProcWithScaleHMM(O, T, scale, 3, pi, a, b); }),
+              10);
+    EXPECT_GE(failEachAllocation([&] { model.backwardProcWithScaleHMM(O, T, scale, 3, pi, a, b); }),
+              10);
     EXPECT_GE(
-        failEachAllocationOf([&] { model.baumWelch(O, static_cast<int>(O.size()), 1); }, unchanged),
-        1);
-    Reference::LeftRightModel single = example.start;
-    ASSERT_EQ(Reference::baumWelch(single, O, static_cast<int>(O.size()), 1), 1);
-    EXPECT_TRUE(sameModel(single, model));
-
-    model = libraryModel(example.start);
-    EXPECT_GE(
-        failEachAllocationOf([&] { model.baumWelchMultiple(example.sequences, 1); }, unchanged), 1);
-    Reference::LeftRightModel multiple = example.start;
-    ASSERT_TRUE(Reference::baumWelchMultiple(multiple, example.sequences, 1).back().accepted);
-    EXPECT_TRUE(sameModel(multiple, model));
+        failEachAllocation([&] { model.forwardProbabilityWithScaleHMM(O, T, scale, 3, pi, a, b); }),
+        8);
+    EXPECT_TRUE(sameModel(start, given));
 }
 
-TEST(LeftRightAllocationFailure, LoadingLeavesNothingBehind) {
+TEST_F(LeftRightAllocationFailure, TrainingKeepsTheLastAdoptedParameters) {
+    // Failures of every iteration; none after the last adoption.
+    const auto each = ElementsAre(Ge(4), Ge(2), Ge(2), 0);
+    EXPECT_THAT(keptBy([&](auto& m, int iterations) { m.baumWelch(O, T, iterations); }), each);
+    EXPECT_THAT(
+        keptBy([&](auto& m, int iterations) { m.baumWelchMultiple(sequences, iterations); }), each);
+    EXPECT_THAT(keptBy([&](auto& m, int iterations) { m.trainMultiple(sequences, iterations); }),
+                each);
+}
+
+TEST_F(LeftRightAllocationFailure, PrintingLeavesTheModel) {
+    failOn([](auto& m) { m.print(); });
+}
+
+TEST_F(LeftRightAllocationFailure, FilesAreReadAndWrittenOrNot) {
     const TemporaryFolder folder;
-    Example example = threeStates();
-    example.start.name = "a name that is too long to be blocksHeld() inside of the string itself";
-    example.start.vocabValues = {0, 1, 2, 3};
     const std::string path = folder.path("model");
-    writeFile(path, Reference::fileText(example.start));
-    // A stream swallows a failure inside its own reading, so not every one comes out.
-    int failures = 0;
-    int models = 0;
-    for (long successes = 0; successes < 60; ++successes) {
-        LeftRightHMM* model = nullptr;
-        const long before = blocksHeld();
-        failAllocationsAfter(successes);
-        try {
-            model = Vesk::ML::loadLR(path.c_str());
-        } catch (const std::bad_alloc&) {
-            ++failures;
-        }
-        failAllocationsAfter(-1);
-        if (model != nullptr) ++models;
-        delete model;
-        ASSERT_EQ(blocksHeld(), before) << "after " << successes << " allocations";
-    }
-    EXPECT_GE(failures, 5);
-    EXPECT_GE(models, 1);
+    const std::string whole = Reference::fileText(start);
+    LeftRightHMM model = libraryModel(start);
+    EXPECT_GE(failEachAllocation([&] { model.write(path.c_str()); }), 6);
+    EXPECT_EQ(readFile(path), whole);
+    bool saved = false;
+    EXPECT_GE(
+        failEachAllocation([&] { saved = model.save(path); },
+                           {.survived = [&] { EXPECT_TRUE(!saved || readFile(path) == whole); }}),
+        6);
+    EXPECT_TRUE(saved);
+    EXPECT_EQ(readFile(path), whole);
+    EXPECT_GE(failEachAllocation([&] {
+                  const std::unique_ptr<LeftRightHMM> back(Vesk::ML::loadLR(path.c_str()));
+                  ASSERT_TRUE(back != nullptr && back->vocabValues.size() == 4);
+              }),
+              20);
 }
 
 }  // namespace
+}  // namespace Vesk::Test
