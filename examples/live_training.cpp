@@ -58,10 +58,9 @@ int main(int argc, char** argv) try {
     }
     TrainingOptions options;
     options.skipBad = true;
-    // One person draws: there is nobody to leave out for calibrating the threshold.
-    options.calibrate = false;
     const TrainingResult result = GestureTrainer(options).train(record(std::cin));
     for (const std::string& line : result.report.skipped) std::cerr << "left out: " << line << '\n';
+    for (const std::string& line : result.report.warnings) std::cerr << "warning: " << line << '\n';
     for (const GestureReport& gesture : result.report.gestures) {
         std::cout << gesture.gesture << ": " << gesture.traces
                   << (gesture.traces == 1 ? " trace\n" : " traces\n");

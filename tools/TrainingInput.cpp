@@ -19,7 +19,7 @@ void TrainingInput::addTo(CLI::App& line) {
         ->type_name("FILE");
     line.add_option("--ratio", training.acceptanceRatio,
                     "How much likelier than the threshold model a gesture has to be "
-                    "[calibrated where three or more users drew]")
+                    "[calibrated on people, or traces, left out]")
         ->transform(numberIn(1e-6, 1e5))
         ->type_name("R");
     line.add_flag("--no-calibration", uncalibrated,

@@ -143,7 +143,7 @@ void CsvReader::readHead() {
     for (const auto& [place, name] : {std::pair(x, "x"), std::pair(y, "y")}) {
         if (place != absent) continue;
         throw InputError(joined(lines->place(), ": found no column ", quoted(name), " among ",
-                                fields.size(), ", expected x and y"));
+                                fields.size(), ", expected a first line that names x and y"));
     }
     rowAtHand = readRow();
 }

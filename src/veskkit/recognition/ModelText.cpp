@@ -196,7 +196,7 @@ Counts readCounts(Words& words, const std::string& owner) {
 RecognitionModelHMM readHeader(Words& words) {
     RecognitionModelHMM model;
     model.proxFilterThreshold =
-        words.number<float>([] { return "the proximity threshold that a model begins with"; });
+        words.number<float>([] { return "a model file, which begins with a proximity threshold"; });
     model.rotationAllowed = words.number<int>([] { return "1 or 0 for rotation"; }) == 1;
     const unsigned int codebookSize =
         words.count(1, mostSymbols, [] { return "a number of directions"; });

@@ -93,8 +93,10 @@ TEST(CsvReaderTest, NothingHoldsNoTrace) {
 
 TEST(CsvReaderTest, SaysWhatIsWrongWhere) {
     const std::pair<const char*, const char*> cases[] = {
-        {"a,b\n1,2\n", "t:1: found no column \"x\" among 2, expected x and y"},
-        {"x,z\n1,2\n", "t:1: found no column \"y\" among 2, expected x and y"},
+        {"a,b\n1,2\n",
+         "t:1: found no column \"x\" among 2, expected a first line that names x and y"},
+        {"x,z\n1,2\n",
+         "t:1: found no column \"y\" among 2, expected a first line that names x and y"},
         {"x,y,X\n", "t:1: found two columns \"x\", expected one"},
         {"7\n", "t:1: found 1 column, expected at least x and y"},
         {"x,y\n1\n", "t:2: found 1 field, expected 2 as in the first line"},

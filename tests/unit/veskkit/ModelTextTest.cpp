@@ -173,10 +173,11 @@ TEST(ModelTextTest, TheGlobalLocaleDoesNotMatter) {
 // The header has ten lines, blank ones counted; the first gesture begins on line 11.
 TEST(ModelTextTest, SaysWhereWhatIsMissing) {
     EXPECT_EQ(errorOf(""),
-              "m:1: found the end of the file, expected the proximity threshold that a model "
-              "begins with");
-    EXPECT_EQ(errorOf("hello world"),
-              "m:1: found \"hello\", expected the proximity threshold that a model begins with");
+              "m:1: found the end of the file, expected a model file, which begins with a "
+              "proximity threshold");
+    EXPECT_EQ(
+        errorOf("hello world"),
+        "m:1: found \"hello\", expected a model file, which begins with a proximity threshold");
     EXPECT_EQ(errorOf("0 0 4\n0 90 180"),
               "m:2: found the end of the file, expected direction 3 of the codebook");
     const std::string text = modelText(smallModel().get());
@@ -251,8 +252,8 @@ TEST(ModelTextTest, RefusesAModelThatIsNotSound) {
 
 TEST(ModelTextTest, RefusesEndlessWords) {
     EXPECT_EQ(errorOf(std::string(5000, '1')),
-              "m:1: found a word of more than 4096 characters, expected the proximity threshold "
-              "that a model begins with");
+              "m:1: found a word of more than 4096 characters, expected a model file, which "
+              "begins with a proximity threshold");
     EXPECT_EQ(errorOf(smallTextWith("small", std::string(5000, 'x'))),
               "m:4: found a word of more than 4096 characters, expected the model's name");
 }
