@@ -9,13 +9,15 @@ What stands behind the opening fence says what a block is:
     sh           a script: run
     sh tree      commands for a checkout: their scripts, options and presets have to exist, but they
                  are not run, since they build all of this
+    python       a script: run where the build has the Python package
     text         what the block before it printed; "..." stands for anything, on a line
                  of its own for any lines
 
-    console      what takes other machines, other recordings or a build of its own: not run, for the
+    console, python cluster
+                 what takes other machines, other recordings or a build of its own: not run, for the
                  reasons in docs/testing.md
 
-and other languages (python, js, html, json) are left to their own tests.
+and other languages (js, html, json) are left to their own tests.
 
 Blocks of a document run in their order in one folder, which holds generated traces in traces.jsonl.
 """
@@ -29,7 +31,7 @@ import subprocess
 import sys
 import tempfile
 
-OTHERS = {"console", "python", "js", "html", "json"}
+OTHERS = {"console", "js", "html", "json"}
 ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 
 
@@ -112,10 +114,15 @@ def run_document(document, environment):
                 if not printed.strip() and kind == "cpp":
                     sys.exit(f"{place}: says nothing")
                 counts["run"] += 1
+            elif kind == "python" and "PYTHONPATH" in environment:
+                printed = run(place, ["/usr/bin/python3", "-c", code], folder, environment)
+                if not printed.strip():
+                    sys.exit(f"{place}: says nothing")
+                counts["run"] += 1
             elif language in ("cpp", "cmake") and name:
                 pathlib.Path(folder, name).write_text(code, encoding="utf-8")
                 counts["written"] += 1
-            elif language in OTHERS:
+            elif language in OTHERS or kind in ("python", "python cluster"):
                 counts["left to others"] += 1
             else:
                 sys.exit(f"{place}: a block of kind {kind!r}, expected cpp, cmake FILE, sh or text")
@@ -138,6 +145,10 @@ def main():
         environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}",
                        "LD_LIBRARY_PATH": str(libdir), "PKG_CONFIG_PATH": f"{libdir}/pkgconfig",
                        "CMAKE_PREFIX_PATH": prefix}
+        package = pathlib.Path(prefix, "lib/python3/dist-packages")
+        environment.pop("PYTHONPATH", None)
+        if package.exists():
+            environment["PYTHONPATH"] = str(package)
         for document in documents:
             counts = run_document(document, environment)
             for key, count in counts.items():
