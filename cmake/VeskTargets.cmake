@@ -11,7 +11,6 @@ target_compile_options(vesk_private INTERFACE
     # Every product is rounded before it is added: the same bits on every CPU.
     -ffp-contract=off
     -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
-    # Of constructors, parameters may bear a member's name, which g++'s -Wshadow has no word for.
     $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
     # g++ 12 sees overlaps that cannot be in concatenations of std::string at -O3.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
@@ -33,12 +32,11 @@ if(VESK_COVERAGE)
     target_link_options(vesk_private INTERFACE --coverage)
 endif()
 
-# What is shipped: no conversion that loses bits unseen; in optimised builds the stack, copies of the
+# What is shipped: no conversion that loses bits unseen, no name before another; in optimised builds the stack, copies of the
 # C library and the tables of the linker are guarded. WebAssembly guards them itself.
 add_library(vesk_shipped INTERFACE)
 target_compile_options(vesk_shipped INTERFACE
-    -Wconversion
-    $<$<CXX_COMPILER_ID:Clang>:-Wshadow>)
+    -Wconversion -Wshadow)
 if(NOT VESK_SANITIZE AND NOT EMSCRIPTEN)
     set(optimised "$<CONFIG:Release,RelWithDebInfo,MinSizeRel>")
     target_compile_options(vesk_shipped INTERFACE

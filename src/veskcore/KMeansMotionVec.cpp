@@ -109,9 +109,9 @@ double movement(double from, double to) {
 
 }  // namespace
 
-KMeansMotionVec::KMeansMotionVec(std::vector<double> centres,
-                                 std::vector<std::vector<double>>& data)
-    : centres(std::move(centres)), data(&data) {}
+KMeansMotionVec::KMeansMotionVec(std::vector<double> starts,
+                                 std::vector<std::vector<double>>& traces)
+    : centres(std::move(starts)), data(&traces) {}
 
 void KMeansMotionVec::learn(int maxIterations, double threshold) {
     if (centres.empty()) return;

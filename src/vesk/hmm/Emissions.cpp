@@ -6,8 +6,8 @@
 namespace Vesk::ML::internal {
 
 Emissions::Emissions(Scratch& scratch, Vesk::Math::internal::Table<const double> b,
-                     const Symbols& symbols, int margin)
-    : symbols(symbols),
+                     const Symbols& occurring, int margin)
+    : symbols(occurring),
       columns(scratch, static_cast<std::size_t>(symbols.count()), b.rows, margin),
       N(b.rows) {
     if (N == 0) return;  // a pass that reads none was given none

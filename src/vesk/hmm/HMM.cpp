@@ -7,19 +7,19 @@
 
 namespace Vesk::ML {
 
-HMM::HMM(int numStates, int vocabSize) : HMM(numStates, vocabSize, 1) {}
+HMM::HMM(int states, int symbols) : HMM(states, symbols, 1) {}
 
-HMM::HMM(int numStates, int vocabSize, int dimension)
-    : numStates(static_cast<unsigned int>(std::max(numStates, 1))),
-      vocabSize(static_cast<unsigned int>(std::max(vocabSize, 1))),
-      dimension(std::max(dimension, 1)),
+HMM::HMM(int states, int symbols, int valuesEach)
+    : numStates(static_cast<unsigned int>(std::max(states, 1))),
+      vocabSize(static_cast<unsigned int>(std::max(symbols, 1))),
+      dimension(std::max(valuesEach, 1)),
       needsSeed(true) {
-    const auto N = static_cast<int>(this->numStates);
-    const auto M = static_cast<int>(this->vocabSize);
-    pi.resize(this->numStates);
+    const auto N = static_cast<int>(numStates);
+    const auto M = static_cast<int>(vocabSize);
+    pi.resize(numStates);
     a.resize(N, N);
     b.resize(N, M);
-    vocab.resize(M, this->dimension);
+    vocab.resize(M, dimension);
 }
 
 HMM::~HMM() = default;

@@ -21,8 +21,8 @@ std::vector<double> firstPosteriors(const Columns& alpha, const Columns& beta, i
     return gamma;
 }
 
-Reestimation::Reestimation(Passes& passes, int vocabSize)
-    : passes(passes),
+Reestimation::Reestimation(Passes& model, int vocabSize)
+    : passes(model),
       kernels(Vesk::Kernels::kernels()),
       N(passes.N),
       P(passes.P),

@@ -27,8 +27,7 @@ Symbols::Symbols(Scratch& scratch, const int* o, int T)
     add(o, T);
 }
 
-Symbols::Symbols(Scratch& scratch, std::int64_t alphabet, std::int64_t length)
-    : alphabet(alphabet) {
+Symbols::Symbols(Scratch& scratch, std::int64_t size, std::int64_t length) : alphabet(size) {
     if (alphabet <= std::min(length, shortAlphabet)) {
         used = static_cast<int>(alphabet);
         numbers = scratch.filled(static_cast<std::size_t>(alphabet), 1, 0);

@@ -29,9 +29,9 @@ Diagonals diagonalsOf(Vesk::Math::internal::Table<const double> a) {
     return used;
 }
 
-Transitions::Transitions(Scratch& scratch, Vesk::Math::internal::Table<const double> transitions)
+Transitions::Transitions(Scratch& tables, Vesk::Math::internal::Table<const double> transitions)
     : a(transitions),
-      scratch(scratch),
+      scratch(tables),
       kernels(Vesk::Kernels::kernels()),
       N(transitions.rows),
       P(padded(transitions.rows)) {

@@ -2,14 +2,14 @@
 
 namespace Vesk::ML {
 
-LeftRightHMM::LeftRightHMM(int numStates, int vocabSize, int delta)
-    : HMM(numStates, vocabSize), delta(delta), convergenceThreshold(0.001F) {
-    for (int k = 0; k < vocabSize; ++k) vocab(k, 0) = k;
+LeftRightHMM::LeftRightHMM(int states, int symbols, int jump)
+    : HMM(states, symbols), delta(jump), convergenceThreshold(0.001F) {
+    for (int k = 0; k < symbols; ++k) vocab(k, 0) = k;
 }
 
-LeftRightHMM::LeftRightHMM(int numStates, int vocabSize, std::vector<std::vector<int>>& sequences,
-                           int delta)
-    : LeftRightHMM(numStates, vocabSize, delta) {
+LeftRightHMM::LeftRightHMM(int states, int symbols, std::vector<std::vector<int>>& sequences,
+                           int jump)
+    : LeftRightHMM(states, symbols, jump) {
     trainingSequences = sequences;
 }
 

@@ -28,10 +28,11 @@ MatrixT<double> LeftRightHMM::forwardProcWithScale(std::vector<int> O, int T,
 
 MatrixT<double> LeftRightHMM::forwardProcWithScaleHMM(std::vector<int> O, int T,
                                                       std::vector<double>& scale, int N,
-                                                      VectorT<double> pi, MatrixT<double> a,
-                                                      MatrixT<double> b) {
-    return internal::scaledForward(internal::givenParameters(N, pi, a, b),
-                                   internal::observed(O, T, b.cols), T, factors(scale, T));
+                                                      VectorT<double> initial,
+                                                      MatrixT<double> transitions,
+                                                      MatrixT<double> emissions) {
+    return internal::scaledForward(internal::givenParameters(N, initial, transitions, emissions),
+                                   internal::observed(O, T, emissions.cols), T, factors(scale, T));
 }
 
 MatrixT<double> LeftRightHMM::backwardProcWithScale(std::vector<int> O, int T,
@@ -43,10 +44,11 @@ MatrixT<double> LeftRightHMM::backwardProcWithScale(std::vector<int> O, int T,
 
 MatrixT<double> LeftRightHMM::backwardProcWithScaleHMM(std::vector<int> O, int T,
                                                        std::vector<double>& scale, int N,
-                                                       VectorT<double> /*pi*/, MatrixT<double> a,
-                                                       MatrixT<double> b) {
-    return internal::scaledBackward(internal::givenParameters(N, a, b),
-                                    internal::observed(O, T, b.cols), T, factors(scale, T));
+                                                       VectorT<double> /*initial*/,
+                                                       MatrixT<double> transitions,
+                                                       MatrixT<double> emissions) {
+    return internal::scaledBackward(internal::givenParameters(N, transitions, emissions),
+                                    internal::observed(O, T, emissions.cols), T, factors(scale, T));
 }
 
 double LeftRightHMM::forwardProbabilityWithScale(std::vector<int> O, int T,
@@ -58,11 +60,13 @@ double LeftRightHMM::forwardProbabilityWithScale(std::vector<int> O, int T,
 
 double LeftRightHMM::forwardProbabilityWithScaleHMM(std::vector<int> O, int T,
                                                     std::vector<double>& scale, int N,
-                                                    VectorT<double> pi, MatrixT<double> a,
-                                                    MatrixT<double> b) {
+                                                    VectorT<double> initial,
+                                                    MatrixT<double> transitions,
+                                                    MatrixT<double> emissions) {
     if (T < 1) return 0.0;
-    return internal::scaledLikelihood(internal::givenParameters(N, pi, a, b),
-                                      internal::observed(O, T, b.cols), T, factors(scale, T));
+    return internal::scaledLikelihood(internal::givenParameters(N, initial, transitions, emissions),
+                                      internal::observed(O, T, emissions.cols), T,
+                                      factors(scale, T));
 }
 
 double LeftRightHMM::logLikelihood(const std::vector<int>& sequence) const {

@@ -160,10 +160,10 @@ RecognitionModelHMM::RecognitionModelHMM()
       rotationAllowed(true),
       recognitionHMM(nullptr) {}
 
-RecognitionModelHMM::RecognitionModelHMM(std::vector<HMM*> models, double modelTransitionProb)
+RecognitionModelHMM::RecognitionModelHMM(std::vector<HMM*> models, double p)
     : RecognitionModelHMM() {
     gestures = std::move(models);
-    setModelTransitionProb(modelTransitionProb);
+    setModelTransitionProb(p);
 }
 
 void RecognitionModelHMM::setModelTransitionProb(double p) {

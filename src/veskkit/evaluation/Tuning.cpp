@@ -25,9 +25,9 @@ bool isRight(const Outcome& outcome, double logRatio) {
 
 class Tuning {
 public:
-    Tuning(const std::vector<Trace>& traces, const std::vector<Fold>& folds,
-           const TuningOptions& options, const TuningObserver& observer)
-        : traces(traces), folds(folds), options(options), observer(observer) {}
+    Tuning(const std::vector<Trace>& all, const std::vector<Fold>& parts, const TuningOptions& how,
+           const TuningObserver& told)
+        : traces(all), folds(parts), options(how), observer(told) {}
 
     TuningResult run() {
         for (const TunedOption& option : options.options) trialsARound += option.values.size();

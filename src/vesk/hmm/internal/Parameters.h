@@ -31,12 +31,12 @@ struct Parameters {
 /// none needs nothing, and the backward table no initial probabilities.
 enum class Direction { Forward, Backward };
 
-/// What a pass over T symbols below `symbols` reads of a model's tables.
+/// What a pass over T symbols of an alphabet reads of a model's tables.
 struct PassNeeds {
-    PassNeeds(const HMM& model, std::int64_t symbols, int T,
+    PassNeeds(const HMM& model, std::int64_t alphabet, int T,
               Direction direction = Direction::Forward)
         : N(model.numStates),
-          symbols(symbols),
+          symbols(alphabet),
           pi(direction == Direction::Forward && T >= 1),
           a(T >= 2),
           b(pi || a) {}

@@ -19,13 +19,13 @@ namespace Vesk::ML::internal {
 class Passes {
 public:
     /// Borrows the parameters and the symbols.
-    Passes(Scratch& scratch, const Parameters& parameters, const Symbols& symbols)
+    Passes(Scratch& tables, const Parameters& parameters, const Symbols& symbols)
         : N(parameters.N),
           P(padded(parameters.N)),
-          transitions(scratch, parameters.a),
-          emissions(scratch, parameters.b, symbols, transitions.margin()),
+          transitions(tables, parameters.a),
+          emissions(tables, parameters.b, symbols, transitions.margin()),
           pi(parameters.pi),
-          scratch(scratch) {}
+          scratch(tables) {}
 
     const int N;
     const int P;
@@ -64,8 +64,8 @@ public:
 template <typename At, typename Finish>
 class ForwardPass {
 public:
-    ForwardPass(Passes& passes, const int* o, int T, At alpha, Finish finish)
-        : passes(&passes), o(o), T(T), alpha(alpha), finish(finish) {}
+    ForwardPass(Passes& model, const int* sequence, int length, At place, Finish whenMade)
+        : passes(&model), o(sequence), T(length), alpha(place), finish(whenMade) {}
 
     bool done() const { return t >= T; }
 
@@ -96,8 +96,9 @@ private:
 template <typename At, typename Finish>
 class BackwardPass {
 public:
-    BackwardPass(Passes& passes, const int* o, int T, double last, At beta, Finish finish)
-        : passes(&passes), o(o), last(last), beta(beta), finish(finish), t(T - 1) {}
+    BackwardPass(Passes& model, const int* sequence, int length, double value, At place,
+                 Finish whenMade)
+        : passes(&model), o(sequence), last(value), beta(place), finish(whenMade), t(length - 1) {}
 
     bool done() const { return t < 0; }
 
@@ -133,12 +134,12 @@ void complete(Pass pass) {
 /// scale[t] unless `scale` is null.
 class ShortForwardPass {
 public:
-    ShortForwardPass(Passes& passes, const int* o, int T, double* column, std::ptrdiff_t pitch,
-                     double* scale)
-        : passes(&passes), o(o), T(T), column(column), pitch(pitch), scale(scale) {
-        passes.firstColumn(passes.emissions[o[0]], column);
+    ShortForwardPass(Passes& model, const int* sequence, int length, double* first,
+                     std::ptrdiff_t apart, double* factors)
+        : passes(&model), o(sequence), T(length), column(first), pitch(apart), scale(factors) {
+        model.firstColumn(model.emissions[o[0]], column);
         if (scale != nullptr) {
-            scale[0] = Vesk::Kernels::kernels().normalise(column, passes.N, passes.P);
+            scale[0] = Vesk::Kernels::kernels().normalise(column, model.N, model.P);
         }
     }
 

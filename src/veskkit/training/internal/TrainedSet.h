@@ -55,7 +55,7 @@ struct TrainedSet {
 /// Counts the steps of a training and tells its observer.
 class TrainingSteps {
 public:
-    explicit TrainingSteps(TrainingObserver observer = {}) : observer(std::move(observer)) {}
+    explicit TrainingSteps(TrainingObserver told = {}) : observer(std::move(told)) {}
 
     void expect(std::size_t count) { progress.total += count; }
 
