@@ -4,8 +4,8 @@
 #include <vesk/hmm/internal/Parameters.h>
 
 #include <cassert>
+#include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -26,7 +26,7 @@ class NumberText {
 public:
     /// Up to the next call; empty for a number that is the stream's business.
     std::string_view of(double value) {
-        if (std::memcmp(&value, &last, sizeof value) != 0) {
+        if (value != last || std::signbit(value) != std::signbit(last)) {
             last = value;
             const char* const end = putSixDigits(text, value);
             length = end == nullptr ? 0 : static_cast<std::size_t>(end - text);
