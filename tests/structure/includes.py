@@ -51,7 +51,7 @@ STANDARD = set("""
 # The two shared objects need nothing but the language and the processor; what lies above them may
 # ask the operating system.
 PROCESSOR = {"immintrin.h"}
-SYSTEM = re.compile(r"(sys/\w+|fcntl|unistd|signal|poll)\.h")
+SYSTEM = re.compile(r"(sys/\w+|dirent|fcntl|unistd|signal|poll)\.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 

@@ -5,6 +5,7 @@
 #include <veskkit/io/JsonLinesReader.h>
 #include <veskkit/io/TraceFiles.h>
 #include <veskkit/io/XmlReader.h>
+#include <veskkit/io/internal/FilesBelow.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -145,33 +146,18 @@ private:
     std::unique_ptr<TraceReader> reader;
 };
 
-bool isHidden(const fs::path& path) {
-    const std::string name = path.filename().string();
-    return !name.empty() && name[0] == '.';
-}
-
 /// The files of traces in a folder and below it, in the order of their paths.
-std::vector<std::string> filesBelow(const std::string& folder, TraceFormat format) {
-    std::vector<std::string> found;
-    std::error_code error;
-    fs::recursive_directory_iterator entry(folder, error);
-    for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-        if (isHidden(entry->path())) {
-            entry.disable_recursion_pending();
-            continue;
-        }
-        std::error_code unreadable;
-        if (!entry->is_regular_file(unreadable)) continue;
-        if (format == TraceFormat::Guess && !formatOfExtension(entry->path())) continue;
-        found.push_back(entry->path().string());
+std::vector<std::string> tracesBelow(const std::string& folder, TraceFormat format) {
+    std::vector<std::string> found = internal::filesBelow(folder);
+    if (format == TraceFormat::Guess) {
+        const auto isOther = [](const std::string& path) { return !formatOfExtension(path); };
+        found.erase(std::remove_if(found.begin(), found.end(), isOther), found.end());
     }
-    if (error) throw InputError(oneLine(folder) + ": cannot be read: " + error.message());
     if (found.empty()) {
         throw InputError(oneLine(folder) +
                          ": found no file of traces below this folder, expected .jsonl, .csv or "
                          ".xml");
     }
-    std::sort(found.begin(), found.end());
     return found;
 }
 
@@ -198,7 +184,7 @@ TraceFiles::TraceFiles(const std::vector<std::string>& paths, TraceFilesOptions 
             list.push_back(path);
             continue;
         }
-        for (std::string& file : filesBelow(path, settings.format)) {
+        for (std::string& file : tracesBelow(path, settings.format)) {
             list.push_back(std::move(file));
         }
     }

@@ -17,6 +17,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <iterator>
@@ -123,7 +124,6 @@ TEST_F(FileAllocationFailure, TracesAreReadOrNot) {
     EXPECT_GE(failEachAllocation([&] { openInput(path); }), 2);
     EXPECT_GE(failEachAllocation([&] { readTraces(path); }), 20);
     EXPECT_GE(failEachAllocation([&] { readTraces(std::vector<std::string>{path, path}); }), 40);
-    // Not a folder: the standard library's walk through one ends the program.
     const TraceFilesOptions asJson{TraceFormat::JsonLines, LabelSource::Folder};
     EXPECT_GE(failEachAllocation([&] { readTraces(path, asJson); }), 20);
     EXPECT_GE(failEachAllocation([&] {
@@ -131,6 +131,30 @@ TEST_F(FileAllocationFailure, TracesAreReadOrNot) {
                   ASSERT_EQ(count(*readerOf(in, "s")), 1);
               }),
               20);
+}
+
+std::ptrdiff_t openDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+TEST_F(FileAllocationFailure, FoldersAreReadOrNot) {
+    const std::string line = jsonLine(trace);
+    const std::string inside = folder.path("a-folder-whose-path-is-not-held-inside-the-string");
+    std::filesystem::create_directories(inside + "/and-one-in-it");
+    writeFile(inside + "/one.jsonl", line);
+    writeFile(inside + "/and-one-in-it/another.jsonl", line);
+    writeFile(inside + "/and-one-in-it/table.csv", tableHeader() + tableRows(trace, 1));
+    writeFile(inside + "/notes.txt", line);
+    std::filesystem::create_symlink("one.jsonl", inside + "/link.jsonl");
+    const std::ptrdiff_t before = openDescriptors();
+    const auto allClosed = [&] { EXPECT_EQ(openDescriptors(), before); };
+    EXPECT_GE(failEachAllocation([&] { ASSERT_EQ(TraceFiles({inside}).files().size(), 4U); },
+                                 {.badAlloc = allClosed}),
+              20);
+    EXPECT_GE(failEachAllocation([&] { ASSERT_EQ(readTraces(inside).size(), 4U); },
+                                 {.badAlloc = allClosed}),
+              80);
+    allClosed();
 }
 
 TEST_F(FileAllocationFailure, TracesAreWrittenOrNot) {

@@ -11,6 +11,11 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace Vesk::Kit {
 namespace {
 
@@ -108,6 +113,54 @@ TEST(TraceFilesTest, SaysWhatIsMissing) {
     EXPECT_EQ(textOf<InputError>([&] { TraceFiles({folder.path("")}); }),
               folder.path("") +
                   ": found no file of traces below this folder, expected .jsonl, .csv or .xml");
+}
+
+TEST(TraceFilesTest, FollowsLinksToFilesButNotToFoldersInAFolder) {
+    const Folder folder;
+    namespace fs = std::filesystem;
+    fs::create_symlink("c.jsonl", folder.path("file.jsonl"));
+    fs::create_directory_symlink("circle", folder.path("link"));
+    fs::create_directory_symlink(".", folder.path("circle/loop"));
+    fs::create_symlink("nothing", folder.path("broken.jsonl"));
+    fs::create_symlink("endless.jsonl", folder.path("endless.jsonl"));
+    ASSERT_EQ(::mkfifo(folder.path("pipe.jsonl").c_str(), 0600), 0);
+    fs::create_directory(folder.path("folder.jsonl"));
+    EXPECT_EQ(TraceFiles({folder.path()}).files(),
+              (std::vector<std::string>{folder.path("c.jsonl"), folder.path("circle/a_1.csv"),
+                                        folder.path("circle/b.xml"), folder.path("file.jsonl")}));
+    // One that is asked for by name is a folder like any other.
+    EXPECT_EQ(TraceFiles({folder.path("link/")}).files(),
+              (std::vector<std::string>{folder.path("link/a_1.csv"), folder.path("link/b.xml")}));
+    EXPECT_EQ(TraceFiles({folder.path(".hidden")}).files().size(), 1u);
+}
+
+TEST(TraceFilesTest, ReadsFoldersInFolders) {
+    const TemporaryFolder folder;
+    std::string path = folder.path("");
+    std::vector<std::string> expected;
+    for (int level = 0; level < 300; ++level) {
+        path += "f/";
+        std::filesystem::create_directory(path);
+        expected.push_back(path + "z.csv");
+        writeFile(expected.back(), table);
+    }
+    const std::vector<std::string> sorted(expected.rbegin(), expected.rend());
+    EXPECT_EQ(TraceFiles({folder.path("")}).files(), sorted);
+}
+
+TEST(TraceFilesTest, SaysWhyAFolderCannotBeRead) {
+    const Folder folder;
+    const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(next, 0);
+    ASSERT_EQ(::close(next), 0);
+    struct rlimit limit = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+    struct rlimit small = limit;
+    small.rlim_cur = static_cast<rlim_t>(next);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &small), 0);
+    const std::string text = textOf<InputError>([&] { TraceFiles({folder.path()}); });
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_EQ(text, folder.path() + ": cannot be read: Too many open files");
 }
 
 TEST(TraceFilesTest, ReadsStreams) {
