@@ -1,0 +1,51 @@
+#include "QuickTraining.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace Vesk::Kit {
+namespace {
+
+using Vesk::Test::drawnTraces;
+using Vesk::Test::quick;
+using Vesk::Test::trainQuick;
+
+TEST(TrainerCalibrationTest, CalibratesByUserFromThreeUsersOn) {
+    const TrainingReport three = trainQuick(drawnTraces(1, 3, 3, 0.2)).report;
+    EXPECT_EQ(three.calibrationRuns, 3u);
+    const TrainingReport eight = trainQuick(drawnTraces(1, 8, 1, 0.2)).report;
+    EXPECT_EQ(eight.calibrationRuns, 6u);
+    TrainingOptions options = quick();
+    options.calibrate = false;
+    EXPECT_EQ(GestureTrainer(options).train(drawnTraces(1, 3, 3)).report.calibrationRuns, 0u);
+}
+
+// Neat drawings are far likelier than the threshold model asks for without calibration, 1e3.
+TEST(TrainerCalibrationTest, CalibrationByUserCanRaiseTheRatio) {
+    EXPECT_GT(trainQuick(drawnTraces(1, 3, 3)).report.acceptanceRatio, 1.1e3);
+    EXPECT_NEAR(trainQuick(drawnTraces(1, 2, 4)).report.acceptanceRatio, 1e3, 1.0);
+}
+
+TEST(TrainerCalibrationTest, CalibratesByTraceWithFewerOrUnknownUsers) {
+    const TrainingReport two = trainQuick(drawnTraces(1, 2, 3, 0.2)).report;
+    EXPECT_EQ(two.calibrationRuns, 4u);
+    EXPECT_LE(two.acceptanceRatio, 1e3 + 1.0);
+    std::vector<Trace> traces = drawnTraces(1, 5, 2);
+    EXPECT_EQ(trainQuick(traces).report.calibrationRuns, 5u);
+    traces.front().user.clear();
+    EXPECT_EQ(trainQuick(traces).report.calibrationRuns, 4u);
+}
+
+TEST(TrainerCalibrationTest, CalibrationGivesUpTheShareAskedFor) {
+    const std::vector<Trace> traces = drawnTraces(1, 6, 6, 0.4);
+    const auto ratioAt = [&](double falseRejection) {
+        TrainingOptions options = quick();
+        options.falseRejection = falseRejection;
+        return GestureTrainer(options).train(traces).report.acceptanceRatio;
+    };
+    EXPECT_LT(ratioAt(0.0), ratioAt(0.05));
+}
+
+}  // namespace
+}  // namespace Vesk::Kit
