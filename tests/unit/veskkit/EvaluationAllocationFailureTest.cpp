@@ -1,6 +1,6 @@
 // Evaluation, tuning and diagnosis, with each allocation failing.
 
-#include "Gestures.h"
+#include "QuickTraining.h"
 
 #include <support/FailingAllocator.h>
 #include <veskkit/diagnosis/Doctor.h>
@@ -41,23 +41,13 @@ std::vector<std::string> textsOf(const std::vector<Finding>& findings) {
 class EvaluationAllocationFailure : public testing::Test {
 protected:
     EvaluationAllocationFailure() {
-        for (const Trace& trace : Vesk::Test::drawnTraces(5, 2, 1)) {
-            if (trace.gesture == "caret" || trace.gesture == "check") traces.push_back(trace);
-        }
-        training.preparation.points = 5;
-        training.symbols = 4;
-        training.states = 2;
-        training.thresholdStates = 2;
-        training.iterations = 1;
         training.discrimination = 0;
         training.calibrate = false;
-        training.threads = 1;
-        folds = leaveOneUserOut(traces);
     }
 
-    std::vector<Trace> traces;
-    TrainingOptions training;
-    std::vector<Fold> folds;
+    const std::vector<Trace> traces = Vesk::Test::fewTraces();
+    TrainingOptions training = Vesk::Test::smallest();
+    const std::vector<Fold> folds = leaveOneUserOut(traces);
 };
 
 TEST_F(EvaluationAllocationFailure, FoldsReleaseWhatTheyHold) {

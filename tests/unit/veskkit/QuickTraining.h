@@ -36,6 +36,28 @@ inline std::size_t correctOf(const Kit::GestureRecognizer& recognizer,
         }));
 }
 
+/// Two gestures of two users each, once.
+inline std::vector<Kit::Trace> fewTraces() {
+    std::vector<Kit::Trace> traces;
+    for (const Kit::Trace& trace : drawnTraces(5, 2, 1)) {
+        if (trace.gesture == "caret" || trace.gesture == "check") traces.push_back(trace);
+    }
+    return traces;
+}
+
+/// Models that are trained in no time, on one thread.
+inline Kit::TrainingOptions smallest() {
+    Kit::TrainingOptions options;
+    options.preparation.points = 5;
+    options.symbols = 4;
+    options.states = 2;
+    options.thresholdStates = 2;
+    options.iterations = 1;
+    options.discrimination = 1;
+    options.threads = 1;
+    return options;
+}
+
 }  // namespace Vesk::Test
 
 #endif

@@ -1,13 +1,12 @@
 // Training, with each allocation failing.
 
-#include "Gestures.h"
+#include "QuickTraining.h"
 
 #include <support/FailingAllocator.h>
 #include <veskkit/internal/Parallel.h>
 #include <veskkit/recognition/ModelText.h>
 #include <veskkit/synthesis/TraceSynthesizer.h>
 #include <veskkit/training/Codebook.h>
-#include <veskkit/training/GestureTrainer.h>
 #include <veskkit/training/KMedoids.h>
 #include <veskkit/training/TrainingPlan.h>
 
@@ -23,35 +22,16 @@ namespace {
 
 using Vesk::Test::failEachAllocation;
 using Vesk::Test::failEachAllocationOf;
-
-/// Two gestures of two users each, and models that are trained in no time.
-std::vector<Trace> fewTraces() {
-    std::vector<Trace> traces;
-    for (const Trace& trace : Vesk::Test::drawnTraces(5, 2, 1)) {
-        if (trace.gesture == "caret" || trace.gesture == "check") traces.push_back(trace);
-    }
-    return traces;
-}
-
-TrainingOptions quick() {
-    TrainingOptions options;
-    options.preparation.points = 5;
-    options.symbols = 4;
-    options.states = 2;
-    options.thresholdStates = 2;
-    options.iterations = 1;
-    options.discrimination = 1;
-    options.threads = 1;
-    return options;
-}
+using Vesk::Test::fewTraces;
+using Vesk::Test::smallest;
 
 /// An entry in the list of what is kept for ever for each model that was composed.
 constexpr long entries = 10;
 
 TEST(TrainingAllocationFailure, TrainerReleasesWhatItHolds) {
     const std::vector<Trace> traces = fewTraces();
-    const GestureTrainer trainer(quick());
-    TrainingOptions named = quick();
+    const GestureTrainer trainer(smallest());
+    TrainingOptions named = smallest();
     named.name = "a-name-of-more-than-a-few-letters";
     EXPECT_GE(failEachAllocation([&] { const GestureTrainer made(named); }), 2);
     EXPECT_GE(
@@ -61,8 +41,8 @@ TEST(TrainingAllocationFailure, TrainerReleasesWhatItHolds) {
 
 TEST(TrainingAllocationFailure, TasksReleaseWhatTheyHold) {
     const std::vector<Trace> traces = fewTraces();
-    EXPECT_GE(failEachAllocation([&] { const TrainingPlan made(traces, quick()); }), 100);
-    const TrainingPlan plan(traces, quick());
+    EXPECT_GE(failEachAllocation([&] { const TrainingPlan made(traces, smallest()); }), 100);
+    const TrainingPlan plan(traces, smallest());
     const GestureTask task = plan.gestureTask(0);
     EXPECT_GE(failEachAllocation([&] { plan.gestureTask(0); }), 20);
     EXPECT_GE(failEachAllocationOf([&] { return task.run().size(); }), 100);
@@ -96,10 +76,10 @@ TEST(TrainingAllocationFailure, ClustersReleaseWhatTheyHold) {
 TEST(TrainingAllocationFailure, CodebooksReleaseWhatTheyHold) {
     const std::vector<Trace> traces = fewTraces();
     EXPECT_GE(
-        failEachAllocationOf([&] { return evenCodebook(traces, 4, quick().preparation).steps; }),
+        failEachAllocationOf([&] { return evenCodebook(traces, 4, smallest().preparation).steps; }),
         20);
     EXPECT_GE(failEachAllocationOf(
-                  [&] { return learntCodebook(traces, 4, quick().preparation).directions; }),
+                  [&] { return learntCodebook(traces, 4, smallest().preparation).directions; }),
               40);
 }
 
