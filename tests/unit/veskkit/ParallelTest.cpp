@@ -3,9 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
 #include <stdexcept>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <vector>
+
+#include <pthread.h>
 
 namespace Vesk::Kit::internal {
 namespace {
@@ -34,6 +39,33 @@ TEST(ParallelTest, TheExceptionOfTheLowestTaskIsThrown) {
             ASSERT_EQ(thrown, "3") << threads << " threads";
         }
     }
+}
+
+/// While it lives, no thread can be started: its stack would not fit into the address space.
+class NoMoreThreads {
+public:
+    NoMoreThreads() {
+        EXPECT_EQ(::pthread_getattr_default_np(&usual), 0);
+        pthread_attr_t attributes = usual;
+        EXPECT_EQ(::pthread_attr_setstacksize(&attributes, std::size_t{1} << 50), 0);
+        EXPECT_EQ(::pthread_setattr_default_np(&attributes), 0);
+    }
+    ~NoMoreThreads() { EXPECT_EQ(::pthread_setattr_default_np(&usual), 0); }
+    NoMoreThreads(const NoMoreThreads&) = delete;
+    NoMoreThreads& operator=(const NoMoreThreads&) = delete;
+
+private:
+    pthread_attr_t usual = {};
+};
+
+TEST(ParallelTest, ThisThreadDoesAllWhereTheSystemGivesNoOther) {
+    std::vector<std::thread::id> runs(20);
+    {
+        const NoMoreThreads none;
+        EXPECT_THROW(std::thread([] {}).join(), std::system_error);
+        parallelFor(runs.size(), 4, [&](std::size_t i) { runs[i] = std::this_thread::get_id(); });
+    }
+    EXPECT_EQ(runs, std::vector<std::thread::id>(20, std::this_thread::get_id()));
 }
 
 TEST(ParallelTest, NothingBeginsOnceATaskHasThrown) {
