@@ -13,7 +13,7 @@ namespace {
 }  // namespace
 
 std::string pathFrom(const py::object& path) {
-    const std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
+    std::string bytes = py::bytes(py::module_::import("os").attr("fsencode")(path));
     if (bytes.find('\0') == std::string::npos) return bytes;
     throw py::value_error("path: found a null character, expected the name of a file");
 }

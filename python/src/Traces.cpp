@@ -61,7 +61,7 @@ py::tuple generated(int users, int repetitions, std::uint64_t seed, double unste
         const py::gil_scoped_release unlocked;
         const Vesk::Kit::TraceSynthesizer synthesizer(seed, unsteadiness);
         for (int user = 1; user <= users; ++user) {
-            for (const std::string& gesture : synthesizer.gestures()) {
+            for (const std::string& gesture : Vesk::Kit::TraceSynthesizer::gestures()) {
                 for (int repetition = 1; repetition <= repetitions; ++repetition) {
                     traces.push_back(synthesizer.draw(gesture, user, repetition));
                 }
