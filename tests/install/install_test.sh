@@ -157,6 +157,30 @@ fetch_content() {
     configure "$here/subproject" "$scratch/fetch-content" -DVESK_SOURCE="$source" -DFETCH_CONTENT=ON
 }
 
+# Sources inside another project are optimised where it leaves that open, and built as it says else.
+subproject_build_type() {
+    local dir=$scratch/build-type
+    local -a taken=("$here/subproject" "$dir" -DVESK_SOURCE="$source"
+        -DCMAKE_EXPORT_COMPILE_COMMANDS=ON)
+    compiled() {  # <with this option> <not with this one>
+        local -a ours
+        mapfile -t ours < <(grep '"command".*/src/vesk' "$dir/compile_commands.json")
+        echo "${#ours[@]} sources, expected with $1, without $2"
+        ((${#ours[@]} > 30)) || fail "${#ours[@]} of the library's sources in compile_commands.json"
+        expect_no_lines "without $1" "$(printf '%s\n' "${ours[@]}" | grep -vF -e " $1 " || true)"
+        expect_no_lines "with $2" "$(printf '%s\n' "${ours[@]}" | grep -F -e " $2 " || true)"
+    }
+    local way
+    for way in OFF ON; do
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=
+        compiled -O3 -g
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=Debug
+        compiled -g -O3
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=MinSizeRel
+        compiled -Os -O3
+    done
+}
+
 # The two shared objects from nothing but a compiler; a build without tests needs no test library.
 without_dependencies() {
     local -a absent=(-DCMAKE_DISABLE_FIND_PACKAGE_{GTest,rapidcheck,Python3,fmt,pugixml}=TRUE)
