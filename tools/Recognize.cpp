@@ -78,9 +78,7 @@ void recognize(Options& options) {
     RecognitionTable table;
     std::size_t unlabelled = 0;
     std::size_t recognized = 0;
-    ProgressBar bar("recognizing", "traces");
-    options.input.forEach([&](const Kit::Trace& trace) {
-        bar.count(++recognized);
+    const auto take = [&](const Kit::Trace& trace) {
         const Kit::Result result = recognizer.recognize(trace);
         if (options.table) {
             if (trace.gesture.empty()) {
@@ -94,10 +92,17 @@ void recognize(Options& options) {
                                  : plainLine(trace, result));
         // At once: whoever feeds standard input may be waiting for the answer.
         flushResults();
-    });
+    };
+    {
+        ProgressBar bar("recognizing", "traces");
+        options.input.forEach([&](const Kit::Trace& trace) {
+            bar.count(++recognized);
+            take(trace);
+        });
+    }
+    options.input.finish();
     if (unlabelled > 0) note("warning: " + counted(unlabelled, "trace") + " without a label");
     if (options.table) writeResult(table.text());
-    options.input.refuseUnseenUsers();
 }
 
 }  // namespace
