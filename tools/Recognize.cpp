@@ -117,8 +117,10 @@ Command addRecognize(CLI::App& program) {
     CLI::Option* json = line->add_flag("--json", options->json, "One JSON object a trace");
     line->add_flag("--scores", options->scores, "With --json: every gesture's log probability")
         ->needs(json);
-    line->add_flag("--table", options->table,
-                   "Instead of a line a trace, how many of each gesture were recognised")
+    line->add_flag(
+            "--table", options->table,
+            "Instead of a line a trace, how many of each gesture were recognised, and how many "
+            "rejected: taken for no gesture")
         ->excludes(json);
     return {line, [options] { recognize(*options); },
             "vesk recognize -m gestures.model traces.jsonl --table"};

@@ -68,6 +68,11 @@ TEST(Program, HelpFitsIntoAHundredColumns) {
                 HasSubstr("XML gesture\n" + std::string(30, ' ') + "logs; - is standard input\n"));
 }
 
+TEST(Program, HelpTellsWhatItsWordsMean) {
+    EXPECT_THAT(run({"recognize", "--help"}).out, HasSubstr("rejected: taken for no gesture"));
+    EXPECT_THAT(run({"train", "--help"}).out, HasSubstr("below 1"));
+}
+
 TEST(Program, VersionIsOneLine) {
     const Outcome outcome = run({"--version"});
 
