@@ -38,18 +38,20 @@ void convert(Options& options) {
     OutputFile file(output);
     if (table) file.write(Kit::tableHeader());
     std::size_t traces = 0;
-    ProgressBar bar("converting", "traces");
-    options.input.forEach([&](const Kit::Trace& trace) {
-        bar.count(++traces);
-        Kit::Trace turned = trace;
-        if (options.flipY) {
-            for (std::vector<double>& point : turned.points) {
-                if (point.size() > 1) point[1] = -point[1];
+    {
+        ProgressBar bar("converting", "traces");
+        options.input.forEach([&](const Kit::Trace& trace) {
+            bar.count(++traces);
+            Kit::Trace turned = trace;
+            if (options.flipY) {
+                for (std::vector<double>& point : turned.points) {
+                    if (point.size() > 1) point[1] = -point[1];
+                }
             }
-        }
-        file.write(table ? Kit::tableRows(turned, traces) : Kit::jsonLine(turned));
-    });
-    options.input.refuseUnseenUsers();
+            file.write(table ? Kit::tableRows(turned, traces) : Kit::jsonLine(turned));
+        });
+    }
+    options.input.finish();
     file.commit();
     if (isStandard(output)) return;
     writeResult(fmt::format("{} written to {}\n", counted(traces, "trace"), printable(output)));

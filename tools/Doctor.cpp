@@ -26,9 +26,11 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Vesk::Tool {
@@ -62,11 +64,18 @@ std::string whatWas(const Examined& examined, const Options& options) {
 }
 
 std::string findingsText(const Examined& examined, const Options& options) {
-    std::string text;
+    // Those with the same advice together, where the first of them stands.
+    std::vector<std::pair<std::string, std::string>> groups;
+    std::map<std::pair<Kit::Weight, std::string>, std::size_t> places;
     for (const Kit::Finding& finding : examined.findings) {
-        text += fmt::format("{}: {}\n    {}\n", Kit::toString(finding.weight),
-                            printable(finding.text), printable(finding.advice));
+        const auto [place, isNew] =
+            places.try_emplace({finding.weight, finding.advice}, groups.size());
+        if (isNew) groups.emplace_back("", printable(finding.advice));
+        groups[place->second].first +=
+            fmt::format("{}: {}\n", Kit::toString(finding.weight), printable(finding.text));
     }
+    std::string text;
+    for (const auto& [found, advice] : groups) text += fmt::format("{}    {}\n", found, advice);
     if (text.empty()) text = fmt::format("nothing found in {}\n", whatWas(examined, options));
     if (options.report.wanted()) text += "\n" + options.report.done();
     return text;

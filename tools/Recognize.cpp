@@ -78,9 +78,7 @@ void recognize(Options& options) {
     RecognitionTable table;
     std::size_t unlabelled = 0;
     std::size_t recognized = 0;
-    ProgressBar bar("recognizing", "traces");
-    options.input.forEach([&](const Kit::Trace& trace) {
-        bar.count(++recognized);
+    const auto take = [&](const Kit::Trace& trace) {
         const Kit::Result result = recognizer.recognize(trace);
         if (options.table) {
             if (trace.gesture.empty()) {
@@ -94,10 +92,17 @@ void recognize(Options& options) {
                                  : plainLine(trace, result));
         // At once: whoever feeds standard input may be waiting for the answer.
         flushResults();
-    });
+    };
+    {
+        ProgressBar bar("recognizing", "traces");
+        options.input.forEach([&](const Kit::Trace& trace) {
+            bar.count(++recognized);
+            take(trace);
+        });
+    }
+    options.input.finish();
     if (unlabelled > 0) note("warning: " + counted(unlabelled, "trace") + " without a label");
     if (options.table) writeResult(table.text());
-    options.input.refuseUnseenUsers();
 }
 
 }  // namespace
@@ -112,8 +117,10 @@ Command addRecognize(CLI::App& program) {
     CLI::Option* json = line->add_flag("--json", options->json, "One JSON object a trace");
     line->add_flag("--scores", options->scores, "With --json: every gesture's log probability")
         ->needs(json);
-    line->add_flag("--table", options->table,
-                   "Instead of a line a trace, how many of each gesture were recognised")
+    line->add_flag(
+            "--table", options->table,
+            "Instead of a line a trace, how many of each gesture were recognised, and how many "
+            "rejected: taken for no gesture")
         ->excludes(json);
     return {line, [options] { recognize(*options); },
             "vesk recognize -m gestures.model traces.jsonl --table"};

@@ -33,7 +33,7 @@ std::size_t partsOf(const std::vector<Kit::Trace>& traces, std::size_t usual) {
 std::vector<Kit::Trace> readTraces(TraceInput& input) {
     std::vector<Kit::Trace> traces;
     input.forEach([&](const Kit::Trace& trace) { traces.push_back(trace); });
-    input.refuseUnseenUsers();
+    input.finish();
     if (traces.empty()) throw Kit::InputError("found no traces, expected at least 1");
     return traces;
 }

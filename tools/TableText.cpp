@@ -19,13 +19,16 @@ std::size_t charactersOf(const std::string& text) {
 std::string lineOf(const Kit::Table& table, const std::vector<std::string>& cells,
                    const std::vector<std::size_t>& widths) {
     std::string line;
+    std::size_t last = 0;  // where the last column begins
     for (std::size_t c = 0; c < cells.size(); ++c) {
         const std::string room(widths[c] - charactersOf(cells[c]), ' ');
         const std::string cell = printable(cells[c]);
+        last = line.size() + (c == 0 ? 0 : 2);
         line += (c == 0 ? "" : "  ") + (table.columns[c].number ? room + cell : cell + room);
     }
     line.erase(line.find_last_not_of(' ') + 1);
-    return line + '\n';
+    const bool words = !table.columns.empty() && !table.columns.back().number;
+    return (words ? wrapped(line, last) : line) + '\n';
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 
 namespace Vesk::Tool {
 
-/// A table's columns and rows, without its caption, as aligned lines. Control characters become
-/// question marks.
+/// A table's columns and rows, without its caption, as aligned lines; text of a last column that is
+/// long goes on below. Control characters become question marks.
 std::string tableText(const Kit::Table& table);
 
 }  // namespace Vesk::Tool

@@ -3,6 +3,7 @@
 #include "Checks.h"
 #include "Command.h"
 #include "OutputFile.h"
+#include "StandardStreams.h"
 #include "Suggestion.h"
 
 #include <veskkit/Error.h>
@@ -130,6 +131,7 @@ void TraceInput::forEach(const std::function<void(const Kit::Trace&)>& use) {
         } else {
             Kit::TraceFiles files({path}, reading);
             readAll(files, "", use);
+            if (withoutLabels.empty()) withoutLabels = files.firstWithoutLabels();
         }
     }
 }
@@ -142,6 +144,15 @@ void TraceInput::readAll(Kit::TraceReader& reader, const std::string& source,
         if (!source.empty()) trace.source = source;
         if (wanted(trace.user)) use(trace);
     }
+}
+
+void TraceInput::finish() const {
+    refuseUnseenUsers();
+    if (withoutLabels.empty()) return;
+    note(
+        fmt::format("warning: {}: found no column \"gesture\", \"label\" or \"class\": labels come "
+                    "from the names of files",
+                    withoutLabels));
 }
 
 void TraceInput::refuseUnseenUsers() const {

@@ -44,8 +44,9 @@ public:
     /// of standard input has the source "-".
     void forEach(const std::function<void(const Kit::Trace&)>& use);
 
-    /// InputError for a user that was asked for, or asked to be left out, and did not turn up.
-    void refuseUnseenUsers() const;
+    /// After the last trace: InputError for a user that was asked for, or asked to be left out, and
+    /// did not turn up; a warning where names of files became labels for want of others.
+    void finish() const;
 
 private:
     void addSelectionTo(CLI::App& line);
@@ -53,12 +54,14 @@ private:
     bool wanted(const std::string& user);
     void readAll(Kit::TraceReader& reader, const std::string& source,
                  const std::function<void(const Kit::Trace&)>& use);
+    void refuseUnseenUsers() const;
 
     std::vector<std::string> paths;
     Kit::TraceFilesOptions reading;
     std::vector<std::string> onlyUsers;
     std::vector<std::string> withoutUsers;
     std::set<std::string> seen;
+    std::string withoutLabels;  ///< the first file whose name is a label since it has no other
     Kit::Preparation prepared;
 };
 

@@ -60,7 +60,7 @@ void train(Options& options) {
         traces.push_back(trace);
         users.insert(trace.user);
     });
-    options.input.refuseUnseenUsers();
+    options.input.finish();
 
     const Kit::TrainingResult result = [&] {
         ProgressBar bar("training", "steps");

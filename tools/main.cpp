@@ -2,6 +2,7 @@
 #include "Interruption.h"
 #include "StandardStreams.h"
 #include "Suggestion.h"
+#include "Text.h"
 
 #include <vesk/Version.h>
 #include <veskkit/Error.h>
@@ -16,6 +17,7 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -70,6 +72,18 @@ int answer(const CLI::App& program, const CLI::ParseError& stop) {
     return usage;
 }
 
+/// The parser's help; what is long goes on below the descriptions.
+std::string help(const CLI::App* line, std::string name, CLI::AppFormatMode mode) {
+    const CLI::Formatter formatter;
+    std::istringstream lines(formatter.make_help(line, std::move(name), mode));
+    std::string text;
+    for (std::string one; std::getline(lines, one);) {
+        const bool entry = one.rfind("  ", 0) == 0;
+        text += wrapped(one, entry ? formatter.get_column_width() : 0) + '\n';
+    }
+    return text;
+}
+
 /// "Exit status: 0 done, ..."
 std::string exitStatuses() {
     std::string text = "Exit status:";
@@ -86,6 +100,7 @@ void runIfChosen(const Command& command) {
 
 int run(int argc, char* argv[]) {
     CLI::App program("Gesture recognition with discrete hidden Markov models", "vesk");
+    program.formatter_fn(help);
     program.set_version_flag("--version", "vesk " VESK_VERSION);
     program.set_help_flag("-h,--help", "Print this and exit");
     program.require_subcommand(1);

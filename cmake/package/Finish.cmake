@@ -42,6 +42,12 @@ ${CPACK_PACKAGE_NAME} (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
             COMMAND_ERROR_IS_FATAL ANY)
     endif()
 
+    file(GLOB flat "${root}/lib/*.so.*")
+    if(flat)
+        message(NOTICE "The libraries of ${package} go to /usr/lib; configured with "
+            "-DCMAKE_INSTALL_PREFIX=/usr they go where Debian has those of the architecture.")
+    endif()
+
     file(GLOB_RECURSE compressed "${root}/share/man/*.1")
     execute_process(COMMAND "${gzip}" -9nf "${doc}/changelog" ${compressed}
         COMMAND_ERROR_IS_FATAL ANY)

@@ -104,6 +104,24 @@ TEST_F(Doctor, TellsEachFindingAndWhatToDoTheMostSeriousFirst) {
     }
 }
 
+TEST_F(Doctor, TellsTheSameRemedyOnceBelowAllThatItIsFor) {
+    change(1, [](json& trace) { trace["points"] = {{1, 1}, {1, 1}}; });
+    change(5, [](json& trace) { trace["gesture"] = "corner"; });
+    change(9, [](json& trace) { trace["points"] = {{2, 2}, {2, 2}}; });
+    const Outcome outcome = examine({"--no-cross-validation"});
+    EXPECT_TRUE(foundSerious(outcome, "3 serious problems"));
+    const std::vector<std::string> text = lines(outcome.out);
+    ASSERT_GE(text.size(), 5U);
+    EXPECT_THAT(text[0], HasSubstr("traces.jsonl:1: "));
+    EXPECT_THAT(text[1], HasSubstr("traces.jsonl:9: "));
+    EXPECT_THAT(text[2], StartsWith("    Leave the trace out"));
+    // A check, a corner, a zigzag: in their order it would come between the two.
+    EXPECT_THAT(text[3], StartsWith("serious: gesture \"corner\": found 1 trace"));
+    EXPECT_THAT(text[4], StartsWith("    Record more"));
+    const json object = json::parse(examine({"--no-cross-validation", "--json"}).out);
+    EXPECT_EQ(object["findings"][0]["advice"], object["findings"][2]["advice"]);
+}
+
 TEST_F(Doctor, WarningsAloneAreNoFailure) {
     change(9, [](json& trace) { trace["gesture"] = "circle"; });
     const Outcome outcome = examine({});

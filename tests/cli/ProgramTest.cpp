@@ -52,6 +52,27 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
     }
 }
 
+TEST(Program, HelpFitsIntoAHundredColumns) {
+    std::size_t continued = 0;
+    for (const char* subcommand : {"train", "tune", "recognize", "evaluate", "doctor", "inspect",
+                                   "export", "convert", "codebook", "generate", ""}) {
+        std::vector<std::string> arguments{subcommand, "--help"};
+        if (arguments.front().empty()) arguments.erase(arguments.begin());
+        for (const std::string& line : lines(run(arguments).out)) {
+            EXPECT_LE(line.size(), 100U) << line;
+            if (testing::Matches(StartsWith(std::string(30, ' ')))(line)) ++continued;
+        }
+    }
+    EXPECT_GT(continued, 20U);
+    EXPECT_THAT(run({"codebook", "--help"}).out,
+                HasSubstr("XML gesture\n" + std::string(30, ' ') + "logs; - is standard input\n"));
+}
+
+TEST(Program, HelpTellsWhatItsWordsMean) {
+    EXPECT_THAT(run({"recognize", "--help"}).out, HasSubstr("rejected: taken for no gesture"));
+    EXPECT_THAT(run({"train", "--help"}).out, HasSubstr("below 1"));
+}
+
 TEST(Program, VersionIsOneLine) {
     const Outcome outcome = run({"--version"});
 

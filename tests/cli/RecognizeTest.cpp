@@ -245,6 +245,7 @@ TEST_F(Recognize, UserFiltersChooseTraces) {
     EXPECT_EQ(none.status, 3);
     EXPECT_EQ(none.out, "");
     EXPECT_EQ(none.err, "vesk: --user: found no trace of user \"u09\", did you mean u01?\n");
+    EXPECT_TRUE(refused(recognize({traces, "--user", "u09", "--table"}), 3, "user \"u09\""));
 }
 
 TEST_F(Recognize, FlipYTurnsTheTracesOver) {
@@ -306,6 +307,30 @@ TEST_F(Recognize, TracesOfAFolderAreNamedByTheirFiles) {
     EXPECT_EQ(json::parse(outcome.out).at("expected"), "circle");
     EXPECT_EQ(json::parse(outcome.out).at("gesture"), "circle");
     EXPECT_EQ(json::parse(outcome.out).at("source"), path("set/circle/drawn-1.csv"));
+}
+
+TEST_F(Recognize, NamesOfFilesThatBecomeLabelsAreTold) {
+    for (const char* name : {"star_1.csv", "star_2.csv"}) writeFile(path(name), "x,y\n1,2\n3,5\n");
+    const std::vector<std::string> both{"--json", path("star_1.csv"), path("star_2.csv")};
+    const Outcome outcome = recognize(both);
+
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "vesk: warning: " + path("star_1.csv") +
+                               ": found no column \"gesture\", \"label\" or \"class\": labels "
+                               "come from the names of files\n");
+    EXPECT_EQ(json::parse(lines(outcome.out).at(1)).at("expected"), "star");
+    EXPECT_TRUE(succeeded(recognize(joined(both, {"--quiet"}))));
+    EXPECT_TRUE(succeeded(recognize(joined(both, {"--label-from", "file"}))));
+    writeFile(path("star_1.csv"), "x,y,class\n1,2,check\n3,5,check\n");
+    const Outcome named = recognize({"--json", path("star_1.csv")});
+    EXPECT_TRUE(succeeded(named));
+    EXPECT_EQ(json::parse(named.out).at("expected"), "check");
+}
+
+TEST_F(Recognize, AModelInPlaceOfTracesIsTold) {
+    const std::string problem = trained + ":1: found what looks like a model file, expected traces";
+    EXPECT_TRUE(refused(recognize({trained}), 3, problem));
+    EXPECT_TRUE(refused(run({"evaluate", trained}), 3, problem));
 }
 
 TEST_F(Recognize, UnknownFormatIsRefusedWithTheKnownOnes) {

@@ -15,7 +15,7 @@ names_in_page() {  # <page>: options and arguments as a user sees them
     sed -e 's/\\f[BIR]//g' -e 's/\\-/-/g' -e 's/\\&//g' "$1"
 }
 
-mapfile -t commands < <("$vesk" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+mapfile -t commands < <("$vesk" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z][a-z]*\) .*/\1/p')
 ((${#commands[@]} >= 10)) || fail "found ${#commands[@]} subcommands in the help"
 (($(find "$pages" -name '*.1' | wc -l) == ${#commands[@]} + 1)) || fail "a page too many or too few"
 

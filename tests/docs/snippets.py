@@ -9,13 +9,17 @@ What stands behind the opening fence says what a block is:
     sh           a script: run
     sh tree      commands for a checkout: their scripts, options and presets have to exist, but they
                  are not run, since they build all of this
+    sh sources   commands for a checkout that build the Python package: run on what it is made of, with
+                 the build at hand in place of a new one, where that has the package
     python       a script: run where the build has the Python package
+    python cluster
+                 what goes on from the traces of "traces.jsonl" with a cluster at tcp://scheduler:8786:
+                 run with two workers on this machine, where distributed is installed
     text         what the block before it printed; "..." stands for anything, on a line
                  of its own for any lines
 
-    console, python cluster
-                 what takes other machines, other recordings or a build of its own: not run, for the
-                 reasons in docs/testing.md
+    console      what takes other machines or other recordings: not run, for the reasons in
+                 docs/testing.md
 
 and other languages (js, html, json) are left to their own tests.
 
@@ -27,6 +31,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -92,7 +97,48 @@ def compare(place, found, expected):
         sys.exit(f"{place}: the block before it printed\n{text}expected\n{expected}")
 
 
-def run_document(document, environment):
+# `traces`, `vesk` and `model` are the document's names.
+CLUSTER = """\
+import vesk
+from distributed import LocalCluster
+
+traces = vesk.read_traces("traces.jsonl")
+with LocalCluster(n_workers=2, threads_per_worker=1, processes=False, protocol="tcp",
+                  host="127.0.0.1", dashboard_address=None) as cluster:
+    exec({code!r}.replace("{address}", cluster.scheduler_address))
+print(model.score(traces.X, traces.y))
+"""
+
+
+def run_on_cluster(place, code, folder, environment):
+    address = "tcp://scheduler:8786"
+    if address not in code:
+        sys.exit(f"{place}: found no cluster at {address}")
+    script = CLUSTER.format(code=code, address=address)
+    printed = run(place, ["/usr/bin/python3", "-c", script], folder,
+                  {**environment, "no_proxy": "127.0.0.1"})
+    if not float(printed) > 0.9:
+        sys.exit(f"{place}: the model of the cluster is right about {printed}")
+    return printed
+
+
+def run_on_sources(place, code, build, environment):
+    with tempfile.TemporaryDirectory() as folder:
+        for name in ("CMakeLists.txt", "README.md", "pyproject.toml", "setup.py"):
+            shutil.copy(ROOT / name, folder)
+        shutil.copytree(ROOT / "python/vesk", pathlib.Path(folder, "python/vesk"))
+        own = {name: value for name, value in environment.items() if name != "PYTHONPATH"}
+        own.update(VESK_BUILD_DIR=str(build.resolve()), PATH=f"/usr/bin:{own['PATH']}")
+        own.pop("LD_LIBRARY_PATH")
+        return run(place, ["bash", "-euo", "pipefail", "-c", code], folder, own)
+
+
+def has_distributed():
+    return subprocess.run(["/usr/bin/python3", "-c", "import distributed"],
+                          stderr=subprocess.DEVNULL).returncode == 0
+
+
+def run_document(document, build, environment):
     counts = dict.fromkeys(["run", "written", "compared", "looked up", "left to others"], 0)
     with tempfile.TemporaryDirectory() as folder:
         run(document.name, ["vesk", "generate", "-o", "traces.jsonl", "--users", "2"], folder,
@@ -119,10 +165,16 @@ def run_document(document, environment):
                 if not printed.strip():
                     sys.exit(f"{place}: says nothing")
                 counts["run"] += 1
+            elif kind == "python cluster" and "PYTHONPATH" in environment and has_distributed():
+                printed = run_on_cluster(place, code, folder, environment)
+                counts["run"] += 1
+            elif kind == "sh sources" and "PYTHONPATH" in environment:
+                printed = run_on_sources(place, code, build, environment)
+                counts["run"] += 1
             elif language in ("cpp", "cmake") and name:
                 pathlib.Path(folder, name).write_text(code, encoding="utf-8")
                 counts["written"] += 1
-            elif language in OTHERS or kind in ("python", "python cluster"):
+            elif language in OTHERS or kind in ("python", "python cluster", "sh sources"):
                 counts["left to others"] += 1
             else:
                 sys.exit(f"{place}: a block of kind {kind!r}, expected cpp, cmake FILE, sh or text")
@@ -150,7 +202,7 @@ def main():
         if package.exists():
             environment["PYTHONPATH"] = str(package)
         for document in documents:
-            counts = run_document(document, environment)
+            counts = run_document(document, arguments.build, environment)
             for key, count in counts.items():
                 total[key] = total.get(key, 0) + count
             print(f"{document.name}: " +

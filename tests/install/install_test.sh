@@ -157,6 +157,30 @@ fetch_content() {
     configure "$here/subproject" "$scratch/fetch-content" -DVESK_SOURCE="$source" -DFETCH_CONTENT=ON
 }
 
+# Sources inside another project are optimised where it leaves that open, and built as it says else.
+subproject_build_type() {
+    local dir=$scratch/build-type
+    local -a taken=("$here/subproject" "$dir" -DVESK_SOURCE="$source"
+        -DCMAKE_EXPORT_COMPILE_COMMANDS=ON)
+    compiled() {  # <with this option> <not with this one>
+        local -a ours
+        mapfile -t ours < <(grep '"command".*/src/vesk' "$dir/compile_commands.json")
+        echo "${#ours[@]} sources, expected with $1, without $2"
+        ((${#ours[@]} > 30)) || fail "${#ours[@]} of the library's sources in compile_commands.json"
+        expect_no_lines "without $1" "$(printf '%s\n' "${ours[@]}" | grep -vF -e " $1 " || true)"
+        expect_no_lines "with $2" "$(printf '%s\n' "${ours[@]}" | grep -F -e " $2 " || true)"
+    }
+    local way
+    for way in OFF ON; do
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=
+        compiled -O3 -g
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=Debug
+        compiled -g -O3
+        configure "${taken[@]}" -DFETCH_CONTENT=$way -DCMAKE_BUILD_TYPE=MinSizeRel
+        compiled -Os -O3
+    done
+}
+
 # The two shared objects from nothing but a compiler; a build without tests needs no test library.
 without_dependencies() {
     local -a absent=(-DCMAKE_DISABLE_FIND_PACKAGE_{GTest,rapidcheck,Python3,fmt,pugixml}=TRUE)
@@ -209,7 +233,8 @@ packages() {
         grep -q LeftRightHMM "$root/usr/share/doc/vesk-hmm/reference/html/annotated.html"
     fi
     cd "$scratch"
-    export LD_LIBRARY_PATH=$root/usr/lib
+    LD_LIBRARY_PATH=$(dirname "$(find "$root/usr/lib" -name libHMM.so.1)")
+    export LD_LIBRARY_PATH
     ldd "$root/usr/bin/vesk" | grep -F "$root" | grep -c . | grep -qx 2
     "$root/usr/bin/vesk" generate -o traces.jsonl --users 3 --repetitions 3
     "$root/usr/bin/vesk" train traces.jsonl -o gestures.model --no-calibration --discrimination 0
@@ -222,6 +247,29 @@ traces = vesk.read_traces("traces.jsonl")
 model = vesk.GestureClassifier.load("gestures.model")
 print(f"{model.score(traces.X, traces.y):.2f} from {vesk.__file__}")'
     fi
+}
+
+# Packages of a build for /usr have their libraries where Debian has those of the architecture, and
+# the files for CMake and pkg-config beside them lead there.
+multiarch() {
+    local dir=$scratch/multiarch root=$scratch/multiarch-root triplet libdir
+    triplet=$(dpkg-architecture --query DEB_HOST_MULTIARCH)
+    cmake -S "$source" -B "$scratch/alone" -DCMAKE_INSTALL_PREFIX=/usr
+    cmake --build "$scratch/alone"
+    rm -rf "$dir" "$root"
+    cpack --config "$scratch/alone/CPackConfig.cmake" -B "$dir" \
+        -D "CPACK_COMPONENTS_ALL=runtime;development"
+    lintian --allow-root --fail-on error "$dir"/*.deb
+    for package in "$dir"/*.deb; do dpkg-deb --extract "$package" "$root"; done
+    expect_no_lines "libraries in another place" \
+        "$(find "$root/usr/lib" -mindepth 1 -maxdepth 1 ! -name "$triplet")"
+    libdir=$root/usr/lib/$triplet
+    PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --libs vesk-hmm
+    [[ $(realpath "$(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --variable=libdir vesk-hmm)") == \
+        "$libdir" ]] || fail "pkg-config leads elsewhere"
+    configure "$here/package" "$dir-host" -DSTANDARD=17 -DKIT=OFF -DCMAKE_PREFIX_PATH="$root/usr" \
+        -DPREFIX_FROM_PACKAGE=../../../..
+    build_and_test "$dir-host"
 }
 
 declare -F "$test_name" >/dev/null || fail "no such test: $test_name"

@@ -30,6 +30,31 @@ std::string trimmed(const std::string& text) {
     return text.substr(first, text.find_last_not_of(" \t") + 1 - first);
 }
 
+/// What stands between blanks.
+std::vector<std::string> wordsOf(const std::string& line) {
+    constexpr const char* blanks = " \t";
+    std::vector<std::string> words;
+    for (std::size_t end = 0; (end = line.find_first_not_of(blanks, end)) != std::string::npos;) {
+        const std::size_t begin =
+            std::exchange(end, std::min(line.find_first_of(blanks, end), line.size()));
+        words.push_back(line.substr(begin, end - begin));
+    }
+    return words;
+}
+
+bool areNumbers(const std::vector<std::string>& texts) {
+    double value = 0.0;
+    return std::all_of(texts.begin(), texts.end(),
+                       [&](const std::string& text) { return internal::readNumber(text, value); });
+}
+
+/// Whether a recognition model begins so: threshold, rotation or not, size of the codebook; and in
+/// the second line the codebook.
+bool beginModel(const std::vector<std::string>& first, const std::vector<std::string>& second) {
+    return first.size() == 3 && areNumbers(first) && (first[1] == "0" || first[1] == "1") &&
+           first[2] == std::to_string(second.size()) && areNumbers(second);
+}
+
 /// The separator of a line: of those that occur outside of quotation marks the most frequent one.
 char separatorOf(const std::string& line) {
     constexpr char candidates[] = {',', ';', '\t'};
@@ -122,14 +147,8 @@ void CsvReader::readHead() {
         throw InputError(lines->place() + ": found a quotation mark that is not closed, expected " +
                          "the names of columns");
     }
-    double value = 0.0;
-    const bool isRow = std::all_of(fields.begin(), fields.end(), [&](const std::string& text) {
-        return internal::readNumber(text, value);
-    });
-    if (isRow) {
-        if (fields.size() < 2) {
-            throw InputError(lines->place() + ": found 1 column, expected at least x and y");
-        }
+    if (fields.size() == 1) refuseColumn();
+    if (areNumbers(fields)) {
         rowAtHand = true;
         return;
     }
@@ -138,7 +157,7 @@ void CsvReader::readHead() {
     x = column("x");
     y = column("y");
     trace = column("trace");
-    gesture = column("gesture");
+    gesture = labelColumn();
     user = column("user");
     for (const auto& [place, name] : {std::pair(x, "x"), std::pair(y, "y")}) {
         if (place != absent) continue;
@@ -146,6 +165,24 @@ void CsvReader::readHead() {
                                 fields.size(), ", expected a first line that names x and y"));
     }
     rowAtHand = readRow();
+}
+
+/// Says what a first line of one column may be instead of one of a table.
+void CsvReader::refuseColumn() {
+    const std::string place = lines->place();
+    const std::vector<std::string> words = wordsOf(lowerCase(lines->line()));
+    const auto named = [&](const char* name) {
+        return std::find(words.begin(), words.end(), name) != words.end();
+    };
+    if (words.size() > 1 && (areNumbers(words) || (named("x") && named("y")))) {
+        if (beginModel(words,
+                       lines->next() ? wordsOf(lines->line()) : std::vector<std::string>())) {
+            throw InputError(place + ": found what looks like a model file, expected traces");
+        }
+        throw InputError(place + ": found columns separated by blanks, expected commas, " +
+                         "semicolons or tabs");
+    }
+    throw InputError(place + ": found 1 column, expected at least x and y");
 }
 
 bool CsvReader::readRow() {
@@ -172,6 +209,19 @@ std::size_t CsvReader::column(const char* name) const {
             joined(lines->place(), ": found two columns ", quoted(name), ", expected one"));
     }
     return static_cast<std::size_t>(found - names.begin());
+}
+
+/// The column of labels, by the first of its names that there is.
+std::size_t CsvReader::labelColumn() const {
+    const std::size_t own = column("gesture");
+    if (own != absent) return own;
+    const std::size_t label = column("label");
+    const std::size_t other = column("class");
+    if (label != absent && other != absent) {
+        throw InputError(lines->place() + ": found columns \"label\" and \"class\", expected one " +
+                         "of them or \"gesture\"");
+    }
+    return std::min(label, other);
 }
 
 std::string CsvReader::field(std::size_t column) const {

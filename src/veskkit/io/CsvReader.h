@@ -20,9 +20,10 @@ class LineReader;
 /// marks): columns separated by commas, semicolons or tabs, whichever the first line has.
 ///
 /// The first line names the columns, in any order and case: `x` and `y`; `trace` where the file
-/// holds several traces, whose rows stand together; `gesture` and `user`. Other columns are
-/// ignored. Without `trace` the whole file is one trace. Without a line of names, which is a first
-/// line of numbers, the columns are x and y. Blank lines are skipped.
+/// holds several traces, whose rows stand together; `gesture`, the label, which without a column of
+/// that name may be called `label` or `class`; `user`. Other columns are ignored. Without `trace`
+/// the whole file is one trace. Without a line of names, which is a first line of numbers, the
+/// columns are x and y. Blank lines are skipped.
 class CsvReader : public TraceReader {
 public:
     /// Opens a file. InputError "<path>: ..." for a directory and for what cannot be read.
@@ -39,6 +40,9 @@ public:
     /// Whether the table has no column `trace`. Known once the first trace has been read.
     bool holdsOneTrace() const { return trace == absent; }
 
+    /// Whether the table has a column of labels. Known at the same time.
+    bool namesGestures() const { return gesture != absent; }
+
 private:
     static constexpr std::size_t absent = static_cast<std::size_t>(-1);
 
@@ -53,8 +57,10 @@ private:
     };
 
     void readHead();
+    [[noreturn]] void refuseColumn();
     bool readRow();
     std::size_t column(const char* name) const;
+    std::size_t labelColumn() const;
     std::string field(std::size_t column) const;
     double number(std::size_t column, const char* name) const;
     void requireNew(const Key& key);

@@ -67,7 +67,9 @@ public:
     }
 
     bool start_array(std::size_t) override {
-        if (field != Field::Points || level == Level::Outside) return misplaced("a list");
+        if (level == Level::Outside)
+            fail("a list", "JSON Lines: an object a line, no list of them");
+        if (field != Field::Points) return misplaced("a list");
         if (level == Level::Object) {
             level = Level::Points;
             trace.points.clear();

@@ -54,7 +54,8 @@ std::string blanksBefore(std::istream& in) {
 
 TraceFormat formatOfCharacter(std::istream::int_type c) {
     using traits = std::istream::traits_type;
-    if (traits::eq_int_type(c, '{')) return TraceFormat::JsonLines;
+    // A list of objects is what JSON Lines are taken for.
+    if (traits::eq_int_type(c, '{') || traits::eq_int_type(c, '[')) return TraceFormat::JsonLines;
     return traits::eq_int_type(c, '<') ? TraceFormat::Xml : TraceFormat::Csv;
 }
 
@@ -206,7 +207,9 @@ bool TraceFiles::next(Trace& trace) {
         case LabelSource::Record: {
             const auto* table = dynamic_cast<const CsvReader*>(current.get());
             const bool unnamed = table != nullptr && table->holdsOneTrace();
-            if (unnamed && trace.gesture.empty()) trace.gesture = labelOfFileName(file);
+            if (!unnamed || !trace.gesture.empty()) break;
+            trace.gesture = labelOfFileName(file);
+            if (unlabelled.empty() && !table->namesGestures()) unlabelled = file;
             break;
         }
     }

@@ -14,7 +14,7 @@ namespace Vesk::Kit {
 /// How traces are written down.
 enum class TraceFormat {
     Guess,      ///< by the file's extension, else by its first character
-    JsonLines,  ///< .jsonl, .ndjson, .json; text that begins with {
+    JsonLines,  ///< .jsonl, .ndjson, .json; text that begins with { or [
     Csv,        ///< .csv, .tsv; all other text
     Xml         ///< .xml; text that begins with <
 };
@@ -48,8 +48,13 @@ public:
 
     bool next(Trace& trace) override;
 
+    /// With LabelSource::Record, the first file so far that gave its name to its trace since its
+    /// table has no column of labels; empty where there is none.
+    const std::string& firstWithoutLabels() const { return unlabelled; }
+
 private:
     std::vector<std::string> list;
+    std::string unlabelled;
     TraceFilesOptions settings;
     std::size_t upcoming = 0;
     std::unique_ptr<TraceReader> current;

@@ -45,6 +45,15 @@ TEST(CsvReaderTest, ColumnsComeInAnyOrderAndCaseAmongOthers) {
     EXPECT_EQ(traces[0].user, "");
 }
 
+TEST(CsvReaderTest, LabelsMayStandUnderLabelOrClass) {
+    EXPECT_EQ(read("Label,x,y\nv,1,2\n")[0].gesture, "v");
+    EXPECT_EQ(read("x,y,CLASS\n1,2,v\n")[0].gesture, "v");
+    EXPECT_EQ(read("class,label,gesture,x,y\na,b,v,1,2\n")[0].gesture, "v");
+    EXPECT_EQ(errorOf("class,label,x,y\na,b,1,2\n"),
+              "t:1: found columns \"label\" and \"class\", expected one of them or \"gesture\"");
+    EXPECT_EQ(errorOf("class,x,y,Class\n"), "t:1: found two columns \"class\", expected one");
+}
+
 TEST(CsvReaderTest, TheSameNumberByAnotherUserOrOfAnotherGestureIsAnotherTrace) {
     EXPECT_EQ(read("gesture,user,trace,x,y\na,u,1,0,0\na,v,1,0,0\nb,v,1,0,0\n").size(), 3u);
 }
@@ -99,6 +108,19 @@ TEST(CsvReaderTest, SaysWhatIsWrongWhere) {
          "t:1: found no column \"y\" among 2, expected a first line that names x and y"},
         {"x,y,X\n", "t:1: found two columns \"x\", expected one"},
         {"7\n", "t:1: found 1 column, expected at least x and y"},
+        {"x 7\n", "t:1: found 1 column, expected at least x and y"},
+        {"X  Y t\n1 2 3\n",
+         "t:1: found columns separated by blanks, expected commas, semicolons or tabs"},
+        {"1 2\n3 4\n",
+         "t:1: found columns separated by blanks, expected commas, semicolons or tabs"},
+        {"0 1 3\n1 2\n",
+         "t:1: found columns separated by blanks, expected commas, semicolons or tabs"},
+        {"0 2 3\n0 1 3\n",
+         "t:1: found columns separated by blanks, expected commas, semicolons or tabs"},
+        {"\n0.5 1 4\n0 90 180 270\n\nmodel\n",
+         "t:2: found what looks like a model file, expected traces"},
+        {"1 0 0\n\n\nmodel\n", "t:1: found what looks like a model file, expected traces"},
+        {"0 0 0\n", "t:1: found what looks like a model file, expected traces"},
         {"x,y\n1\n", "t:2: found 1 field, expected 2 as in the first line"},
         {"x,y\n1,2,3\n", "t:2: found 3 fields, expected 2 as in the first line"},
         {"x,y\n1,two\n", "t:2: found \"two\" as y, expected a finite number"},

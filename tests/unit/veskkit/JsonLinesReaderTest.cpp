@@ -95,7 +95,8 @@ TEST(JsonLinesReaderTest, RefusesWhatIsNotJson) {
 }
 
 TEST(JsonLinesReaderTest, RefusesWhatIsNotAnObject) {
-    EXPECT_EQ(errorOf("[[1,2]]"), "t:1: found a list, expected an object");
+    EXPECT_EQ(errorOf("[[1,2]]"),
+              "t:1: found a list, expected JSON Lines: an object a line, no list of them");
     EXPECT_EQ(errorOf("3"), "t:1: found a number, expected an object");
     EXPECT_EQ(errorOf("\"x\""), "t:1: found a string, expected an object");
     EXPECT_EQ(errorOf("null"), "t:1: found null, expected an object");

@@ -87,6 +87,28 @@ TEST(TraceFilesTest, OnlyATableOfOneTraceIsNamedByItsFile) {
         (std::vector<std::string>{"v", "", "", "w", "", "007"}));
 }
 
+TEST(TraceFilesTest, TellsTheFirstFileWhoseNameIsALabelForWantOfAColumn) {
+    const TemporaryFolder folder;
+    writeFile(folder.path("own.csv"), "x,y,label\n1,2,w\n");
+    writeFile(folder.path("empty.csv"), "x,y,label\n1,2,\n");
+    writeFile(folder.path("many.csv"), "trace,x,y\n1,1,2\n2,1,2\n");
+    writeFile(folder.path("v-1.csv"), table);
+    writeFile(folder.path("w-1.csv"), "1,2\n");
+    const auto first = [&](const std::vector<std::string>& names, LabelSource label) {
+        std::vector<std::string> paths;
+        for (const std::string& name : names) paths.push_back(folder.path(name));
+        TraceFiles files(paths, {TraceFormat::Guess, label});
+        for (Trace trace; files.next(trace);) {
+        }
+        return files.firstWithoutLabels();
+    };
+    const auto record = LabelSource::Record;
+    EXPECT_EQ(first({"own.csv", "w-1.csv", "v-1.csv"}, record), folder.path("w-1.csv"));
+    EXPECT_EQ(first({"own.csv", "empty.csv", "many.csv"}, record), "");
+    EXPECT_EQ(first({"v-1.csv"}, LabelSource::FileName), "");
+    EXPECT_EQ(first({"v-1.csv"}, LabelSource::Folder), "");
+}
+
 TEST(TraceFilesTest, GuessesTheFormatOfOtherFilesByTheirText) {
     const TemporaryFolder folder;
     writeFile(folder.path("one"), std::string("\n ") + jsonLine);
@@ -176,6 +198,10 @@ TEST(TraceFilesTest, ReadsStreams) {
     EXPECT_EQ(labelOf(log), "x");
     EXPECT_EQ(labelOf(std::string("\xEF\xBB\xBF") + jsonLine), "j");
     EXPECT_EQ(labelOf("gesture,x,y\nv,1,2\n"), "v");
+    std::istringstream list("[\n" + std::string(jsonLine) + "]\n");
+    Trace trace;
+    EXPECT_EQ(textOf<InputError>([&] { readerOf(list, "t")->next(trace); }),
+              "t:1: found a list, expected JSON Lines: an object a line, no list of them");
 }
 
 TEST(TraceFilesTest, AnEmptyFileHoldsNoTraces) {
