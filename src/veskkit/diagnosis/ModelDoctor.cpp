@@ -118,9 +118,18 @@ Rows emissionRows(const HMM& model, bool fromOdds) {
     return rows;
 }
 
+/// A single first state of less than 1 is meant: a gesture whose probability counts for less has to
+/// be the surer.
+bool isPrior(const std::vector<double>& pi) {
+    const auto isNone = [](double value) { return value == 0.0; };
+    return !pi.empty() && pi.front() > 0.0 && pi.front() < 1.0 &&
+           std::all_of(pi.begin() + 1, pi.end(), isNone);
+}
+
 Rows transitionRows(const HMM& model) {
     Rows rows;
-    rows.add(sumOf(model.numStates, [&](std::size_t i) { return model.pi[i]; }));
+    const double first = sumOf(model.numStates, [&](std::size_t i) { return model.pi[i]; });
+    rows.add(isPrior(model.pi) ? 1.0 : first);
     for (std::size_t i = 0; i < model.numStates; ++i)
         rows.add(sumOf(model.numStates, [&](std::size_t j) { return a(model, i, j); }));
     return rows;

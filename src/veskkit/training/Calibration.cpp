@@ -17,10 +17,13 @@ namespace {
 constexpr std::size_t fewestUsers = 3;
 constexpr std::size_t mostUserRuns = 6;
 constexpr std::size_t mostSampleRuns = 4;
-constexpr std::size_t enoughTraces = 1000;  // for a quantile near 3 %
+constexpr std::size_t enoughTraces = 4000;  // for a quantile near 2 % of each gesture
 constexpr int enoughIterations = 2;         // the ratio hardly moves from there on
 constexpr double sacrificeOfOneGesture = 0.5;
 constexpr double slackOfOneGesture = 2.0;  // equal traces must not stand right on the ratio
+constexpr std::size_t fewestOwnTraces = 50;
+constexpr double falseRejectionOfOwn = 0.02;
+constexpr double slackOfOwn = 7.4;
 
 /// Per user, in the order of their names, the run that leaves them out.
 std::map<std::string, std::size_t> runOfUsers(const std::vector<GestureSamples>& gestures) {
@@ -101,7 +104,7 @@ LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
                       const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
                       std::size_t stride) {
     RecognitionModel model =
-        composeRecognitionModel(gestures, codebook, 1.0, TrainingOptions().name);
+        composeRecognitionModel(gestures, codebook, {}, TrainingOptions().name);
     const double required =
         std::log(acceptanceRatio(model.get().modelTransitionProb, model.gestures().size()));
     const GestureRecognizer recognizer(std::move(model));
@@ -120,7 +123,7 @@ LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
     return ratios;
 }
 
-double ratioOf(const std::vector<LogRatios>& runs, double falseRejection) {
+CalibratedRatios ratiosOf(const std::vector<LogRatios>& runs, double falseRejection) {
     LogRatios ratios;
     std::vector<double> all;
     for (const LogRatios& run : runs) {
@@ -129,17 +132,23 @@ double ratioOf(const std::vector<LogRatios>& runs, double falseRejection) {
             all.insert(all.end(), own.begin(), own.end());
         }
     }
-    if (all.empty()) return 0.0;
+    if (all.empty()) return {};
+    CalibratedRatios result;
     double least = std::numeric_limits<double>::infinity();
     for (const auto& [gesture, own] : ratios) {
         least = std::min(least, quantile(own, sacrificeOfOneGesture));
+        if (own.size() < fewestOwnTraces) continue;
+        result.own[gesture] = std::exp(quantile(own, falseRejectionOfOwn)) / slackOfOwn;
     }
     least -= std::log(slackOfOneGesture);
-    return std::exp(std::min(least, quantile(all, falseRejection)));
+    result.all = std::exp(std::min(least, quantile(all, falseRejection)));
+    return result;
 }
 
-double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector<double>& codebook,
-                      const TrainingOptions& options, const std::function<void()>& step) {
+CalibratedRatios calibrateRatios(const std::vector<CalibrationRun>& runs,
+                                 const std::vector<double>& codebook,
+                                 const TrainingOptions& options,
+                                 const std::function<void()>& step) {
     const TrainingOptions quick = calibrationOptions(options);
     const std::size_t stride = testStride(runs);
     std::vector<LogRatios> ratios;
@@ -150,7 +159,7 @@ double calibrateRatio(const std::vector<CalibrationRun>& runs, const std::vector
         discriminate(gestures, samples, codebook, quick, step);
         ratios.push_back(logRatiosOf(gestures, run.test, codebook, stride));
     }
-    return ratioOf(ratios, options.falseRejection);
+    return ratiosOf(ratios, options.falseRejection);
 }
 
 }  // namespace Vesk::Kit::internal

@@ -205,12 +205,18 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
 }
 
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
-                                         const std::vector<double>& codebook, double ratio,
-                                         const std::string& name) {
+                                         const std::vector<double>& codebook,
+                                         const Acceptance& acceptance, const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
     for (const GestureModels& gesture : gestures) {
-        for (const LeftRightHMM& model : gesture.fine) result.add(model);
+        const auto prior = acceptance.priors.find(gesture.report.gesture);
+        for (LeftRightHMM model : gesture.fine) {
+            if (prior != acceptance.priors.end()) {
+                for (double& first : model.pi) first *= prior->second;
+            }
+            result.add(std::move(model));
+        }
         coarse.push_back(gesture.coarse);
     }
     RecognitionModelHMM settings = composeThreshold(coarse);
@@ -218,7 +224,8 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
     settings.codebook = codebook;
     settings.proxFilterThreshold = 0.0f;
     settings.rotationAllowed = false;
-    settings.modelTransitionProb = transitionProbability(ratio, result.gestures().size());
+    settings.modelTransitionProb =
+        transitionProbability(acceptance.ratio, result.gestures().size());
     result.build(settings);
     return asStored(result);
 }

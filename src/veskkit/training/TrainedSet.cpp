@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t worthAWarning = 3;
 constexpr double ratioOfSingleModels = 1e3;
 constexpr double ratioOfSubModels = 1e4;
+constexpr double leastPrior = 1.0 / 400.0;  ///< smaller ones would decide between gestures
 
 /// The directions as a model file holds them.
 std::vector<double> storedCodebook(const TrainingOptions& options) {
@@ -155,7 +156,7 @@ RecognitionModel TrainedSet::composeWithout(const std::string& gesture,
         theirs.push_back(&samples[g]);
     }
     discriminate(parts, theirs, codebook, options, step);
-    return composeRecognitionModel(parts, codebook, ratio, options.name);
+    return composeRecognitionModel(parts, codebook, acceptance, options.name);
 }
 
 PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options) {
@@ -175,13 +176,18 @@ PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOp
     return set;
 }
 
-double ratioFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
-                double calibrated, bool runsAreUsers) {
+Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
+                         const CalibratedRatios& calibrated, bool runsAreUsers) {
     const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
-    if (!(calibrated > 0.0)) return customary;
-    const double ratio = std::clamp(calibrated, leastRatio, largestRatio);
+    if (!(calibrated.all > 0.0)) return {customary};
+    const double ratio = std::clamp(calibrated.all, leastRatio, largestRatio);
     // Of other people's traces nothing is known without users: what is customary stays.
-    return runsAreUsers ? ratio : std::min(customary, ratio);
+    if (!runsAreUsers) return {std::min(customary, ratio)};
+    Acceptance acceptance{ratio};
+    for (const auto& [gesture, own] : calibrated.own) {
+        if (own > ratio) acceptance.priors[gesture] = std::max(ratio / own, leastPrior);
+    }
+    return acceptance;
 }
 
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,
@@ -193,14 +199,15 @@ TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptio
     expect(prepared.samples.size());
     for (const CalibrationRun& run : prepared.runs) expect(run.training.size());
 
-    const double found = calibrateRatio(prepared.runs, prepared.codebook, options, std::ref(steps));
+    const CalibratedRatios found =
+        calibrateRatios(prepared.runs, prepared.codebook, options, std::ref(steps));
     TrainedSet set{options, std::move(prepared.samples), {}, std::move(prepared.codebook),
-                   0.0,     std::move(prepared.report)};
+                   {},      std::move(prepared.report)};
     set.gestures = trainGestures(set.samples, set.codebook, options, std::ref(steps));
     for (const GestureModels& gesture : set.gestures) {
         set.report.gestures.push_back(gesture.report);
     }
-    set.ratio = ratioFor(set.gestures, options, found, prepared.runsAreUsers);
+    set.acceptance = acceptanceFor(set.gestures, options, found, prepared.runsAreUsers);
     return set;
 }
 

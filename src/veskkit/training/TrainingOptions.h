@@ -58,13 +58,14 @@ struct TrainingOptions {
     /// Whether an unset ratio is calibrated. With traces of three or more users each of them (of
     /// more than six: each of six groups of them) is left out of a training in turn and recognised
     /// with its result; R is what all but `falseRejection` of the traces reach whose likeliest
-    /// gesture is the right one, and half of every single gesture's. Without calibration R
-    /// is 1e3 with one sub-model a gesture and 1e4 with more. With fewer users every fourth trace
-    /// is left out in turn, which can only lower R from there: a straight line differs little from
-    /// the threshold model. Costs a training of at most two iterations for each turn, and the
-    /// recognition of about 1000 traces.
+    /// gesture is the right one, and half of every single gesture's. A gesture of 50 such
+    /// traces or more, nearly all of which reach more than R, is asked for more itself, up to 400
+    /// R: its pi is lowered. Without calibration R is 1e3 with one sub-model a gesture and 1e4 with
+    /// more. With fewer users every fourth trace is left out in turn, which can only lower R from
+    /// there: a straight line differs little from the threshold model. Costs a training of at most
+    /// two iterations for each turn, and the recognition of up to 4000 traces.
     bool calibrate = true;
-    double falseRejection = 0.035;  ///< share of correct traces that calibration gives up, 0 to 0.5
+    double falseRejection = 0.025;  ///< share of correct traces that calibration gives up, 0 to 0.5
 
     /// Threads that gestures are trained on; 0: one for each processor. The same model at any
     /// number.

@@ -181,10 +181,11 @@ TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
     const std::vector<GestureModels>& gestures = told.back().gestures;
     std::vector<LogRatios> ratios;
     for (std::size_t r = 0; r < set.runs.size(); ++r) ratios.push_back(told[r].logRatios);
-    const double calibrated = internal::ratioOf(ratios, parts->options.falseRejection);
-    const double ratio = internal::ratioFor(gestures, parts->options, calibrated, set.runsAreUsers);
+    const internal::Acceptance acceptance = internal::acceptanceFor(
+        gestures, parts->options, internal::ratiosOf(ratios, parts->options.falseRejection),
+        set.runsAreUsers);
     TrainingResult result{
-        internal::composeRecognitionModel(gestures, set.codebook, ratio, parts->options.name),
+        internal::composeRecognitionModel(gestures, set.codebook, acceptance, parts->options.name),
         set.report};
     for (const GestureModels& gesture : gestures) result.report.gestures.push_back(gesture.report);
     result.report.acceptanceRatio = internal::acceptanceRatio(

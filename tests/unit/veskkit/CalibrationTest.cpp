@@ -3,6 +3,7 @@
 #include <support/BitEqual.h>
 #include <veskkit/recognition/GestureRecognizer.h>
 #include <veskkit/training/internal/Calibration.h>
+#include <veskkit/training/internal/TrainedSet.h>
 
 #include <gtest/gtest.h>
 
@@ -44,7 +45,7 @@ std::set<std::string> usersOf(const std::vector<GestureSamples>& gestures) {
 
 RecognitionModel composed(const std::vector<GestureModels>& gestures,
                           const std::vector<double>& codebook, double ratio) {
-    return composeRecognitionModel(gestures, codebook, ratio, "all");
+    return composeRecognitionModel(gestures, codebook, {ratio}, "all");
 }
 
 TEST(CalibrationTest, LeavesEveryUserOutOnce) {
@@ -169,9 +170,9 @@ TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
     int trained = 0;
     const auto count = [&] { ++trained; };
     options.falseRejection = 0.0;
-    const double least = calibrateRatio(runs, codebook, options, count);
+    const double least = calibrateRatios(runs, codebook, options, count).all;
     options.falseRejection = 0.5;
-    const double most = calibrateRatio(runs, codebook, options, count);
+    const double most = calibrateRatios(runs, codebook, options, count).all;
     EXPECT_TRUE(Vesk::Test::bitEqual(least, most));
     EXPECT_EQ(trained, 2 * 3 * 2);
 
@@ -201,7 +202,64 @@ TEST(CalibrationTest, TheComposedModelHasTheRatioButForItsSixDigits) {
 }
 
 TEST(CalibrationTest, NoRunsNoRatio) {
-    EXPECT_EQ(calibrateRatio({}, {0, 180}, TrainingOptions(), [] {}), 0.0);
+    const CalibratedRatios none = calibrateRatios({}, {0, 180}, TrainingOptions(), [] {});
+    EXPECT_EQ(none.all, 0.0);
+    EXPECT_TRUE(none.own.empty());
+}
+
+/// From `first` on, 0.1 apart.
+std::vector<double> logsFrom(double first, int count) {
+    std::vector<double> logs;
+    for (int i = 0; i < count; ++i) logs.push_back(first + 0.1 * i);
+    return logs;
+}
+
+TEST(CalibrationTest, GesturesOfManyTracesHaveTheirOwnRatio) {
+    // 2 % of 60 is one trace, in whichever run it was tested; 49 traces are too few.
+    const std::vector<LogRatios> runs{{{"far", logsFrom(20.0, 30)}, {"few", logsFrom(20.0, 49)}},
+                                      {{"far", logsFrom(23.0, 30)}, {"near", logsFrom(5.0, 50)}}};
+    const CalibratedRatios found = ratiosOf(runs, 0.1);
+    ASSERT_EQ(found.own.size(), 2u);
+    EXPECT_DOUBLE_EQ(found.own.at("far"), std::exp(20.1) / 7.4);
+    EXPECT_DOUBLE_EQ(found.own.at("near"), std::exp(5.1) / 7.4);
+    EXPECT_DOUBLE_EQ(found.all, std::exp(5.0 + 0.1 * 15)) << "10 % of 159 traces";
+}
+
+TEST(CalibrationTest, PriorsAskForMoreWhereUsersWereLeftOut) {
+    const CalibratedRatios found{100.0, {{"far", 1e9}, {"near", 99.0}, {"strict", 250.0}}};
+    const TrainingOptions options;
+    const Acceptance users = acceptanceFor({}, options, found, true);
+    EXPECT_EQ(users.ratio, 100.0);
+    EXPECT_EQ(users.priors, (std::map<std::string, double>{{"far", 1.0 / 400}, {"strict", 0.4}}));
+    EXPECT_TRUE(acceptanceFor({}, options, found, false).priors.empty());
+    EXPECT_TRUE(acceptanceFor({}, options, {0.0, {{"far", 1e9}}}, true).priors.empty());
+    // What R is held to counts, not what was found.
+    const Acceptance held = acceptanceFor({}, options, {1e7, {{"far", 2e7}}}, true);
+    EXPECT_EQ(held.ratio, 1e5);
+    EXPECT_DOUBLE_EQ(held.priors.at("far"), 0.005);
+}
+
+// P(gesture) shrinks by the prior, in the model as it reads back; nothing else changes.
+TEST(CalibrationTest, ThePriorIsInTheGesturesPi) {
+    std::vector<Trace> storage;
+    const std::vector<GestureSamples> gestures = straightSamples(storage);
+    TrainingOptions options;
+    options.states = 4;
+    options.thresholdStates = 3;
+    const std::vector<double> codebook{0, 90, 180, 270};
+    const std::vector<GestureModels> models = trainGestures(gestures, codebook, options, [] {});
+    const RecognitionModel plain = composed(models, codebook, 10.0);
+    const RecognitionModel strict =
+        composeRecognitionModel(models, codebook, {10.0, {{"g1", 0.125}}}, "all");
+    ASSERT_EQ(strict.gestures().size(), 2u);
+    EXPECT_EQ(strict.gestures()[0]->pi, plain.gestures()[0]->pi);
+    EXPECT_EQ(strict.gestures()[1]->pi, (std::vector<double>{0.125, 0.0, 0.0, 0.0}));
+    EXPECT_EQ(strict.gestures()[1]->b.data, plain.gestures()[1]->b.data);
+    const std::vector<int>& symbols = gestures[1].samples[0].symbols;
+    const double before = plain.get().evaluate(symbols).gestures[1].probability;
+    const Vesk::ML::Recognition after = strict.get().evaluate(symbols);
+    EXPECT_EQ(after.gestures[1].probability, before / 8);
+    EXPECT_EQ(after.threshold, plain.get().evaluate(symbols).threshold);
 }
 
 }  // namespace

@@ -131,6 +131,12 @@ TEST(ModelDoctorTest, RowsThatDoNotSumToOneAreFound) {
     EXPECT_THAT(only(findingsOf(gestures), FindingKind::ImproperRows, Weight::Warning).gestures,
                 ElementsAre("up"));
     gestures = smallGestures();
+    gestures[1].pi = {1.1, 0.0};
+    EXPECT_EQ(only(findingsOf(gestures), FindingKind::ImproperRows, Weight::Warning).found, 1.1);
+    gestures = smallGestures();
+    gestures[1].pi = {0.9, 0.0};
+    EXPECT_THAT(findingsOf(gestures), IsEmpty()) << "a prior";
+    gestures = smallGestures();
     gestures[1].a(1, 1) = 0.99999;
     EXPECT_THAT(findingsOf(gestures), IsEmpty()) << "six digits";
 }

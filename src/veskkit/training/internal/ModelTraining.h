@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -58,10 +59,18 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
                                          const TrainingOptions& options,
                                          const std::function<void()>& trained);
 
-/// The recognition model that gestures make together, as it reads back from its file.
+/// What a gesture has to reach to be recognised.
+struct Acceptance {
+    double ratio = 1.0;  ///< R: how much likelier than the threshold model it has to be
+    /// What the probability of a gesture that is asked for more counts for, above 0 and below 1.
+    std::map<std::string, double> priors = {};
+};
+
+/// The recognition model that gestures make together, as it reads back from its file. Priors are
+/// in the gestures' pi, which `check` weighs like any other.
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
-                                         const std::vector<double>& codebook, double ratio,
-                                         const std::string& name);
+                                         const std::vector<double>& codebook,
+                                         const Acceptance& acceptance, const std::string& name);
 
 /// The transition probability p at which a gesture has to be `ratio` times as likely as the
 /// threshold model: with K gesture models its weight is (1 - p) / K, so p = R / (R + K).

@@ -29,9 +29,9 @@ struct PreparedSet {
 /// InputError as GestureTrainer::train.
 PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options);
 
-/// R: of the options, or `calibrated` (0.0: it was not), or what is customary.
-double ratioFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
-                double calibrated, bool runsAreUsers);
+/// R: of the options, or as calibrated, or what is customary. Priors where users were left out.
+Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
+                         const CalibratedRatios& calibrated, bool runsAreUsers);
 
 /// The models of all gestures, each trained by itself, from which recognition models are put
 /// together.
@@ -40,14 +40,14 @@ struct TrainedSet {
     std::vector<GestureSamples> samples;  ///< in the order of their names; refer to the traces
     std::vector<GestureModels> gestures;  ///< in the same order
     std::vector<double> codebook;
-    double ratio;           ///< R, calibrated where the options ask for it
+    Acceptance acceptance;  ///< calibrated where the options ask for it
     TrainingReport report;  ///< but for the ratio that the composed model has
 
     /// The recognition model of all gestures, told apart, as it reads back from its file.
     RecognitionModel compose(const std::function<void()>& step = [] {}) const;
 
-    /// The same without one gesture of several, with the same R: what would be known of the
-    /// gesture's traces if it had never been trained.
+    /// The same without one gesture of several, with the same acceptance: what would be known of
+    /// the gesture's traces if it had never been trained.
     RecognitionModel composeWithout(
         const std::string& gesture, const std::function<void()>& step = [] {}) const;
 };
