@@ -81,15 +81,18 @@ Kit::Table gestureModelsTable(const Kit::RecognitionModel& model) {
                       {"model", true},
                       {"states", true},
                       {"delta", true},
+                      {"ratio", true},
                       {"transitions", true},
                       {"emissions", true}},
                      {}};
-    for (const GestureSummary& gesture : summaryOf(model).gestures) {
+    const ModelSummary summary = summaryOf(model);
+    for (const GestureSummary& gesture : summary.gestures) {
         for (std::size_t m = 0; m < gesture.models.size(); ++m) {
             const SubModelSummary& it = gesture.models[m];
             table.rows.push_back({gesture.name, std::to_string(m + 1), std::to_string(it.states),
-                                  std::to_string(it.delta), rangeText(it.transitions),
-                                  rangeText(it.emissions)});
+                                  std::to_string(it.delta),
+                                  fmt::format("{:.4g}", summary.acceptanceRatio / it.prior),
+                                  rangeText(it.transitions), rangeText(it.emissions)});
         }
     }
     return table;

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <numeric>
 
 namespace Vesk::Tool {
 
@@ -39,8 +40,9 @@ ModelSummary summaryOf(const Kit::RecognitionModel& model) {
         GestureSummary gesture{name, {}};
         for (const auto& it : model.gestures()) {
             if (it->name != name) continue;
-            gesture.models.push_back(
-                {it->numStates, it->delta, rangeOfOthers(it->a.data), rangeOf(it->b.data)});
+            gesture.models.push_back({it->numStates, it->delta,
+                                      std::accumulate(it->pi.begin(), it->pi.end(), 0.0),
+                                      rangeOfOthers(it->a.data), rangeOf(it->b.data)});
         }
         summary.gestures.push_back(gesture);
     }
@@ -65,6 +67,7 @@ std::string summaryJson(const Kit::RecognitionModel& model) {
         for (const SubModelSummary& own : gesture.models) {
             models.push_back({{"states", own.states},
                               {"delta", own.delta},
+                              {"prior", own.prior},
                               {"transitions", rangeJson(own.transitions)},
                               {"emissions", rangeJson(own.emissions)}});
         }

@@ -16,6 +16,7 @@ struct Range {
 struct SubModelSummary {
     unsigned states;
     int delta;
+    double prior;       ///< what its probability counts for: less than 1 where more is asked for
     Range transitions;  ///< of those that are not 0
     Range emissions;
 };
@@ -29,7 +30,8 @@ struct GestureSummary {
 struct ModelSummary {
     std::vector<GestureSummary> gestures;  ///< in the order of first appearance
 
-    /// How many times as likely as the threshold model a gesture has to be; 0 where any will do.
+    /// How many times as likely as the threshold model a gesture of prior 1 has to be; 0 where any
+    /// will do.
     double acceptanceRatio;
 };
 

@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "ModelOutput.h"
+#include "ModelSummary.h"
 #include "ProgressBar.h"
 #include "StandardStreams.h"
 #include "Text.h"
@@ -12,6 +13,8 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <string>
@@ -33,7 +36,15 @@ Kit::GestureTrainer makeTrainer(const Options& options) {
     return Kit::GestureTrainer(training);
 }
 
-std::string reportText(const Kit::TrainingReport& report, std::size_t users) {
+/// How many gestures are asked for more than the ratio.
+std::size_t strictGestures(const Kit::RecognitionModel& model) {
+    const ModelSummary summary = summaryOf(model);
+    return static_cast<std::size_t>(
+        std::count_if(summary.gestures.begin(), summary.gestures.end(),
+                      [](const GestureSummary& it) { return it.models.front().prior < 1.0; }));
+}
+
+std::string reportText(const Kit::TrainingReport& report, std::size_t users, std::size_t strict) {
     std::size_t models = 0;
     for (const Kit::GestureReport& gesture : report.gestures) models += gesture.subModels.size();
     std::string text = fmt::format("{} of {} by {}: {}\n", counted(report.traces, "trace"),
@@ -47,6 +58,9 @@ std::string reportText(const Kit::TrainingReport& report, std::size_t users) {
     text += report.calibrationRuns > 0
                 ? fmt::format(" (calibrated in {})\n", counted(report.calibrationRuns, "training"))
                 : "\n";
+    if (strict > 0) {
+        text += counted(strict, "gesture") + " more than that: vesk inspect shows the ratios\n";
+    }
     return text;
 }
 
@@ -72,7 +86,9 @@ void train(Options& options) {
     for (const std::string& line : result.report.warnings) note("warning: " + line);
 
     options.output.write(result.model);
-    const std::string report = reportText(result.report, users.size()) + options.output.report();
+    const std::string report =
+        reportText(result.report, users.size(), strictGestures(result.model)) +
+        options.output.report();
     // The model itself is the result where it goes to standard output.
     if (options.output.goesToStandardOutput()) {
         writeNotes(report);

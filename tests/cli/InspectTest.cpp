@@ -37,8 +37,9 @@ TEST_F(Inspect, PrintsWhatTheModelConsistsOf) {
         "codebook                0 22.5 45 67.5 90 112.5 135 157.5 180 202.5 225 247.5 270 292.5 "
         "315 337.5");
     EXPECT_EQ(text[10], "                        degrees");
-    EXPECT_THAT(text[12], testing::ContainsRegex("^gesture +model +states +delta +transitions"));
-    EXPECT_THAT(text[13], testing::ContainsRegex("^check +1 +10 +1 +0\\.[0-9]+ to 1 +0\\."));
+    EXPECT_THAT(text[12],
+                testing::ContainsRegex("^gesture +model +states +delta +ratio +transitions"));
+    EXPECT_THAT(text[13], testing::ContainsRegex("^check +1 +10 +1 +100 +0\\.[0-9]+ to 1 +0\\."));
     EXPECT_THAT(text[15], testing::StartsWith("zigzag "));
 }
 
@@ -58,6 +59,7 @@ TEST_F(Inspect, JsonHasTheSameFigures) {
     const json& own = object["gestures"][1]["models"][0];
     EXPECT_EQ(own["states"], 10);
     EXPECT_EQ(own["delta"], 1);
+    EXPECT_EQ(own["prior"], 1.0);
     EXPECT_GT(own["transitions"]["smallest"], 0.0);
     EXPECT_EQ(own["transitions"]["largest"], 1.0);
     EXPECT_GT(own["emissions"]["smallest"], 0.0);

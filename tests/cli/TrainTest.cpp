@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,6 +14,7 @@
 namespace {
 
 using namespace Vesk::Test;
+using nlohmann::json;
 using testing::ContainsRegex;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -80,6 +82,27 @@ TEST_F(Train, CalibratesTheRatioWhereThreeUsersDrew) {
 
     ASSERT_TRUE(succeeded(outcome));
     EXPECT_THAT(outcome.out, HasSubstr("(calibrated in 3 trainings)"));
+}
+
+TEST_F(Train, GesturesOfManyTracesAreAskedForMoreWhereTheyReachIt) {
+    const std::string many = path("many.jsonl");
+    ASSERT_TRUE(succeeded(run({"generate", "-o", many, "--users", "5", "--repetitions", "11"})));
+    const Outcome outcome = run({"train", many, "-o", path("m.txt"), "--states", "10"});
+    ASSERT_TRUE(succeeded(outcome));
+
+    const Outcome inspected = run({"inspect", path("m.txt"), "--json"});
+    const json model = json::parse(inspected.out);
+    int strict = 0;
+    for (const json& gesture : model["gestures"]) {
+        const auto prior = gesture["models"][0]["prior"].get<double>();
+        EXPECT_GE(prior, 0.0025) << gesture["gesture"];
+        EXPECT_LE(prior, 1.0) << gesture["gesture"];
+        if (prior < 1.0) ++strict;
+    }
+    ASSERT_GT(strict, 1);
+    EXPECT_THAT(outcome.out,
+                HasSubstr("\n" + std::to_string(strict) +
+                          " gestures more than that: vesk inspect shows the ratios\n"));
 }
 
 TEST_F(Train, NoCalibrationTakesTheOrdinaryRatio) {
