@@ -2,6 +2,7 @@
 #include <veskkit/recognition/internal/LogProbability.h>
 #include <veskkit/training/internal/Discrimination.h>
 #include <veskkit/training/internal/Emissions.h>
+#include <veskkit/training/internal/Turns.h>
 
 #include <algorithm>
 #include <array>
@@ -88,23 +89,6 @@ std::vector<int> bestPath(const LeftRightHMM& model, const std::vector<int>& sym
     return path;
 }
 
-/// Per symbol the one that a trace shows there when it is turned to the next direction, or to the
-/// one before; the same where that is out of reach.
-std::vector<int> turnedSymbols(const std::vector<double>& codebook, bool forwards) {
-    std::vector<std::size_t> order(codebook.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::stable_sort(order.begin(), order.end(),
-                     [&](std::size_t x, std::size_t y) { return codebook[x] < codebook[y]; });
-    std::vector<int> turned(codebook.size());
-    for (std::size_t n = 0; n < order.size(); ++n) {
-        const std::size_t from = order[n];
-        const std::size_t to = order[(n + (forwards ? 1 : order.size() - 1)) % order.size()];
-        const double angle = std::abs(codebook[from] - codebook[to]);
-        turned[from] = static_cast<int>(std::min(angle, 360.0 - angle) <= reach ? to : from);
-    }
-    return turned;
-}
-
 class Discrimination {
 public:
     Discrimination(std::vector<GestureModels>& gestures,
@@ -112,7 +96,7 @@ public:
                    const std::vector<double>& codebook, const TrainingOptions& options)
         : settings(options),
           influence(circularGaussian(codebook, reach)),
-          turns{turnedSymbols(codebook, true), turnedSymbols(codebook, false)} {
+          turns{turnedSymbols(codebook, Turn::Forwards), turnedSymbols(codebook, Turn::Backwards)} {
         const int M = static_cast<int>(codebook.size());
         for (std::size_t g = 0; g < gestures.size(); ++g) {
             for (LeftRightHMM& model : gestures[g].fine) {
@@ -217,11 +201,7 @@ private:
     /// The symbols as drawn, or turned a little: models that tell these apart too rely less on
     /// the very traces that they have seen.
     std::vector<int> turned(const std::vector<int>& symbols, std::size_t turn) const {
-        std::vector<int> result = symbols;
-        if (turn == 0) return result;
-        const std::vector<int>& to = turns[turn - 1];
-        for (int& symbol : result) symbol = to[static_cast<std::size_t>(symbol)];
-        return result;
+        return turn == 0 ? symbols : replaced(symbols, turns[turn - 1]);
     }
 
     /// How every contest stands with its trace as drawn (turn 0) or turned (1, 2).

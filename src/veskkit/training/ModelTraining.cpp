@@ -3,6 +3,7 @@
 #include <veskkit/training/KMedoids.h>
 #include <veskkit/training/internal/Emissions.h>
 #include <veskkit/training/internal/ModelTraining.h>
+#include <veskkit/training/internal/Turns.h>
 
 #include <vesk/recognition/RecognitionModelHMM.h>
 
@@ -64,6 +65,18 @@ double meanLogLikelihood(const LeftRightHMM& model, const Sequences& sequences) 
     return sum / static_cast<double>(symbols);
 }
 
+/// Each as it is, and turned both ways.
+Sequences withTurns(const Sequences& sequences, const std::vector<double>& codebook) {
+    Sequences result = sequences;
+    for (const Turn turn : {Turn::Forwards, Turn::Backwards}) {
+        const std::vector<int> table = turnedSymbols(codebook, turn);
+        for (const std::vector<int>& sequence : sequences) {
+            result.push_back(replaced(sequence, table));
+        }
+    }
+    return result;
+}
+
 Sequences sequencesOf(const std::vector<Sample>& samples) {
     Sequences result;
     result.reserve(samples.size());
@@ -104,7 +117,8 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
     const bool few = gesture.samples.size() <= fewTraces;
     const ModelSettings settings{
         options.states, options.delta,
-        options.smoothing.value_or(few ? smoothingOfFewTraces : smoothingByDefault)};
+        options.smoothing.value_or(few ? smoothingOfFewTraces : smoothingByDefault),
+        gesture.samples.size() < enoughForSubModels};
     std::vector<LeftRightHMM> models;
     for (const Sequences& part : partition(gesture.samples, options)) {
         TrainedModel trained = trainModel(part, codebook, settings, options);
@@ -156,12 +170,14 @@ TrainedModel trainModel(const Sequences& sequences, const std::vector<double>& c
     TrainedModel result{LeftRightHMM(settings.states, M, settings.delta),
                         {sequences.size(), 0, 0.0}};
     LeftRightHMM& model = result.model;
-    model.estimate(HMM::EqualSegments, sequences);
+    const Sequences turned = settings.turned ? withTurns(sequences, codebook) : Sequences();
+    const Sequences& shown = settings.turned ? turned : sequences;
+    model.estimate(HMM::EqualSegments, shown);
     if (options.firstEstimate == FirstEstimate::EvenCut) {
-        model.b = evenCutEmissions(sequences, settings.states, M);
+        model.b = evenCutEmissions(shown, settings.states, M);
     }
     floorEmissions(model.b, options.emissionFloor);
-    while (result.report.iterations < options.iterations && iterate(model, sequences)) {
+    while (result.report.iterations < options.iterations && iterate(model, shown)) {
         oddsToProbabilities(model.b);
         floorEmissions(model.b, options.emissionFloor);
         ++result.report.iterations;

@@ -42,11 +42,11 @@ TEST(RecordedDoctorTest, CleanSetsDoNotDrownInFindings) {
         std::size_t mostWarnings;
         std::size_t mostAdvice;
     };
-    // The shapes sketched by many hands are recognised to two thirds: pairs are hopeless there.
+    // The shapes sketched by many hands are recognised to three quarters: one pair is hopeless there.
     for (const Expectation& it :
          {Expectation{"unistroke16.jsonl", 0, 1, 15}, Expectation{"pen_digits.jsonl", 0, 10, 25},
           Expectation{"pen_letters.jsonl", 0, 30, 30},
-          Expectation{"sketch_shapes.jsonl", 2, 20, 10}}) {
+          Expectation{"sketch_shapes.jsonl", 1, 20, 10}}) {
         SCOPED_TRACE(it.file);
         const std::string path = dataFile(it.file);
         if (path.empty()) GTEST_SKIP() << "no recorded traces";

@@ -34,6 +34,9 @@ struct ModelSettings {
     int states;
     int delta;
     double smoothing;  ///< degrees
+    /// Whether every sequence is also shown turned to the next direction, and to the one before:
+    /// few examples lean otherwise too much on how they were held.
+    bool turned = false;
 };
 
 /// One trained model and how it came about.
