@@ -42,7 +42,8 @@ TEST(RecordedDoctorTest, CleanSetsDoNotDrownInFindings) {
         std::size_t mostWarnings;
         std::size_t mostAdvice;
     };
-    // The shapes sketched by many hands are recognised to three quarters: one pair is hopeless there.
+    // The shapes sketched by many hands are recognised to three quarters: one pair is hopeless
+    // there.
     for (const Expectation& it :
          {Expectation{"unistroke16.jsonl", 0, 1, 15}, Expectation{"pen_digits.jsonl", 0, 10, 25},
           Expectation{"pen_letters.jsonl", 0, 30, 30},
