@@ -185,16 +185,20 @@ TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
     EXPECT_NEAR(least, asked * std::exp(margin) / 2, 1e-9 * least);
 }
 
-TEST(CalibrationTest, TheComposedModelHasTheRatioButForItsSixDigits) {
-    std::vector<Trace> storage;
-    const std::vector<GestureSamples> gestures = straightSamples(storage);
+const std::vector<double> quarters{0, 90, 180, 270};
+
+std::vector<GestureModels> smallModels(const std::vector<GestureSamples>& gestures) {
     TrainingOptions options;
     options.states = 4;
     options.thresholdStates = 3;
-    const std::vector<double> codebook{0, 90, 180, 270};
-    const std::vector<GestureModels> models = trainGestures(gestures, codebook, options, [] {});
+    return trainGestures(gestures, quarters, options, [] {});
+}
+
+TEST(CalibrationTest, TheComposedModelHasTheRatioButForItsSixDigits) {
+    std::vector<Trace> storage;
+    const std::vector<GestureModels> models = smallModels(straightSamples(storage));
     const auto ratioOf = [&](double asked) {
-        const RecognitionModel model = composed(models, codebook, asked);
+        const RecognitionModel model = composed(models, quarters, asked);
         return acceptanceRatio(model.get().modelTransitionProb, 2);
     };
     EXPECT_NEAR(ratioOf(50.0), 50.0, 0.01);
@@ -243,14 +247,10 @@ TEST(CalibrationTest, PriorsAskForMoreWhereUsersWereLeftOut) {
 TEST(CalibrationTest, ThePriorIsInTheGesturesPi) {
     std::vector<Trace> storage;
     const std::vector<GestureSamples> gestures = straightSamples(storage);
-    TrainingOptions options;
-    options.states = 4;
-    options.thresholdStates = 3;
-    const std::vector<double> codebook{0, 90, 180, 270};
-    const std::vector<GestureModels> models = trainGestures(gestures, codebook, options, [] {});
-    const RecognitionModel plain = composed(models, codebook, 10.0);
+    const std::vector<GestureModels> models = smallModels(gestures);
+    const RecognitionModel plain = composed(models, quarters, 10.0);
     const RecognitionModel strict =
-        composeRecognitionModel(models, codebook, {10.0, {{"g1", 0.125}}}, "all");
+        composeRecognitionModel(models, quarters, {10.0, {{"g1", 0.125}}}, "all");
     ASSERT_EQ(strict.gestures().size(), 2u);
     EXPECT_EQ(strict.gestures()[0]->pi, plain.gestures()[0]->pi);
     EXPECT_EQ(strict.gestures()[1]->pi, (std::vector<double>{0.125, 0.0, 0.0, 0.0}));
