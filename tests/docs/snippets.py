@@ -15,201 +15,168 @@ What stands behind the opening fence says what a block is:
     python cluster
                  what goes on from the traces of "traces.jsonl" with a cluster at tcp://scheduler:8786:
                  run with two workers on this machine, where distributed is installed
-    text         what the block before it printed; "..." stands for anything, on a line
-                 of its own for any lines
+    sh cluster   commands for the machines of a cluster, a line a machine, of which all but the last
+                 never end: run side by side on this one, where distributed is installed
+    sh recorded [cluster]
+                 commands for a checkout [and distributed] that take the recorded traces of
+                 unistroke16.jsonl: run with the build at hand and those of VESK_DATA_DIR (default:
+                 ../shared/data), or with generated ones where there are none
+    text         what the block before it printed; "..." stands for anything, on a line of its own for
+                 any lines. What generated traces gave in place of recorded ones may differ in figures
+    text times   the same, whatever times it took
 
-    console      what takes other machines or other recordings: not run, for the reasons in
-                 docs/testing.md
+A block of any other kind is an error. One that needs a package that is not there is left out, with the
+text behind it, and counted. Blocks of a document run in their order in one folder, which holds
+generated traces in traces.jsonl.
 
-and other languages (js, html, json) are left to their own tests.
-
-Blocks of a document run in their order in one folder, which holds generated traces in traces.jsonl.
+With --update a text without "..." that differs is put into the page: for figures that a change moves.
 """
 
 import argparse
-import json
+import collections
 import os
 import pathlib
 import re
-import shutil
+import signal
 import subprocess
 import sys
 import tempfile
 
-OTHERS = {"console", "js", "html", "json"}
-ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+import checkout
+import cluster
+import printed
+from commands import SHELL, run
 
 
 def snippets(document):
     text = document.read_text(encoding="utf-8")
-    for match in re.finditer(r"^( *)```(.*)\n((?:.*\n)*?)^ *```$", text, re.MULTILINE):
+    blocks = list(re.finditer(r"^( *)```(.*)\n((?:.*\n)*?)^ *```$", text, re.MULTILINE))
+    if len(re.findall("^ *(?:```|~~~)", text, re.MULTILINE)) != 2 * len(blocks):
+        sys.exit(f"{document.name}: not all of its fences make blocks of ``` and ```")
+    for match in blocks:
         line = text.count("\n", 0, match.start()) + 1
         yield f"{document.name}:{line}", match[2].strip(), match[3]
 
 
-def run(place, command, folder, environment):
-    done = subprocess.run(command, cwd=folder, env=environment, text=True, capture_output=True)
-    if done.returncode != 0:
-        sys.exit(f"{place}: status {done.returncode}\n{done.stdout}{done.stderr}")
-    return done.stdout
-
-
 def compiled(place, code, folder, environment):
-    pathlib.Path(folder, "snippet.cpp").write_text(code, encoding="utf-8")
+    (folder / "snippet.cpp").write_text(code, encoding="utf-8")
     command = ("${CXX:-c++} -std=c++17 snippet.cpp -o snippet $(pkg-config --cflags --libs vesk-kit)"
                " && ./snippet")
     return run(place, ["bash", "-c", command], folder, environment)
 
 
-def check_tree_commands(place, code):
-    """Whether a checkout has what the commands name."""
-    presets = {preset["name"] for preset in
-               json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]}
-    for line in code.splitlines():
-        for command in line.split("#")[0].split("&&"):
-            words = command.split()
-            if not words:
-                continue
-            if words[0] in ("cmake", "ctest"):
-                named = [words[i + 1] for i, word in enumerate(words) if word == "--preset"]
-                named += [word.removeprefix("build/") for word in words if word.startswith("build/")]
-                if not named or not presets.issuperset(named):
-                    sys.exit(f"{place}: no such preset: {command}")
-                continue
-            script = ROOT / words[0]
-            if not os.access(script, os.X_OK):
-                sys.exit(f"{place}: no such script: {words[0]}")
-            text = script.read_text()
-            for option in (word for word in words[1:] if word.startswith("-")):
-                if option not in text:
-                    sys.exit(f"{place}: {words[0]} has no {option}")
+def run_script(place, code, folder, environment):
+    return run(place, [*SHELL, code], folder, environment)
 
 
-def compare(place, found, expected):
-    """Fails unless the lines are the expected ones."""
-    pattern = ""
-    for line in expected.rstrip("\n").split("\n"):
-        line = line.rstrip()
-        parts = map(re.escape, line.split("..."))
-        pattern += "(?:.*\n)*?" if line == "..." else ".*".join(parts) + "\n"
-    text = "".join(line.rstrip() + "\n" for line in found.splitlines())
-    if not re.fullmatch(pattern, text):
-        sys.exit(f"{place}: the block before it printed\n{text}expected\n{expected}")
+def run_python(place, code, folder, environment):
+    return run(place, ["/usr/bin/python3", "-c", code], folder, environment)
 
 
-# `traces`, `vesk` and `model` are the document's names.
-CLUSTER = """\
-import vesk
-from distributed import LocalCluster
-
-traces = vesk.read_traces("traces.jsonl")
-with LocalCluster(n_workers=2, threads_per_worker=1, processes=False, protocol="tcp",
-                  host="127.0.0.1", dashboard_address=None) as cluster:
-    exec({code!r}.replace("{address}", cluster.scheduler_address))
-print(model.score(traces.X, traces.y))
-"""
+RUNNERS = {"cpp": compiled, "sh": run_script}
+PYTHON_RUNNERS = {
+    "python": run_python,
+    "python cluster": cluster.run_script,
+    "sh cluster": cluster.run_machines,
+    "sh recorded": checkout.run_on_recordings,
+    "sh recorded cluster": checkout.run_on_recordings,
+    "sh sources": checkout.run_on_sources,
+}
 
 
-def run_on_cluster(place, code, folder, environment):
-    address = "tcp://scheduler:8786"
-    if address not in code:
-        sys.exit(f"{place}: found no cluster at {address}")
-    script = CLUSTER.format(code=code, address=address)
-    printed = run(place, ["/usr/bin/python3", "-c", script], folder,
-                  {**environment, "no_proxy": "127.0.0.1"})
-    if not float(printed) > 0.9:
-        sys.exit(f"{place}: the model of the cluster is right about {printed}")
-    return printed
+def can_run(kind, environment):
+    if kind in PYTHON_RUNNERS and "PYTHONPATH" not in environment:
+        return False
+    return not kind.endswith("cluster") or cluster.is_installed()
 
 
-def run_on_sources(place, code, build, environment):
-    with tempfile.TemporaryDirectory() as folder:
-        for name in ("CMakeLists.txt", "README.md", "pyproject.toml", "setup.py"):
-            shutil.copy(ROOT / name, folder)
-        shutil.copytree(ROOT / "python/vesk", pathlib.Path(folder, "python/vesk"))
-        own = {name: value for name, value in environment.items() if name != "PYTHONPATH"}
-        own.update(VESK_BUILD_DIR=str(build.resolve()), PATH=f"/usr/bin:{own['PATH']}")
-        own.pop("LD_LIBRARY_PATH")
-        return run(place, ["bash", "-euo", "pipefail", "-c", code], folder, own)
+def shown_as(kind, runner_kind):
+    """What of a text has to be as it is shown."""
+    if "recorded" in runner_kind and not checkout.recorded_traces():
+        return printed.without_figures
+    return printed.without_times if kind == "text times" else str
 
 
-def has_distributed():
-    return subprocess.run(["/usr/bin/python3", "-c", "import distributed"],
-                          stderr=subprocess.DEVNULL).returncode == 0
+def compare(document, place, kind, code, runner_kind, found, update):
+    view = shown_as(kind, runner_kind)
+    if printed.is_expected(view(found), view(code)):
+        return "compared" if view is not printed.without_figures else "compared but for figures"
+    if not update or "..." in code or view is printed.without_figures:
+        sys.exit(f"{place}: the block before it printed\n{found}expected\n{code}")
+    text = document.read_text(encoding="utf-8")
+    document.write_text(text.replace(f"\n{code}```", f"\n{found}```", 1), encoding="utf-8")
+    return "updated"
 
 
-def run_document(document, build, environment):
-    counts = dict.fromkeys(["run", "written", "compared", "looked up", "left to others"], 0)
-    with tempfile.TemporaryDirectory() as folder:
+def run_document(document, environment, update):
+    counts = collections.Counter()
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
         run(document.name, ["vesk", "generate", "-o", "traces.jsonl", "--users", "2"], folder,
             environment)
-        printed = None
+        before = found = None
         for place, kind, code in snippets(document):
-            language, _, name = kind.partition(" ")
-            if kind == "text":
-                if printed is None:
+            language, _, file = kind.partition(" ")
+            if kind in ("text", "text times"):
+                if before is None:
                     sys.exit(f"{place}: nothing was run before")
-                compare(place, printed, code)
-                counts["compared"] += 1
+                done = "left out" if found is None else compare(
+                    document, place, kind, code, before, found, update)
             elif kind == "sh tree":
-                check_tree_commands(place, code)
-                counts["looked up"] += 1
-            elif kind in ("sh", "cpp"):
-                printed = (compiled(place, code, folder, environment) if kind == "cpp" else
-                           run(place, ["bash", "-euo", "pipefail", "-c", code], folder, environment))
-                if not printed.strip() and kind == "cpp":
-                    sys.exit(f"{place}: says nothing")
-                counts["run"] += 1
-            elif kind == "python" and "PYTHONPATH" in environment:
-                printed = run(place, ["/usr/bin/python3", "-c", code], folder, environment)
-                if not printed.strip():
-                    sys.exit(f"{place}: says nothing")
-                counts["run"] += 1
-            elif kind == "python cluster" and "PYTHONPATH" in environment and has_distributed():
-                printed = run_on_cluster(place, code, folder, environment)
-                counts["run"] += 1
-            elif kind == "sh sources" and "PYTHONPATH" in environment:
-                printed = run_on_sources(place, code, build, environment)
-                counts["run"] += 1
-            elif language in ("cpp", "cmake") and name:
-                pathlib.Path(folder, name).write_text(code, encoding="utf-8")
-                counts["written"] += 1
-            elif language in OTHERS or kind in ("python", "python cluster", "sh sources"):
-                counts["left to others"] += 1
+                checkout.check_tree_commands(place, code)
+                done = "looked up"
+            elif kind in RUNNERS | PYTHON_RUNNERS:
+                before, found, done = kind, None, "left out"
+                if can_run(kind, environment):
+                    found = (RUNNERS | PYTHON_RUNNERS)[kind](place, code, folder, environment)
+                    done = "run"
+                    if language != "sh" and not found.strip():
+                        sys.exit(f"{place}: says nothing")
+            elif language in ("cpp", "cmake") and file:
+                (folder / file).write_text(code, encoding="utf-8")
+                done = "written"
             else:
-                sys.exit(f"{place}: a block of kind {kind!r}, expected cpp, cmake FILE, sh or text")
+                sys.exit(f"{place}: a block of kind {kind!r}, which --help does not know")
+            counts[done] += 1
     return counts
 
 
+def told(counts):
+    return ", ".join(f"{count} {what}" for what, count in sorted(counts.items()))
+
+
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--build", required=True, type=pathlib.Path)
+    parser.add_argument("--update", action="store_true", help="put what was printed into the pages")
     parser.add_argument("documents", nargs="+", type=pathlib.Path, help="pages, or folders of them")
     arguments = parser.parse_args()
     documents = [page for path in arguments.documents
                  for page in (sorted(path.glob("*.md")) if path.is_dir() else [path])]
 
-    total = {}
+    # What was started is ended then, too.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("told to end"))
+    total = collections.Counter()
     with tempfile.TemporaryDirectory() as prefix:
         subprocess.run(["cmake", "--install", arguments.build, "--prefix", prefix], check=True,
                        stdout=subprocess.DEVNULL)
         libdir = next(pathlib.Path(prefix).rglob("libHMM.so")).parent
         environment = {**os.environ, "PATH": f"{prefix}/bin:{os.environ['PATH']}",
                        "LD_LIBRARY_PATH": str(libdir), "PKG_CONFIG_PATH": f"{libdir}/pkgconfig",
-                       "CMAKE_PREFIX_PATH": prefix}
+                       "CMAKE_PREFIX_PATH": prefix,
+                       "VESK_BUILD_DIR": str(arguments.build.resolve())}
         package = pathlib.Path(prefix, "lib/python3/dist-packages")
         environment.pop("PYTHONPATH", None)
         if package.exists():
             environment["PYTHONPATH"] = str(package)
         for document in documents:
-            counts = run_document(document, arguments.build, environment)
-            for key, count in counts.items():
-                total[key] = total.get(key, 0) + count
-            print(f"{document.name}: " +
-                  ", ".join(f"{count} {key}" for key, count in counts.items() if count))
-    if not total["run"]:
+            counts = run_document(document, environment, arguments.update)
+            total += counts
+            print(f"{document.name}: {told(counts)}", flush=True)
+    if not total["run"] and not total["left out"]:
         sys.exit("no snippet found")
-    print("in all: " + ", ".join(f"{count} {key}" for key, count in total.items()))
+    print("in all:", told(total))
 
 
 if __name__ == "__main__":
