@@ -124,12 +124,12 @@ std::vector<Kit::Finding> examineTraces(const std::vector<Kit::Trace>& traces,
 }
 
 std::vector<Kit::Finding> examineModelIn(std::istream& stream, const Options& options) {
-    const int points = options.input.preparation().points;
+    const Kit::Preparation& preparation = options.input.preparation();
     try {
         const Kit::RecognitionModel model = Kit::parseModel(stream, sourceOf(options.model));
-        return points == Kit::Preparation::asDrawn
+        return preparation.points == Kit::Preparation::asDrawn
                    ? Kit::diagnoseModel(model.get())
-                   : Kit::diagnoseModel(model.get(), static_cast<std::size_t>(points) - 1);
+                   : Kit::diagnoseModel(model.get(), preparation.symbols());
     } catch (const Kit::InputError& problem) {
         return {Kit::unreadableModel(problem.what())};
     }

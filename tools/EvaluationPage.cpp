@@ -138,7 +138,7 @@ void addStrokes(Kit::Page& page, const EvaluationResult& result, const Kit::Resa
         const Kit::Trace& trace = result.traces[outcome->trace];
         const std::string what = mistakeOf(*outcome);
         figures.push_back(
-            {strokesPlot(what, {{outcome->expected, resampler.resample(trace)}}, style),
+            {strokesPlot(what, {{outcome->expected, resampler.path(trace.points)}}, style),
              fmt::format("{} ({})", what, originOf(trace))});
     }
     page.gallery(figures);

@@ -21,6 +21,7 @@ namespace Vesk::Tool {
 namespace {
 
 constexpr int mostPoints = 100000;
+constexpr int mostBearings = 1000;
 
 int resampledPoints(const std::string& text) {
     if (text == "none") return Kit::Preparation::asDrawn;
@@ -103,6 +104,11 @@ void TraceInput::addPreparationTo(CLI::App& line) {
             [this](const std::string& text) { prepared.points = resampledPoints(text); },
             "Points that every trace is resampled to, or none: as drawn [41]")
         ->type_name("N|none");
+    line.add_option("--bearings", prepared.bearings,
+                    "Further steps that tell where the resampled points lie, seen from their mean")
+        ->check(CLI::Range(0, mostBearings))
+        ->type_name("B")
+        ->capture_default_str();
 }
 
 std::string TraceInput::takeLastPath() {

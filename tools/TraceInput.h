@@ -18,8 +18,8 @@ namespace Vesk::Tool {
 /// them, and how they are prepared.
 class TraceInput {
 public:
-    /// Adds TRACES, --format, --label-from, --user, --without-user, --flip-y and --resample; the
-    /// object has to stay.
+    /// Adds TRACES, --format, --label-from, --user, --without-user, --flip-y, --resample and
+    /// --bearings; the object has to stay.
     void addTo(CLI::App& line);
 
     /// The same without how they are prepared, with a description of TRACES.

@@ -77,6 +77,7 @@ void visit(TrainingOptions& options, Visitor& visitor) {
     visitor("name", options.name);
     visitor("points", options.preparation.points);
     visitor("flip_y", options.preparation.flipY);
+    visitor("bearings", options.preparation.bearings);
     visitor("symbols", options.symbols);
     visitor("codebook", options.codebook);
     visitor("states", options.states);

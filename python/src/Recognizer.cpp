@@ -27,18 +27,18 @@ using Vesk::ML::LeftRightHMM;
 
 namespace {
 
-Recognizer loaded(const py::object& path, int points, bool flipY) {
+Recognizer loaded(const py::object& path, int points, bool flipY, int bearings) {
     const std::string file = pathFrom(path);
     const py::gil_scoped_release unlocked;
     return {std::make_shared<const GestureRecognizer>(Vesk::Kit::loadModel(file),
-                                                      Preparation{points, flipY}, file)};
+                                                      Preparation{points, flipY, bearings}, file)};
 }
 
-Recognizer parsed(const std::string& text, int points, bool flipY) {
+Recognizer parsed(const std::string& text, Preparation preparation) {
     const py::gil_scoped_release unlocked;
     std::istringstream in(text);
-    return {std::make_shared<const GestureRecognizer>(Vesk::Kit::parseModel(in, "model"),
-                                                      Preparation{points, flipY})};
+    return {
+        std::make_shared<const GestureRecognizer>(Vesk::Kit::parseModel(in, "model"), preparation)};
 }
 
 std::string textOfModel(const Recognizer& it) {
@@ -162,10 +162,10 @@ void addRecognizer(py::module_& module) {
         "A recognition model that recognises traces, arrays (P, 2). Never changes; may be used by "
         "several threads at once.");
     recognizer.def_static("load", &loaded, py::arg("path"), py::arg("points") = 41,
-                          py::arg("flip_y") = false,
+                          py::arg("flip_y") = false, py::arg("bearings") = 8,
                           "Reads a model file, strictly. InputError, naming file and line, for one "
-                          "that is not sound. `points`, `flip_y`: as in training; 0 points leave "
-                          "traces as drawn.");
+                          "that is not sound. `points`, `flip_y`, `bearings`: as in training; 0 "
+                          "points leave traces as drawn.");
     recognizer.def("save", &save, py::arg("path"),
                    "Writes the model file, whole or not at all; OutputError where it cannot.");
     recognizer.def("text", &textOfModel, "The model file's text.");
@@ -216,6 +216,8 @@ void addRecognizer(py::module_& module) {
     recognizer.def_property_readonly(
         "points", [](const Recognizer& it) { return it.engine->preparation().points; });
     recognizer.def_property_readonly(
+        "bearings", [](const Recognizer& it) { return it.engine->preparation().bearings; });
+    recognizer.def_property_readonly(
         "flip_y", [](const Recognizer& it) { return it.engine->preparation().flipY; });
     recognizer.def("__repr__", [](const Recognizer& it) {
         return py::str("<Recognizer {!r}: {} gestures, {} models, {} directions>")
@@ -225,13 +227,14 @@ void addRecognizer(py::module_& module) {
     // A recogniser's parameters are as a file holds them, so its text has every bit.
     recognizer.def(py::pickle(
         [](const Recognizer& it) {
-            return py::make_tuple(py::bytes(textOfModel(it)), it.engine->preparation().points,
-                                  it.engine->preparation().flipY);
+            const Preparation& preparation = it.engine->preparation();
+            return py::make_tuple(py::bytes(textOfModel(it)), preparation.points, preparation.flipY,
+                                  preparation.bearings);
         },
         [](const py::tuple& state) {
-            if (state.size() != 3) throw py::value_error("state: expected that of a recogniser");
-            return parsed(state[0].cast<std::string>(), state[1].cast<int>(),
-                          state[2].cast<bool>());
+            if (state.size() != 4) throw py::value_error("state: expected that of a recogniser");
+            return parsed(state[0].cast<std::string>(),
+                          {state[1].cast<int>(), state[2].cast<bool>(), state[3].cast<int>()});
         }));
 }
 

@@ -71,12 +71,12 @@ py::tuple generated(int users, int repetitions, std::uint64_t seed, double unste
     return arraysOf(std::move(traces));
 }
 
-py::array_t<double> resampled(py::handle trace, int points, bool flipY) {
+py::array_t<double> resampled(py::handle trace, int points, bool flipY, int bearings) {
     const std::vector<Trace> one = tracesFrom(py::make_tuple(trace), py::none(), py::none());
     Points result;
     {
         const py::gil_scoped_release unlocked;
-        result = Vesk::Kit::Resampler({points, flipY}).resample(one.front());
+        result = Vesk::Kit::Resampler({points, flipY, bearings}).resample(one.front());
     }
     return arrayOf(result);
 }
@@ -107,10 +107,10 @@ void addTraces(py::module_& module) {
                py::arg("seed"), py::arg("unsteadiness") = 1.0,
                "Synthetic traces of a dozen gestures, as read_traces has them.");
     module.def("resample", &resampled, py::arg("trace"), py::arg("points") = 41,
-               py::arg("flip_y") = false,
+               py::arg("flip_y") = false, py::arg("bearings") = 8,
                "The trace (P, 2) as recognition sees it: `points` positions at equal distances "
-               "along its path, (points, 2); 0 leaves them as drawn. Empty where it has no "
-               "direction.");
+               "along its path and `bearings` steps that tell where these lie, (points + bearings, "
+               "2); 0 points leave it as drawn. Empty where it has no direction.");
 }
 
 }  // namespace Vesk::Python

@@ -119,9 +119,10 @@ def test_clusterer():
 
 
 def test_resample():
-    points = vesk.resample(CORNER, 4)
+    points = vesk.resample(CORNER, 4, bearings=0)
     assert points == pytest.approx(CORNER)
-    assert vesk.resample(CORNER, 7, flip_y=True)[-1] == pytest.approx([0, -1])
+    assert vesk.resample(CORNER, 7, flip_y=True, bearings=0)[-1] == pytest.approx([0, -1])
+    assert vesk.resample(CORNER).shape == (49, 2)
     assert vesk.resample(np.zeros((3, 2))).shape[0] == 0
     with pytest.raises(vesk.InputError):
         vesk.resample(CORNER, 1)

@@ -45,6 +45,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     false_rejection : share of right answers that calibration gives up.
     points : positions that traces are resampled to; 0 leaves them as drawn.
     flip_y : whether y is negated.
+    bearings : steps behind the path's that tell where its positions lie, seen from their mean.
     skip_bad : leave out traces without a direction in training rather than refuse them.
     name : of the model in a file, one word.
     reject_label : what `predict` answers for a rejected trace. "auto": "" among texts, -1 among
@@ -66,7 +67,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         *,
         symbols: int = 32,
         codebook: Any = None,
-        states: int = 32,
+        states: int = 40,
         delta: int = 1,
         sub_models: int | None = None,
         smallest_sub_model: int = 5,
@@ -75,13 +76,14 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         emission_floor: float = 1e-3,
         smoothing: float | None = None,
         discrimination: int = 24,
-        threshold_states: int = 10,
+        threshold_states: int = 4,
         threshold_smoothing: float = 30.0,
         acceptance_ratio: float | None = None,
         calibrate: bool = True,
         false_rejection: float = 0.025,
         points: int = 41,
         flip_y: bool = False,
+        bearings: int = 8,
         skip_bad: bool = False,
         name: str = "gestures",
         reject_label: Any = "auto",
@@ -106,6 +108,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         self.false_rejection = false_rejection
         self.points = points
         self.flip_y = flip_y
+        self.bearings = bearings
         self.skip_bad = skip_bad
         self.name = name
         self.reject_label = reject_label
@@ -222,11 +225,13 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     def load(cls, path: str | os.PathLike[str], **params: Any) -> GestureClassifier:
         """A fitted classifier with the model of a file; its classes are the gestures' names.
 
-        `params`: those that count in recognition, `points`, `flip_y` and `reject_label`, and for a
-        training after this one, any.
+        `params`: those that count in recognition, `points`, `flip_y`, `bearings` and
+        `reject_label`, and for a training after this one, any.
         """
         classifier = cls(**params)
-        recognizer = _vesk.Recognizer.load(path, classifier.points, classifier.flip_y)
+        recognizer = _vesk.Recognizer.load(
+            path, classifier.points, classifier.flip_y, classifier.bearings
+        )
         classifier.classes_ = np.unique(recognizer.gestures)
         classifier._gestures = classifier.classes_.tolist()
         classifier.reject_label_ = _labels.reject_label(

@@ -19,7 +19,7 @@ TEST_F(Codebook, ShowsHowDirectionsAreUsedAndWritesThemForTraining) {
     const std::vector<std::string> text = lines(outcome.out);
     ASSERT_EQ(text.size(), 15U);
     EXPECT_EQ(text[0], "symbol  direction    steps");
-    EXPECT_THAT(text[13], testing::ContainsRegex("^1440 steps, [0-9.]+ degrees from their "
+    EXPECT_THAT(text[13], testing::ContainsRegex("^1728 steps, [0-9.]+ degrees from their "
                                                  "directions in the mean [(][0-9.]+ from evenly"));
     EXPECT_EQ(text[14], "codebook written to " + file);
     EXPECT_EQ(lines(readFile(file)).size(), 12U);
@@ -43,7 +43,7 @@ TEST_F(Codebook, JsonHoldsDirectionsAndTheirSteps) {
     EXPECT_LT(object["meanDistance"], of["meanDistance"]);
     std::size_t steps = 0;
     for (const json& count : object["steps"]) steps += count.get<std::size_t>();
-    EXPECT_EQ(steps, 1440U);
+    EXPECT_EQ(steps, 1728U);
 }
 
 TEST_F(Codebook, TheCodebookIsTheResultWhereItGoesToStandardOutput) {

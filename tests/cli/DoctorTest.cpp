@@ -236,9 +236,10 @@ TEST_F(Doctor, ReadsTracesOrAModelFromStandardInput) {
 
 TEST_F(Doctor, TheLengthOfSequencesIsThatOfTheResampling) {
     const std::string file = model();
-    EXPECT_EQ(run({"doctor", "-m", file, "--resample", "11"}).out.find("sequences of"),
-              std::string::npos);
-    const Outcome outcome = run({"doctor", "-m", file, "--resample", "10"});
+    EXPECT_EQ(
+        run({"doctor", "-m", file, "--resample", "11", "--bearings", "0"}).out.find("sequences of"),
+        std::string::npos);
+    const Outcome outcome = run({"doctor", "-m", file, "--resample", "10", "--bearings", "0"});
     EXPECT_TRUE(foundSerious(outcome, "3 serious problems"));
     EXPECT_THAT(outcome.out, HasSubstr("found sequences of 9 symbols, expected at least 10"));
 }

@@ -28,7 +28,7 @@ TEST_F(Inspect, PrintsWhatTheModelConsistsOf) {
     ASSERT_EQ(text.size(), 16U);
     EXPECT_THAT(text[1], testing::MatchesRegex("name +model"));
     EXPECT_THAT(text[2], testing::MatchesRegex("gestures +3 in 3 models"));
-    EXPECT_THAT(text[3], testing::MatchesRegex("threshold model +30 states"));
+    EXPECT_THAT(text[3], testing::MatchesRegex("threshold model +12 states"));
     EXPECT_THAT(text[4], testing::MatchesRegex("transition probability +0\\.9708.*"));
     EXPECT_THAT(text[5], testing::ContainsRegex("acceptance ratio +100"));
     EXPECT_THAT(text[8], testing::MatchesRegex("symbols +16"));

@@ -15,9 +15,9 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-/// The positions between which the quantiser takes directions.
+/// The positions of the path between which the quantiser takes directions.
 Points quantizedPoints(const GestureRecognizer& recognizer, const Trace& trace) {
-    Points points = Resampler(recognizer.preparation()).resample(trace);
+    Points points = Resampler(recognizer.preparation()).path(trace.points);
     points.erase(std::unique(points.begin(), points.end()), points.end());
     Points kept;
     Vesk::ML::ProximityFilter<double>::run(
@@ -43,7 +43,8 @@ std::optional<StatePath> statePathOf(const GestureRecognizer& recognizer, std::s
     const int T = static_cast<int>(symbols.size());
     const Vesk::Math::MatrixT<double> best =
         Vesk::ML::HMM(static_cast<const Vesk::ML::HMM&>(model)).viterbi(symbols, T);
-    for (int t = 0; t < T; ++t) path.states.push_back(static_cast<int>(best(1, t)));
+    const int steps = static_cast<int>(path.points.size()) - 1;
+    for (int t = 0; t < steps; ++t) path.states.push_back(static_cast<int>(best(1, t)));
     return path;
 }
 

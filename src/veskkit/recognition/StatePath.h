@@ -10,10 +10,10 @@
 
 namespace Vesk::Kit {
 
-/// A trace as a gesture model sees it.
+/// A trace as a gesture model sees it, without its bearings (Resampler.h).
 struct StatePath {
-    Points points;             ///< T + 1 positions: prepared, and filtered as the quantiser does
-    std::vector<int> states;   ///< T states, one a step: the likeliest path (HMM::viterbi)
+    Points points;             ///< of the path: prepared, and filtered as the quantiser does
+    std::vector<int> states;   ///< one a step between them, of the likeliest path (HMM::viterbi)
     double meanLogLikelihood;  ///< ln P(symbols | gesture model) / T
 };
 

@@ -10,6 +10,7 @@ namespace Vesk::Kit {
 namespace {
 
 constexpr int mostPoints = 100000;
+constexpr int mostBearings = 1000;
 
 struct Position {
     double x;
@@ -60,6 +61,36 @@ Points atEqualDistances(const std::vector<Position>& path, double step, std::siz
     return result;
 }
 
+Position meanOf(const Points& path) {
+    Position sum{0.0, 0.0};
+    for (const std::vector<double>& point : path) {
+        sum.x += point[0];
+        sum.y += point[1];
+    }
+    const auto count = static_cast<double>(path.size());
+    return {sum.x / count, sum.y / count};
+}
+
+/// Appends `count` steps of that length, each in the direction in which a position of the path
+/// lies as seen from their mean.
+void appendBearings(Points& path, std::size_t count, double step) {
+    const Position centre = meanOf(path);
+    const std::size_t last = path.size() - 1;
+    Position at{path[last][0], path[last][1]};
+    Position move{step, 0.0};
+    path.reserve(path.size() + count);
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::vector<double>& seen = path[count == 1 ? last : k * last / (count - 1)];
+        const Position position{seen[0], seen[1]};
+        const double away = distance(centre, position);
+        if (away > 0.0) {
+            move = {(position.x - centre.x) / away * step, (position.y - centre.y) / away * step};
+        }
+        at = {at.x + move.x, at.y + move.y};
+        path.push_back({at.x, at.y});
+    }
+}
+
 }  // namespace
 
 Resampler::Resampler(Preparation preparation) : settings(preparation) {
@@ -68,9 +99,19 @@ Resampler::Resampler(Preparation preparation) : settings(preparation) {
         throw InputError(internal::joined("found ", points,
                                           " points to resample to, expected 2 to ", mostPoints));
     }
+    if (settings.bearings < 0 || settings.bearings > mostBearings) {
+        throw InputError(internal::joined("found ", settings.bearings, " bearings, expected 0 to ",
+                                          mostBearings));
+    }
 }
 
 Points Resampler::resample(const Points& points) const {
+    return prepared(points, settings.bearings);
+}
+
+Points Resampler::path(const Points& points) const { return prepared(points, 0); }
+
+Points Resampler::prepared(const Points& points, int bearings) const {
     const std::vector<Position> path = flipped(points, settings.flipY);
     if (settings.points == Preparation::asDrawn) {
         Points result;
@@ -82,7 +123,9 @@ Points Resampler::resample(const Points& points) const {
     const double step = length / (settings.points - 1);
     // Below the normal numbers, and where squares overflow, distances lose their meaning.
     if (!std::isfinite(length) || step < std::numeric_limits<double>::min()) return {};
-    return atEqualDistances(path, step, static_cast<std::size_t>(settings.points));
+    Points result = atEqualDistances(path, step, static_cast<std::size_t>(settings.points));
+    appendBearings(result, static_cast<std::size_t>(bearings), step);
+    return result;
 }
 
 Points Resampler::resample(const Trace& trace) const {

@@ -14,7 +14,7 @@ constexpr int shapePoints = 32;
 }  // namespace
 
 std::vector<double> shapeOf(const Points& trace) {
-    const Points points = Resampler({shapePoints, false}).resample(trace);
+    const Points points = Resampler({shapePoints, false, 0}).resample(trace);
     if (points.empty()) throw InputError("found a trace without a direction, expected a path");
     double centreX = 0.0;
     double centreY = 0.0;

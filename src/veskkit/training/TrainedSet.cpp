@@ -21,6 +21,7 @@ namespace {
 constexpr std::size_t worthAWarning = 3;
 constexpr double ratioOfSingleModels = 1e3;
 constexpr double ratioOfSubModels = 1e4;
+constexpr double largestCalibrated = 1e12;  ///< nobody's threshold is to be out of reach
 constexpr double leastPrior = 1.0 / 400.0;  ///< smaller ones would decide between gestures
 
 /// The directions as a model file holds them.
@@ -180,12 +181,14 @@ Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const Train
                          const CalibratedRatios& calibrated, bool runsAreUsers) {
     const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
     if (!(calibrated.all > 0.0)) return {customary};
-    const double ratio = std::clamp(calibrated.all, leastRatio, largestRatio);
+    const double wanted = std::clamp(calibrated.all, leastRatio, largestCalibrated);
+    const double ratio = std::min(wanted, largestRatio);
     // Of other people's traces nothing is known without users: what is customary stays.
     if (!runsAreUsers) return {std::min(customary, ratio)};
     Acceptance acceptance{ratio};
     for (const auto& [gesture, own] : calibrated.own) {
-        if (own > ratio) acceptance.priors[gesture] = std::max(ratio / own, leastPrior);
+        const double asked = std::clamp(own, wanted, wanted / leastPrior);
+        if (asked > ratio) acceptance.priors[gesture] = ratio / asked;
     }
     return acceptance;
 }

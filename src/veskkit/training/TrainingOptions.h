@@ -27,7 +27,7 @@ struct TrainingOptions {
     /// spaced ones. Empty: those.
     std::vector<double> codebook;
 
-    int states = 32;  ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
+    int states = 40;  ///< per gesture model, 2 to 200: about 0.8 times the symbols of a trace
     int delta = 1;    ///< largest forward jump, 1 to `states` - 1
 
     /// Most sub-models a gesture, 1 to 16: one a way of drawing it, as many as its traces differ in
@@ -48,7 +48,7 @@ struct TrainingOptions {
     /// Processing 40(12), 1992: docs/numerics.md), 0 to 1000.
     int discrimination = 24;
 
-    int thresholdStates = 10;          ///< per gesture in the threshold model, 2 to 200
+    int thresholdStates = 4;           ///< per gesture in the threshold model, 2 to 200
     double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions, 0 to 180
 
     /// R: how much likelier than the threshold model a gesture has to be, 1e-6 to 1e5. Unset: see

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -237,10 +238,17 @@ TEST(CalibrationTest, PriorsAskForMoreWhereUsersWereLeftOut) {
     EXPECT_EQ(users.priors, (std::map<std::string, double>{{"far", 1.0 / 400}, {"strict", 0.4}}));
     EXPECT_TRUE(acceptanceFor({}, options, found, false).priors.empty());
     EXPECT_TRUE(acceptanceFor({}, options, {0.0, {{"far", 1e9}}}, true).priors.empty());
-    // What R is held to counts, not what was found.
-    const Acceptance held = acceptanceFor({}, options, {1e7, {{"far", 2e7}}}, true);
-    EXPECT_EQ(held.ratio, 1e5);
-    EXPECT_DOUBLE_EQ(held.priors.at("far"), 0.005);
+    // What a file's transition probability cannot say is in the priors of gestures of many traces.
+    const Acceptance beyond =
+        acceptanceFor({}, options, {1e7, {{"far", 2e7}, {"near", 1.0}}}, true);
+    EXPECT_EQ(beyond.ratio, 1e5);
+    ASSERT_EQ(beyond.priors.size(), 2u);
+    EXPECT_DOUBLE_EQ(beyond.priors.at("far"), 0.005);
+    EXPECT_DOUBLE_EQ(beyond.priors.at("near"), 0.01);
+    const double infinity = std::numeric_limits<double>::infinity();
+    const Acceptance endless = acceptanceFor({}, options, {infinity, {{"far", infinity}}}, true);
+    EXPECT_EQ(endless.ratio, 1e5);
+    EXPECT_DOUBLE_EQ(endless.priors.at("far"), 1e-7 / 400);
 }
 
 // P(gesture) shrinks by the prior, in the model as it reads back; nothing else changes.

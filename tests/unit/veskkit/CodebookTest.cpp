@@ -67,7 +67,7 @@ TEST(CodebookTest, LearntDirectionsAreSortedDifferentAndAsAFileHoldsThem) {
         ASSERT_FALSE(use.directions.empty());
         EXPECT_LE(use.directions.size(), static_cast<std::size_t>(symbols));
         EXPECT_EQ(use.steps.size(), use.directions.size());
-        EXPECT_EQ(std::accumulate(use.steps.begin(), use.steps.end(), std::size_t{0}), 20U * 40U);
+        EXPECT_EQ(std::accumulate(use.steps.begin(), use.steps.end(), std::size_t{0}), 20U * 48U);
         for (std::size_t k = 0; k < use.directions.size(); ++k) {
             EXPECT_GE(use.directions[k], 0.0);
             EXPECT_LT(use.directions[k], 360.0);

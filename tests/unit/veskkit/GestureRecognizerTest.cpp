@@ -52,12 +52,15 @@ TEST(GestureRecognizerTest, TakesSymbolsWithTheModelsCodebook) {
 TEST(GestureRecognizerTest, PreparesTraces) {
     Trace trace;
     trace.points = {{0, 0}, {0, 10}, {10, 10}};
-    const GestureRecognizer plain(smallModel(), {5, false});
+    const GestureRecognizer plain(smallModel(), {5, false, 0});
     EXPECT_EQ(plain.symbols(trace), (std::vector<int>{1, 1, 0, 0}));
-    const GestureRecognizer flipped(smallModel(), {5, true});
+    const GestureRecognizer flipped(smallModel(), {5, true, 0});
     EXPECT_EQ(flipped.symbols(trace), (std::vector<int>{3, 3, 0, 0}));
     EXPECT_EQ(flipped.preparation().points, 5);
     EXPECT_TRUE(flipped.preparation().flipY);
+    // The mean is (3, 7): the start lies below it, the end to its right.
+    const GestureRecognizer bearing(smallModel(), {5, false, 2});
+    EXPECT_EQ(bearing.symbols(trace), (std::vector<int>{1, 1, 0, 0, 3, 0}));
 }
 
 TEST(GestureRecognizerTest, UsesTheModelsQuantizerSettings) {

@@ -92,6 +92,7 @@ TEST(TrainerInputTest, RefusesTracesWithoutADirectionUnlessTheyMayBeLeftOut) {
 TEST(TrainerInputTest, WarnsOfSequencesShorterThanTheStates) {
     TrainingOptions options = quick();
     options.preparation.points = 8;
+    options.preparation.bearings = 0;
     const TrainingReport report = GestureTrainer(options).train(drawnTraces(1, 1, 3)).report;
     ASSERT_EQ(report.warnings.size(), 5u);
     EXPECT_EQ(report.warnings[0],
@@ -113,8 +114,8 @@ TEST(TrainerInputTest, RefusesOptionsOutOfRange) {
         {[](TrainingOptions& o) { o.symbols = 1; }, "found 1 for symbols, expected 2 to 360"},
         {[](TrainingOptions& o) { o.symbols = 361; }, "found 361 for symbols, expected 2 to 360"},
         {[](TrainingOptions& o) { o.states = 1; }, "found 1 for states, expected 2 to 200"},
-        {[](TrainingOptions& o) { o.delta = 0; }, "found 0 for delta, expected 1 to 31"},
-        {[](TrainingOptions& o) { o.delta = 32; }, "found 32 for delta, expected 1 to 31"},
+        {[](TrainingOptions& o) { o.delta = 0; }, "found 0 for delta, expected 1 to 39"},
+        {[](TrainingOptions& o) { o.delta = 40; }, "found 40 for delta, expected 1 to 39"},
         {[](TrainingOptions& o) { o.subModels = 0; }, "found 0 for sub-models, expected 1 to 16"},
         {[](TrainingOptions& o) { o.smallestSubModel = 0; },
          "found 0 for smallest sub-model, expected 1 to 1000000"},
