@@ -58,9 +58,9 @@ struct TrainingOptions {
     /// Whether an unset ratio is calibrated. With traces of three or more users each of them (of
     /// more than six: each of six groups of them) is left out of a training in turn and recognised
     /// with its result; R is what all but `falseRejection` of the traces reach whose likeliest
-    /// gesture is the right one, and half of every single gesture's. A gesture of 50 such
-    /// traces or more, nearly all of which reach more than R, is asked for more itself, up to 400
-    /// R: its pi is lowered. Without calibration R is 1e3 with one sub-model a gesture and 1e4 with
+    /// gesture is the right one, and half of every single gesture's, 1e5 at most. A gesture of 50
+    /// such traces or more, nearly all of which reach more than R, is asked for more itself: its pi
+    /// is lowered. Without calibration R is 1e3 with one sub-model a gesture and 1e4 with
     /// more. With fewer users every fourth trace is left out in turn, which can only lower R from
     /// there: a straight line differs little from the threshold model. Costs a training of at most
     /// two iterations for each turn, and the recognition of up to 4000 traces.
