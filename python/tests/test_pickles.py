@@ -94,7 +94,10 @@ def test_every_field_of_the_hosts_classes(fitted, few, tmp_path):
     evaluation = vesk.evaluate(few.X, few.y, few.groups, classifier=vesk.GestureClassifier(
         discrimination=0, calibrate=False, iterations=1))
     for thing, ask in (
-        (vesk.Recognizer.load(tmp_path / "a.model", 21, True), lambda it: it.text()),
+        (
+            vesk.Recognizer.load(tmp_path / "a.model", 21, True, 4),
+            lambda it: (it.text(), it.points, it.flip_y, it.bearings),
+        ),
         (evaluation, lambda it: (it.rates(), it.confusion("templates")[1].tolist(),
                                  it.trade_off_svg())),
     ):
@@ -105,7 +108,7 @@ def test_every_field_of_the_hosts_classes(fitted, few, tmp_path):
 
 def test_options_of_tasks_travel(few):
     """Values unlike the defaults, each of which changes what a task gives back."""
-    options = {"points": 30, "flip_y": True, "states": 5, "delta": 2, "iterations": 1,
+    options = {"points": 30, "flip_y": True, "bearings": 4, "states": 5, "delta": 2, "iterations": 1,
                "smoothing": 10.0, "emission_floor": 0.01, "threshold_states": 3,
                "threshold_smoothing": 11.0, "first_estimate": "equal_segments",
                "codebook": np.linspace(0, 300, 7)}

@@ -26,8 +26,8 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
          {"-o,--output", "--users", "--repetitions", "--seed", "--gesture", "--unsteadiness"}},
         {"train",
          {"TRACES", "-o,--output", "--name", "--user", "--without-user", "--flip-y", "--resample",
-          "--skip-bad", "--symbols", "--states", "--delta", "--sub-models", "--iterations",
-          "--smoothing", "--ratio", "--no-calibration", "--codebook"}},
+          "--bearings", "--skip-bad", "--symbols", "--states", "--delta", "--sub-models",
+          "--iterations", "--smoothing", "--ratio", "--no-calibration", "--codebook"}},
         {"tune",
          {"TRACES", "-o,--output", "--name", "--target-false-accept", "--by", "--folds", "--rounds",
           "--seed", "--json", "--user", "--states", "--threads"}},
@@ -38,8 +38,8 @@ TEST(Program, EverySubcommandHasHelpThatNamesItsOptions) {
          {"TRACES", "--by", "--folds", "--own-examples", "--examples", "--seed", "--no-unknown",
           "--json", "--user", "--states", "--threads"}},
         {"recognize",
-         {"TRACES", "-m,--model", "--user", "--without-user", "--flip-y", "--resample", "--json",
-          "--scores", "--table"}}};
+         {"TRACES", "-m,--model", "--user", "--without-user", "--flip-y", "--resample",
+          "--bearings", "--json", "--scores", "--table"}}};
     for (const auto& [subcommand, options] : expected) {
         const Outcome outcome = run({subcommand, "--help"});
         EXPECT_TRUE(succeeded(outcome));

@@ -261,7 +261,7 @@ TEST_F(Recognize, FlipYTurnsTheTracesOver) {
     EXPECT_NE(recognize({"--table", "-"}, mirrored).out, upright);
 }
 
-TEST_F(Recognize, ResampleChangesTheScores) {
+TEST_F(Recognize, ThePreparationChangesTheScores) {
     const std::vector<std::string> arguments{"--json", "--scores", traces};
     const std::string standard = recognize(arguments).out;
 
@@ -269,6 +269,9 @@ TEST_F(Recognize, ResampleChangesTheScores) {
     EXPECT_NE(recognize(joined(arguments, {"--resample", "30"})).out, standard);
     EXPECT_NE(recognize(joined(arguments, {"--resample", "none"})).out, standard);
     EXPECT_TRUE(refused(recognize(joined(arguments, {"--resample", "1"})), 2, "--resample"));
+    EXPECT_EQ(recognize(joined(arguments, {"--bearings", "8"})).out, standard);
+    EXPECT_NE(recognize(joined(arguments, {"--bearings", "0"})).out, standard);
+    EXPECT_TRUE(refused(recognize(joined(arguments, {"--bearings", "-1"})), 2, "--bearings"));
 }
 
 TEST_F(Recognize, TwoRunsGiveTheSameBytes) {
