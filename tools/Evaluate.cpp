@@ -83,18 +83,8 @@ Kit::GestureRecognizer trainOnAll(const std::vector<Kit::Trace>& traces,
                                   training.preparation);
 }
 
-void evaluate(Options& options) {
-    options.report.probe();
-    Kit::EvaluationOptions settings;
-    settings.training = options.training.optionsFor(options.input.preparation());
-    settings.unknownGestures = !options.withoutUnknown;
-    EvaluationResult result;
-    result.traces = readTraces(options.input);
-    Split chosen = split(options, result.traces);
-    result.folds = std::move(chosen.folds);
-    result.split = std::move(chosen.description);
-    result.draws = chosen.draws;
-
+/// Trains and tests, all examples and then few of them. The bar is gone when results are told.
+void runFolds(const Options& options, Kit::EvaluationOptions settings, EvaluationResult& result) {
     ProgressBar bar("evaluating");
     const std::size_t runs = options.examples.size() + 1;
     const auto run = [&](std::size_t done, const std::vector<Kit::Fold>& folds) {
@@ -116,6 +106,21 @@ void evaluate(Options& options) {
         result.curve.push_back(
             {examples, options.draws * result.draws, run(result.curve.size() + 1, folds)});
     }
+}
+
+void evaluate(Options& options) {
+    options.report.probe();
+    Kit::EvaluationOptions settings;
+    settings.training = options.training.optionsFor(options.input.preparation());
+    settings.unknownGestures = !options.withoutUnknown;
+    EvaluationResult result;
+    result.traces = readTraces(options.input);
+    Split chosen = split(options, result.traces);
+    result.folds = std::move(chosen.folds);
+    result.split = std::move(chosen.description);
+    result.draws = chosen.draws;
+    runFolds(options, settings, result);
+
     std::string text = options.json ? evaluationJson(result) : evaluationText(result);
     if (options.report.wanted()) {
         const Kit::GestureRecognizer recognizer = trainOnAll(result.traces, settings.training);

@@ -70,7 +70,7 @@ void ProgressBar::show(std::size_t done, std::size_t total) {
 }
 
 void ProgressBar::count(std::size_t done) {
-    if (!visible || resultsAreSeen()) return;
+    if (!visible || resultsMayBeSeen()) return;
     draw(fmt::format("{} {} {}{}", title, done, noun, rate(done)), false);
 }
 

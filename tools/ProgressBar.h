@@ -21,7 +21,7 @@ public:
 
     void show(std::size_t done, std::size_t total);
 
-    /// Where nobody knows how many there will be. Nothing where results go to the terminal too.
+    /// Where nobody knows how many there will be. Nothing where results may go to the terminal too.
     void count(std::size_t done);
 
 private:

@@ -94,7 +94,7 @@ void recognize(Options& options) {
         flushResults();
     };
     {
-        ProgressBar bar("recognizing", "traces");
+        ProgressBar bar("recognising", "traces");
         options.input.forEach([&](const Kit::Trace& trace) {
             bar.count(++recognized);
             take(trace);

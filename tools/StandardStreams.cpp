@@ -2,6 +2,7 @@
 
 #include "Text.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -58,6 +59,10 @@ bool canRedraw() {
     return isatty(STDERR_FILENO) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
 }
 
-bool resultsAreSeen() { return isatty(STDOUT_FILENO) == 1; }
+bool resultsMayBeSeen() {
+    struct stat status = {};
+    return isatty(STDOUT_FILENO) == 1 ||
+           (fstat(STDOUT_FILENO, &status) == 0 && S_ISFIFO(status.st_mode));
+}
 
 }  // namespace Vesk::Tool

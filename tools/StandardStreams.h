@@ -38,8 +38,8 @@ void writeNotes(std::string_view text);
 /// Whether standard error is a terminal that can redraw a line, and may.
 bool canRedraw();
 
-/// Whether standard output is a terminal.
-bool resultsAreSeen();
+/// Whether standard output is a terminal, or a pipe, at whose end there may be one.
+bool resultsMayBeSeen();
 
 }  // namespace Vesk::Tool
 

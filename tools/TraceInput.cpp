@@ -102,11 +102,14 @@ void TraceInput::addPreparationTo(CLI::App& line) {
     line.add_option_function<std::string>(
             "--resample",
             [this](const std::string& text) { prepared.points = resampledPoints(text); },
-            "Points that every trace is resampled to, or none: as drawn [41]")
+            "Points that every trace is resampled to, in recognition as in training, or none: as "
+            "drawn "
+            "[41]")
         ->type_name("N|none");
     line.add_option("--bearings", prepared.bearings,
-                    "Further steps that tell where the resampled points lie, seen from their mean")
-        ->check(CLI::Range(0, mostBearings))
+                    "Further steps that tell where the resampled points lie, seen from their mean; "
+                    "to recognise with as many as in training")
+        ->check(numberIn(0, mostBearings))
         ->type_name("B")
         ->capture_default_str();
 }

@@ -59,7 +59,8 @@ std::string reportText(const Kit::TrainingReport& report, std::size_t users, std
                 ? fmt::format(" (calibrated in {})\n", counted(report.calibrationRuns, "training"))
                 : "\n";
     if (strict > 0) {
-        text += counted(strict, "gesture") + " more than that: vesk inspect shows the ratios\n";
+        text +=
+            "the ratio is higher for " + counted(strict, "gesture") + ": vesk inspect shows them\n";
     }
     return text;
 }

@@ -62,14 +62,15 @@ Kit::TuningResult search(const Options& options, const TuningFindings& findings,
     });
 }
 
-void train(const Options& options, const TuningFindings& findings) {
+Kit::RecognitionModel train(const Options& options, const TuningFindings& findings) {
     Kit::TrainingOptions training = findings.result.training;
     training.name = options.output.modelName();
     ProgressBar bar("training", "steps");
-    const Kit::TrainingResult result = Kit::GestureTrainer(training).train(
-        findings.traces,
-        [&](const Kit::TrainingProgress& progress) { bar.show(progress.done, progress.total); });
-    options.output.write(result.model);
+    return Kit::GestureTrainer(training)
+        .train(
+            findings.traces,
+            [&](const Kit::TrainingProgress& progress) { bar.show(progress.done, progress.total); })
+        .model;
 }
 
 void tune(Options& options) {
@@ -86,7 +87,7 @@ void tune(Options& options) {
 
     std::string text = options.json ? tuningJson(findings) : tuningText(findings);
     if (options.output.wanted()) {
-        train(options, findings);
+        options.output.write(train(options, findings));
         if (!options.json) text += options.output.report();
     }
     // The model itself is the result where it goes to standard output.

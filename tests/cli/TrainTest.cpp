@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -100,9 +99,8 @@ TEST_F(Train, GesturesOfManyTracesAreAskedForMoreWhereTheyReachIt) {
         if (prior < 1.0) ++strict;
     }
     ASSERT_GT(strict, 1);
-    EXPECT_THAT(outcome.out,
-                HasSubstr("\n" + std::to_string(strict) +
-                          " gestures more than that: vesk inspect shows the ratios\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("\nthe ratio is higher for " + std::to_string(strict) +
+                                       " gestures: vesk inspect shows them\n"));
 }
 
 TEST_F(Train, NoCalibrationTakesTheOrdinaryRatio) {
@@ -341,92 +339,6 @@ TEST_F(Train, FollowsALinkAndReplacesItsTarget) {
     ASSERT_TRUE(succeeded(train({})));
     EXPECT_TRUE(std::filesystem::is_symlink(path("m.txt")));
     EXPECT_THAT(readFile(path("target")), HasSubstr("\nzigzag\n"));
-}
-
-/// A terminal's two ends.
-class Terminal {
-public:
-    Terminal() : master(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC)) {
-        if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) return;
-        slave = open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    }
-    ~Terminal() {
-        if (slave >= 0) close(slave);
-        if (master >= 0) close(master);
-    }
-    Terminal(const Terminal&) = delete;
-    Terminal& operator=(const Terminal&) = delete;
-
-    bool usable() const { return slave >= 0; }
-    int end() const { return slave; }
-
-    /// What the program wrote, once it has ended.
-    std::string text() {
-        close(slave);
-        slave = -1;
-        std::string result;
-        char buffer[4096];
-        for (ssize_t count; (count = read(master, buffer, sizeof buffer)) > 0;) {
-            result.append(buffer, static_cast<std::size_t>(count));
-        }
-        return result;
-    }
-
-private:
-    int master;
-    int slave = -1;
-};
-
-TEST_F(Train, TerminalSeesAProgressBarThatGoesAway) {
-    for (const bool coloured : {true, false}) {
-        SCOPED_TRACE(coloured);
-        Terminal terminal;
-        if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
-        const int status = await(start(joined({"train", traces, "-o", path("m.txt")}, smallModel()),
-                                       {-1, -1, terminal.end()},
-                                       {"TERM=xterm", coloured ? "NO_COLOR=" : "NO_COLOR=1"}));
-        const std::string text = terminal.text();
-
-        EXPECT_EQ(status, 0);
-        EXPECT_THAT(text, HasSubstr("\rtraining "));
-        EXPECT_THAT(text, HasSubstr("100 %"));
-        EXPECT_THAT(text, testing::EndsWith("\r\033[K"));
-        EXPECT_EQ(text.find("\033[36m") != std::string::npos, coloured);
-    }
-}
-
-TEST_F(Train, QuietTerminalSeesNoProgressBar) {
-    Terminal terminal;
-    if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
-    const int status =
-        await(start(joined({"train", traces, "-o", path("m.txt"), "--quiet"}, smallModel()),
-                    {-1, -1, terminal.end()}, {"TERM=xterm"}));
-
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(terminal.text(), "");
-}
-
-// Long enough that there is something to tell.
-TEST_F(Train, TerminalSeesHowFastItGoesAndHowLongItWillTake) {
-    Terminal terminal;
-    if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
-    const int status = await(start({"train", traces, "-o", path("m.txt"), "--states", "200",
-                                    "--symbols", "360", "--iterations", "20", "--threads", "1"},
-                                   {-1, -1, terminal.end()}, {"TERM=xterm", "NO_COLOR=1"}));
-
-    EXPECT_EQ(status, 0);
-    EXPECT_THAT(terminal.text(),
-                testing::ContainsRegex(" [0-9]+ %  [0-9.]+ steps/s  [0-9]+:[0-9][0-9] left"));
-}
-
-TEST_F(Train, DumbTerminalSeesNoProgressBar) {
-    Terminal terminal;
-    if (!terminal.usable()) GTEST_SKIP() << "no pseudo-terminal";
-    const int status = await(start(joined({"train", traces, "-o", path("m.txt")}, smallModel()),
-                                   {-1, -1, terminal.end()}, {"TERM=dumb"}));
-
-    EXPECT_EQ(status, 0);
-    EXPECT_EQ(terminal.text(), "");
 }
 
 }  // namespace
