@@ -53,8 +53,10 @@ std::string reportText(const Kit::TrainingReport& report, std::size_t users, std
     if (!report.skipped.empty()) {
         text += counted(report.skipped.size(), "trace") + " left out\n";
     }
-    text += fmt::format("a gesture has to be {:.4g} times as likely as the threshold model",
-                        report.acceptanceRatio);
+    const double ratio = report.acceptanceRatio;
+    const std::string digits =
+        ratio < 1e4 ? fmt::format("{:.4g}", ratio) : fmt::format("{:.0f}", ratio);
+    text += "a gesture has to be " + digits + " times as likely as the threshold model";
     text += report.calibrationRuns > 0
                 ? fmt::format(" (calibrated in {})\n", counted(report.calibrationRuns, "training"))
                 : "\n";

@@ -18,7 +18,8 @@ namespace {
 /// that has no place in one.
 class TraceBuilder : public nlohmann::json_sax<json> {
 public:
-    TraceBuilder(Trace& result, std::string where) : trace(result), place(std::move(where)) {}
+    TraceBuilder(Trace& result, std::string where, std::size_t bytes)
+        : trace(result), place(std::move(where)), length(bytes) {}
 
     bool null() override { return scalar("null"); }
     bool boolean(bool value) override { return scalar(value ? "true" : "false"); }
@@ -101,6 +102,7 @@ public:
         if (error.id == numberOutOfRange) {
             fail("the number " + internal::oneLine(token, 60), "a finite number");
         }
+        if (position > length) fail("the end of the line", "the rest of the object");
         fail(joined("text that is not JSON at byte ", position, " of the line"), "an object");
     }
 
@@ -155,6 +157,7 @@ private:
 
     Trace& trace;
     std::string place;
+    std::size_t length;  ///< of the text, in bytes
     Level level = Level::Outside;
     Field field = Field::Other;
     std::size_t ignored = 0;  ///< lists and objects open under a key of no concern
@@ -184,7 +187,7 @@ bool JsonLinesReader::next(Trace& trace) {
         throw InputError(joined(lines->place(), ": found text that is not JSON at byte ", zero + 1,
                                 " of the line, expected an object"));
     }
-    TraceBuilder builder(result, lines->place());
+    TraceBuilder builder(result, lines->place(), line.size());
     json::sax_parse(line, &builder);
     builder.requirePoints();
     trace = std::move(result);

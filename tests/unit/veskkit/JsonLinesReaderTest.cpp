@@ -83,7 +83,7 @@ TEST(JsonLinesReaderTest, RefusesWhatIsNotJson) {
     EXPECT_EQ(errorOf("hello"),
               "t:1: found text that is not JSON at byte 1 of the line, expected an object");
     EXPECT_EQ(errorOf("{\"points\":[[1,2]]}\n{\"points\":[[1,2]"),
-              "t:2: found text that is not JSON at byte 17 of the line, expected an object");
+              "t:2: found the end of the line, expected the rest of the object");
     EXPECT_EQ(errorOf("{\"points\":[[1,2]]} {}"),
               "t:1: found text that is not JSON at byte 20 of the line, expected an object");
     EXPECT_EQ(errorOf("{\"points\":[[NaN,2]]}"),
