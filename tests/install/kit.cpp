@@ -10,10 +10,12 @@
 int main(int argc, char** argv) {
     Vesk::Kit::Preparation preparation;
     preparation.points = 3;
+    preparation.bearings = 1;
     const Vesk::Kit::Resampler resampler(preparation);
     const Vesk::Kit::Points line{{0.0, 0.0}, {8.0, 0.0}};
-    if (resampler.resample(line) != Vesk::Kit::Points{{0.0, 0.0}, {4.0, 0.0}, {8.0, 0.0}}) {
-        std::cerr << "three positions along a line expected\n";
+    const Vesk::Kit::Points expected{{0.0, 0.0}, {4.0, 0.0}, {8.0, 0.0}, {12.0, 0.0}};
+    if (resampler.resample(line) != expected) {
+        std::cerr << "three positions along a line and the bearing of its end expected\n";
         return 1;
     }
 
