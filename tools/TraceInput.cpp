@@ -103,8 +103,7 @@ void TraceInput::addPreparationTo(CLI::App& line) {
             "--resample",
             [this](const std::string& text) { prepared.points = resampledPoints(text); },
             "Points that every trace is resampled to, in recognition as in training, or none: as "
-            "drawn "
-            "[41]")
+            "drawn [41]")
         ->type_name("N|none");
     line.add_option("--bearings", prepared.bearings,
                     "Further steps that tell where the resampled points lie, seen from their mean; "

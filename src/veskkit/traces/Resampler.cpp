@@ -83,7 +83,8 @@ void appendBearings(Points& path, std::size_t count, double step) {
         const std::vector<double>& seen = path[count == 1 ? last : k * last / (count - 1)];
         const Position position{seen[0], seen[1]};
         const double away = distance(centre, position);
-        if (away > 0.0) {
+        // The sum of positions near the end of the range may be beyond it.
+        if (away > 0.0 && std::isfinite(away)) {
             move = {(position.x - centre.x) / away * step, (position.y - centre.y) / away * step};
         }
         at = {at.x + move.x, at.y + move.y};

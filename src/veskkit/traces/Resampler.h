@@ -34,7 +34,8 @@ struct Preparation {
 /// steps of the same length follow, whose directions are bearings: from the mean of the P positions
 /// to the first of them, the last, and those between at equal distances (k (P - 1) / (B - 1),
 /// rounded down; for B = 1 the last). A position in the mean itself, which has no bearing, repeats
-/// the one before (the first: along x). A sequence then has P - 1 + B symbols.
+/// the one before (the first: along x); so do all where the mean is beyond the numbers. A sequence
+/// then has P - 1 + B symbols.
 ///
 /// A host that recognises with a model trained here has to prepare its traces the same way.
 ///

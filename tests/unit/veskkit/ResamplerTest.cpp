@@ -131,6 +131,12 @@ TEST(ResamplerTest, APositionInTheMeanRepeatsTheBearingBefore) {
               (Points{{0, 0}, {0, 1}, {0, 0}, {0, -1}, {0, 0}, {1, 0}, {2, 0}}));
 }
 
+TEST(ResamplerTest, BearingsAreNumbersWhereTheMeanIsNone) {
+    const Points far{{1e308, 0}, {1e308, 8}};
+    EXPECT_EQ(Resampler({5, false, 1}).resample(far),
+              (Points{{1e308, 0}, {1e308, 2}, {1e308, 4}, {1e308, 6}, {1e308, 8}, {1e308, 8}}));
+}
+
 TEST(ResamplerTest, TracesAsDrawnHaveNoBearings) {
     EXPECT_EQ(Resampler({Preparation::asDrawn, false, 8}).resample(Points{{1, 2}, {3, 4}}),
               (Points{{1, 2}, {3, 4}}));
