@@ -44,7 +44,8 @@ std::size_t strictGestures(const Kit::RecognitionModel& model) {
                       [](const GestureSummary& it) { return it.models.front().prior < 1.0; }));
 }
 
-std::string reportText(const Kit::TrainingReport& report, std::size_t users, std::size_t strict) {
+std::string reportText(const Kit::TrainingReport& report, std::size_t users, std::size_t strict,
+                       bool ratioWasGiven) {
     std::size_t models = 0;
     for (const Kit::GestureReport& gesture : report.gestures) models += gesture.subModels.size();
     std::string text = fmt::format("{} of {} by {}: {}\n", counted(report.traces, "trace"),
@@ -56,13 +57,15 @@ std::string reportText(const Kit::TrainingReport& report, std::size_t users, std
     const double ratio = report.acceptanceRatio;
     const std::string digits =
         ratio < 1e4 ? fmt::format("{:.4g}", ratio) : fmt::format("{:.0f}", ratio);
-    text += "a gesture has to be " + digits + " times as likely as the threshold model";
-    text += report.calibrationRuns > 0
-                ? fmt::format(" (calibrated in {})\n", counted(report.calibrationRuns, "training"))
-                : "\n";
+    const std::string how =
+        report.calibrationRuns > 0
+            ? fmt::format(" (calibrated in {})", counted(report.calibrationRuns, "training"))
+            : "";
+    text += "a gesture has to be " + digits + " times as likely as the threshold model" +
+            (ratioWasGiven ? "" : how) + "\n";
     if (strict > 0) {
-        text +=
-            "the ratio is higher for " + counted(strict, "gesture") + ": vesk inspect shows them\n";
+        text += "the ratio is higher for " + counted(strict, "gesture") +
+                (ratioWasGiven ? how : "") + ": vesk inspect shows them\n";
     }
     return text;
 }
@@ -89,9 +92,9 @@ void train(Options& options) {
     for (const std::string& line : result.report.warnings) note("warning: " + line);
 
     options.output.write(result.model);
-    const std::string report =
-        reportText(result.report, users.size(), strictGestures(result.model)) +
-        options.output.report();
+    const std::string report = reportText(result.report, users.size(), strictGestures(result.model),
+                                          trainer.options().acceptanceRatio.has_value()) +
+                               options.output.report();
     // The model itself is the result where it goes to standard output.
     if (options.output.goesToStandardOutput()) {
         writeNotes(report);

@@ -20,10 +20,18 @@ void TrainingInput::addTo(CLI::App& line) {
     line.add_option("--ratio", training.acceptanceRatio,
                     "How many times as likely as the threshold model a gesture has to be; below 1 "
                     "it may be less likely [calibrated on people, or traces, left out]")
-        ->transform(numberIn(1e-6, 1e5))
+        ->transform(numberIn(1e-6, 1e12))
         ->type_name("R");
+    line.add_option("--false-rejection", training.falseRejection,
+                    "Share of right traces that calibration gives up for a stricter ratio")
+        ->capture_default_str()
+        ->excludes("--ratio")
+        ->transform(numberIn(0.0, 0.5))
+        ->type_name("SHARE");
     line.add_flag("--no-calibration", uncalibrated,
-                  "Take the ordinary ratio (1e3, or 1e4 with sub-models) untested");
+                  "Take the ratio, or the ordinary one (1e3, or 1e4 with sub-models), for all "
+                  "gestures untested")
+        ->excludes("--false-rejection");
 }
 
 void TrainingInput::addSettingsTo(CLI::App& line) {

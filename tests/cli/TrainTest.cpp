@@ -5,10 +5,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -43,6 +48,22 @@ protected:
         SCOPED_TRACE(content);
         EXPECT_TRUE(refused(run({"train", path("bad.jsonl"), "-o", path("m.txt")}), 3, message));
         EXPECT_THAT(namesIn(path("")), ElementsAre("bad.jsonl", "traces.jsonl"));
+    }
+
+    /// The prior of each gesture's first model.
+    std::map<std::string, double> priorsOf(const std::string& model) const {
+        const json shown = json::parse(run({"inspect", model, "--json"}).out);
+        std::map<std::string, double> priors;
+        for (const json& gesture : shown["gestures"]) {
+            priors[gesture["gesture"].get<std::string>()] =
+                gesture["models"][0]["prior"].get<double>();
+        }
+        return priors;
+    }
+
+    static int lowered(const std::map<std::string, double>& priors) {
+        return static_cast<int>(std::count_if(priors.begin(), priors.end(),
+                                              [](const auto& it) { return it.second < 1.0; }));
     }
 
     /// The word at a position of the model's file, from 0: the header has the proximity threshold,
@@ -83,24 +104,63 @@ TEST_F(Train, CalibratesTheRatioWhereThreeUsersDrew) {
     EXPECT_THAT(outcome.out, HasSubstr("(calibrated in 3 trainings)"));
 }
 
+TEST_F(Train, TheShareOfFalseRejectionsMakesTheRatio) {
+    const auto ratioWith = [&](const char* share) {
+        const Outcome outcome =
+            run({"train", traces, "-o", path("m.txt"), "--symbols", "8", "--states", "6",
+                 "--resample", "9", "--bearings", "0", "--false-rejection", share});
+        EXPECT_TRUE(succeeded(outcome)) << share;
+        const json shown = json::parse(run({"inspect", path("m.txt"), "--json"}).out);
+        return shown["acceptanceRatio"].get<double>();
+    };
+    EXPECT_LT(ratioWith("0"), ratioWith("0.2"));
+    EXPECT_TRUE(refused(
+        run({"train", traces, "-o", path("m.txt"), "--ratio", "9", "--false-rejection", "0.1"}), 2,
+        "excludes"));
+}
+
 TEST_F(Train, GesturesOfManyTracesAreAskedForMoreWhereTheyReachIt) {
     const std::string many = path("many.jsonl");
     ASSERT_TRUE(succeeded(run({"generate", "-o", many, "--users", "5", "--repetitions", "11"})));
     const Outcome outcome = run({"train", many, "-o", path("m.txt"), "--states", "10"});
     ASSERT_TRUE(succeeded(outcome));
 
-    const Outcome inspected = run({"inspect", path("m.txt"), "--json"});
-    const json model = json::parse(inspected.out);
-    int strict = 0;
-    for (const json& gesture : model["gestures"]) {
-        const auto prior = gesture["models"][0]["prior"].get<double>();
-        EXPECT_GT(prior, 0.0) << gesture["gesture"];
-        EXPECT_LE(prior, 1.0) << gesture["gesture"];
-        if (prior < 1.0) ++strict;
+    const std::map<std::string, double> priors = priorsOf(path("m.txt"));
+    for (const auto& [gesture, prior] : priors) EXPECT_GT(prior, 0.0) << gesture;
+    ASSERT_GT(lowered(priors), 1);
+    EXPECT_THAT(outcome.out,
+                HasSubstr("\nthe ratio is higher for " + std::to_string(lowered(priors)) +
+                          " gestures: vesk inspect shows them\n"));
+
+    // A ratio that is given moves those of all gestures alike.
+    const Outcome given =
+        run({"train", many, "-o", path("g.txt"), "--states", "10", "--ratio", "30"});
+    ASSERT_TRUE(succeeded(given));
+    const std::map<std::string, double> moved = priorsOf(path("g.txt"));
+    EXPECT_THAT(given.out, HasSubstr("to be 30 times as likely as the threshold model\n"
+                                     "the ratio is higher for " +
+                                     std::to_string(lowered(moved)) +
+                                     " gestures (calibrated in 5 trainings): vesk inspect"));
+    const auto strictest = std::min_element(
+        moved.begin(), moved.end(),
+        [](const auto& one, const auto& other) { return one.second < other.second; });
+    for (const auto& [gesture, prior] : moved) {
+        EXPECT_NEAR(prior / strictest->second, priors.at(gesture) / priors.at(strictest->first),
+                    1e-3 / strictest->second)
+            << gesture;
     }
-    ASSERT_GT(strict, 1);
-    EXPECT_THAT(outcome.out, HasSubstr("\nthe ratio is higher for " + std::to_string(strict) +
-                                       " gestures: vesk inspect shows them\n"));
+}
+
+TEST_F(Train, ARatioThatAFileCannotHoldIsInEveryPrior) {
+    const Outcome outcome = run({"train", traces, "-o", path("m.txt"), "--states", "10", "--ratio",
+                                 "1e8", "--no-calibration"});
+    ASSERT_TRUE(succeeded(outcome));
+    const std::map<std::string, double> priors = priorsOf(path("m.txt"));
+    EXPECT_THAT(outcome.out,
+                HasSubstr("is higher for " + std::to_string(priors.size()) + " gestures: vesk"));
+    for (const auto& [gesture, prior] : priors) EXPECT_EQ(prior, 1e-3) << gesture;
+    const json shown = json::parse(run({"inspect", path("m.txt"), "--json"}).out);
+    EXPECT_NEAR(shown["acceptanceRatio"].get<double>(), 1e5, 100.0);
 }
 
 TEST_F(Train, NoCalibrationTakesTheOrdinaryRatio) {
@@ -223,11 +283,12 @@ TEST_F(Train, StandsInAPipeline) {
 
 TEST_F(Train, SettingsOutOfRangeAreUsageErrors) {
     const std::vector<std::pair<std::string, std::string>> settings{
-        {"--symbols", "1"},     {"--symbols", "361"},     {"--states", "1"},
-        {"--states", "201"},    {"--delta", "0"},         {"--sub-models", "0"},
-        {"--sub-models", "17"}, {"--iterations", "-1"},   {"--ratio", "0"},
-        {"--ratio", "1e9"},     {"--ratio", "nan"},       {"--smoothing", "181"},
-        {"--resample", "1"},    {"--resample", "100001"}, {"--resample", "some"}};
+        {"--symbols", "1"},          {"--symbols", "361"},     {"--states", "1"},
+        {"--states", "201"},         {"--delta", "0"},         {"--sub-models", "0"},
+        {"--sub-models", "17"},      {"--iterations", "-1"},   {"--ratio", "0"},
+        {"--ratio", "1e13"},         {"--ratio", "nan"},       {"--smoothing", "181"},
+        {"--resample", "1"},         {"--resample", "100001"}, {"--resample", "some"},
+        {"--false-rejection", "0.6"}};
     for (const auto& [option, value] : settings) {
         SCOPED_TRACE(option + " " + value);
         EXPECT_TRUE(refused(run({"train", traces, "-o", path("m.txt"), option, value}), 2, option));

@@ -58,7 +58,7 @@ TEST_F(Tune, JsonHoldsEveryTrialAndTheWholeCurve) {
     ASSERT_TRUE(succeeded(outcome));
     const json object = json::parse(outcome.out);
     EXPECT_EQ(object["falseAccept"], 0.3);
-    EXPECT_EQ(object["tradeOff"].size(), 45U);
+    EXPECT_EQ(object["tradeOff"].size(), 73U);
     ASSERT_GE(object["trials"].size(), 10U);
     EXPECT_EQ(object["trials"][0]["change"], "start");
     json best = object["trials"][0];

@@ -30,7 +30,7 @@ TradeOffPoint tradeOffAt(const std::vector<Outcome>& outcomes, double ratio) {
 std::vector<TradeOffPoint> tradeOffOf(const std::vector<Outcome>& outcomes) {
     constexpr int stepsADecade = 4;
     std::vector<TradeOffPoint> points;
-    for (int step = -6 * stepsADecade; step <= 5 * stepsADecade; ++step) {
+    for (int step = -6 * stepsADecade; step <= 12 * stepsADecade; ++step) {
         points.push_back(
             tradeOffAt(outcomes, std::pow(10.0, static_cast<double>(step) / stepsADecade)));
     }

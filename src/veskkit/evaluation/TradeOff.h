@@ -20,12 +20,12 @@ struct TradeOffPoint {
 /// The point at one ratio, 0 or above. O(n log k), n outcomes of k gestures.
 TradeOffPoint tradeOffAt(const std::vector<Outcome>& outcomes, double ratio);
 
-/// Points by rising ratio, four a decade, from 1e-6 to 1e5: all that a model can be given.
+/// Points by rising ratio, four a decade, from 1e-6 to 1e12: all that a model can be given.
 /// O(n log k) each, n outcomes of k gestures.
 std::vector<TradeOffPoint> tradeOffOf(const std::vector<Outcome>& outcomes);
 
-/// The least ratio from 1e-6 to 1e5 at which no more than the share `unknownAccepted`, 0 to 1, of
-/// the unknown traces is accepted; 1e5 where there is none. O(n log n).
+/// The least ratio from 1e-6 to 1e12 at which no more than the share `unknownAccepted`, 0 to 1, of
+/// the unknown traces is accepted; 1e12 where there is none. O(n log n).
 double ratioFor(const std::vector<Outcome>& outcomes, double unknownAccepted);
 
 }  // namespace Vesk::Kit

@@ -146,7 +146,7 @@ std::vector<TunedOption> usualTunedOptions() {
          {16, 24, 32, 48},
          [](TrainingOptions& it, double value) { it.symbols = static_cast<int>(value); }},
         {"states",
-         {16, 24, 32, 40},
+         {16, 24, 32, 40, 44},
          [](TrainingOptions& it, double value) { it.states = static_cast<int>(value); }},
         {"delta",
          {1, 2},

@@ -19,8 +19,8 @@ struct TunedOption {
     void (*set)(TrainingOptions&, double);
 };
 
-/// symbols 16, 24, 32, 48; states 16, 24, 32, 40; delta 1, 2; sub-models 1, 4, 8; smoothing 15, 22,
-/// 30, 40 degrees.
+/// symbols 16, 24, 32, 48; states 16, 24, 32, 40, 44; delta 1, 2; sub-models 1, 4, 8; smoothing 15,
+/// 22, 30, 40 degrees.
 std::vector<TunedOption> usualTunedOptions();
 
 /// Where a tuning begins, what it tries, and what it is asked for.

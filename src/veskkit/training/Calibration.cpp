@@ -100,6 +100,12 @@ std::size_t testStride(const std::vector<CalibrationRun>& runs) {
     return testTraces(runs) / enoughTraces + 1;
 }
 
+bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures) {
+    return std::any_of(gestures.begin(), gestures.end(), [](const GestureSamples& it) {
+        return it.samples.size() >= fewestOwnTraces;
+    });
+}
+
 LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
                       const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
                       std::size_t stride) {

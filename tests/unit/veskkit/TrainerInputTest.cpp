@@ -130,7 +130,7 @@ TEST(TrainerInputTest, RefusesOptionsOutOfRange) {
         {[](TrainingOptions& o) { o.thresholdSmoothing = -1.0; },
          "found -1 for threshold smoothing, expected 0 to 180"},
         {[](TrainingOptions& o) { o.acceptanceRatio = 0.0; },
-         "found 0 for acceptance ratio, expected 1e-06 to 100000"},
+         "found 0 for acceptance ratio, expected 1e-06 to 1e+12"},
         {[](TrainingOptions& o) { o.falseRejection = std::nan(""); },
          "found nan for false rejection, expected 0 to 0.5"},
         {[](TrainingOptions& o) { o.preparation.points = 1; },

@@ -52,6 +52,9 @@ struct CalibratedRatios {
     std::map<std::string, double> own = {};
 };
 
+/// Whether a gesture has traces enough for a ratio of its own.
+bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures);
+
 /// The ratios that `calibrateRatios` finds, of the logarithms of all runs.
 CalibratedRatios ratiosOf(const std::vector<LogRatios>& runs, double falseRejection);
 
