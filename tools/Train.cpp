@@ -37,15 +37,24 @@ Kit::GestureTrainer makeTrainer(const Options& options) {
 }
 
 /// How many gestures are asked for more than the ratio.
-std::size_t strictGestures(const Kit::RecognitionModel& model) {
-    const ModelSummary summary = summaryOf(model);
-    return static_cast<std::size_t>(
-        std::count_if(summary.gestures.begin(), summary.gestures.end(),
-                      [](const GestureSummary& it) { return it.models.front().prior < 1.0; }));
+std::size_t strictGestures(const Kit::TrainingResult& result) {
+    constexpr double rounding = 1e-3;  // a file has six digits
+    const ModelSummary summary = summaryOf(result.model);
+    const double ratio = result.report.acceptanceRatio * (1.0 + rounding);
+    return static_cast<std::size_t>(std::count_if(
+        summary.gestures.begin(), summary.gestures.end(), [&](const GestureSummary& it) {
+            return summary.acceptanceRatio / it.models.front().prior > ratio;
+        }));
 }
 
-std::string reportText(const Kit::TrainingReport& report, std::size_t users, std::size_t strict,
-                       bool ratioWasGiven) {
+/// Four digits that count, no exponent.
+std::string ratioText(double ratio) {
+    const double rounded = std::stod(fmt::format("{:.4g}", ratio));
+    return rounded < 1e4 ? fmt::format("{:.4g}", rounded) : fmt::format("{:.0f}", rounded);
+}
+
+std::string reportText(const Kit::TrainingResult& result, std::size_t users, bool ratioWasGiven) {
+    const Kit::TrainingReport& report = result.report;
     std::size_t models = 0;
     for (const Kit::GestureReport& gesture : report.gestures) models += gesture.subModels.size();
     std::string text = fmt::format("{} of {} by {}: {}\n", counted(report.traces, "trace"),
@@ -54,15 +63,13 @@ std::string reportText(const Kit::TrainingReport& report, std::size_t users, std
     if (!report.skipped.empty()) {
         text += counted(report.skipped.size(), "trace") + " left out\n";
     }
-    const double ratio = report.acceptanceRatio;
-    const std::string digits =
-        ratio < 1e4 ? fmt::format("{:.4g}", ratio) : fmt::format("{:.0f}", ratio);
     const std::string how =
         report.calibrationRuns > 0
             ? fmt::format(" (calibrated in {})", counted(report.calibrationRuns, "training"))
             : "";
-    text += "a gesture has to be " + digits + " times as likely as the threshold model" +
-            (ratioWasGiven ? "" : how) + "\n";
+    text += "a gesture has to be " + ratioText(report.acceptanceRatio) +
+            " times as likely as the threshold model" + (ratioWasGiven ? "" : how) + "\n";
+    const std::size_t strict = strictGestures(result);
     if (strict > 0) {
         text += "the ratio is higher for " + counted(strict, "gesture") +
                 (ratioWasGiven ? how : "") + ": vesk inspect shows them\n";
@@ -92,9 +99,9 @@ void train(Options& options) {
     for (const std::string& line : result.report.warnings) note("warning: " + line);
 
     options.output.write(result.model);
-    const std::string report = reportText(result.report, users.size(), strictGestures(result.model),
-                                          trainer.options().acceptanceRatio.has_value()) +
-                               options.output.report();
+    const std::string report =
+        reportText(result, users.size(), trainer.options().acceptanceRatio.has_value()) +
+        options.output.report();
     // The model itself is the result where it goes to standard output.
     if (options.output.goesToStandardOutput()) {
         writeNotes(report);

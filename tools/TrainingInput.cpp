@@ -18,8 +18,9 @@ void TrainingInput::addTo(CLI::App& line) {
         ->excludes("--symbols")
         ->type_name("FILE");
     line.add_option("--ratio", training.acceptanceRatio,
-                    "How many times as likely as the threshold model a gesture has to be; below 1 "
-                    "it may be less likely [calibrated on people, or traces, left out]")
+                    "How many times as likely as the threshold model a gesture has to be, some of "
+                    "many traces more; below 1 it may be less likely [calibrated on people, or "
+                    "traces, left out]")
         ->transform(numberIn(1e-6, 1e12))
         ->type_name("R");
     line.add_option("--false-rejection", training.falseRejection,

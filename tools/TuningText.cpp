@@ -58,14 +58,16 @@ std::string trialsText(const Kit::TuningResult& result) {
     return text;
 }
 
-/// The decades of the curve, and the ratio chosen among them.
+/// The decades of the curve at which more than half is not rejected, and the ratio chosen.
 std::string curveText(const TuningFindings& findings) {
     constexpr std::size_t width = 16;
     constexpr double leastShown = 0.9;
+    constexpr double mostRejected = 0.5;
     std::map<double, std::string> rows;
     for (const Kit::TradeOffPoint& point : Kit::tradeOffOf(findings.result.outcomes)) {
         const double decade = std::log10(point.ratio);
         if (point.ratio < leastShown || std::abs(decade - std::round(decade)) > 0.1) continue;
+        if (point.rejected.value() > mostRejected) break;
         rows[point.ratio] = row(fmt::format("{:.4g}", point.ratio), width, point) + "\n";
     }
     const Kit::TradeOffPoint& chosen = bestOf(findings).result;

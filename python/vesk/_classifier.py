@@ -41,7 +41,8 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     threshold_states, threshold_smoothing : of the threshold model.
     acceptance_ratio : how much likelier than the threshold model a gesture has to be. None:
         calibrated where `calibrate`, by leaving out users (`groups` of `fit`) or traces.
-    calibrate : whether an unset ratio is calibrated.
+    calibrate : whether an unset ratio is calibrated, and, with users, how much more gestures of
+        many traces are asked for.
     false_rejection : share of right answers that calibration gives up.
     points : positions that traces are resampled to; 0 leaves them as drawn.
     flip_y : whether y is negated.

@@ -77,7 +77,7 @@ Answer train(const Call& call) {
             {{"gesture", it.gesture}, {"label", it.label}, {"models", it.subModels.size()}});
     Answer answer{{{"gestures", gestures},
                    {"warnings", result.report.warnings},
-                   {"acceptanceRatio", result.report.acceptanceRatio}},
+                   {"acceptanceRatio", Tool::summaryOf(result.model).acceptanceRatio}},
                   Kit::modelText(result.model.get())};
     call.engine.use(std::move(result.model), "model");
     return answer;

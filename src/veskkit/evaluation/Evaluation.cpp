@@ -10,6 +10,7 @@
 #include <veskkit/training/internal/TrainedSet.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
 #include <map>
@@ -63,7 +64,9 @@ public:
     Recognizers(const TrainedSet& set, const std::vector<const Trace*>& training,
                 const std::set<std::string>& unknown, const EvaluationOptions& options,
                 internal::TrainingSteps& steps)
-        : all(set.compose(std::ref(steps)), options.training.preparation) {
+        : all(set.compose(std::ref(steps)), options.training.preparation),
+          restOfRatio(
+              std::log(set.acceptance.ratio / internal::storedRatio(set.acceptance.ratio))) {
         if (options.templates) templates.emplace(training, options.training.falseRejection);
         for (const std::string& gesture : unknown) {
             const bool trained =
@@ -81,12 +84,12 @@ public:
         outcome.models = {result.gesture, likeliestOf(result), {}};
         outcome.rejection = result.rejection;
         outcome.margin = result.margin;
-        outcome.answers = all.answers(trace);
+        outcome.answers = answersOf(all, trace);
         compare(result, outcome);
         const auto other = without.find(outcome.expected);
         if (other != without.end()) {
             outcome.models.asUnknown = other->second.recognize(trace).gesture;
-            outcome.answersAsUnknown = other->second.answers(trace);
+            outcome.answersAsUnknown = answersOf(other->second, trace);
         }
         if (!templates) return;
         const TemplateMatcher::Match match = templates->nearest(trace);
@@ -96,11 +99,19 @@ public:
     }
 
 private:
+    /// By the whole of the ratios: the models' own are without what of theirs is not stored.
+    std::vector<Answer> answersOf(const GestureRecognizer& recognizer, const Trace& trace) const {
+        std::vector<Answer> answers = recognizer.answers(trace);
+        for (Answer& answer : answers) answer.logRatio += restOfRatio;
+        return answers;
+    }
+
     std::string accepted(const TemplateMatcher::Match& match) const {
         return templates->accepts(match) ? match.gesture : "";
     }
 
     GestureRecognizer all;
+    double restOfRatio;
     std::map<std::string, GestureRecognizer> without;
     std::optional<TemplateMatcher> templates;
 };

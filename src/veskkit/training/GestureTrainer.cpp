@@ -69,8 +69,7 @@ TrainingResult GestureTrainer::train(const std::vector<Trace>& traces,
     internal::TrainingSteps steps(observer);
     internal::TrainedSet set = internal::trainSet(borrowed, settings, steps);
     TrainingResult result{set.compose(std::ref(steps)), std::move(set.report)};
-    result.report.acceptanceRatio = internal::acceptanceRatio(
-        result.model.get().modelTransitionProb, result.model.gestures().size());
+    result.report.acceptanceRatio = set.acceptance.ratio;
     return result;
 }
 

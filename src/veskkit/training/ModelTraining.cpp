@@ -33,6 +33,8 @@ constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
 
+constexpr double largestStoredRatio = 1e5;
+
 /// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
 constexpr double largestOddsOfThreshold = 1e5;
 
@@ -162,6 +164,8 @@ double transitionProbability(double ratio, std::size_t K) {
     return kept / (kept + models);
 }
 
+double storedRatio(double ratio) { return std::min(ratio, largestStoredRatio); }
+
 double acceptanceRatio(double p, std::size_t K) { return p * static_cast<double>(K) / (1.0 - p); }
 
 TrainedModel trainModel(const Sequences& sequences, const std::vector<double>& codebook,
@@ -225,12 +229,12 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
                                          const Acceptance& acceptance, const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
+    const double stored = storedRatio(acceptance.ratio);
     for (const GestureModels& gesture : gestures) {
         const auto prior = acceptance.priors.find(gesture.report.gesture);
+        const double weight = prior == acceptance.priors.end() ? 1.0 : prior->second;
         for (LeftRightHMM model : gesture.fine) {
-            if (prior != acceptance.priors.end()) {
-                for (double& first : model.pi) first *= prior->second;
-            }
+            for (double& first : model.pi) first *= weight * (stored / acceptance.ratio);
             result.add(std::move(model));
         }
         coarse.push_back(gesture.coarse);
@@ -240,8 +244,7 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
     settings.codebook = codebook;
     settings.proxFilterThreshold = 0.0f;
     settings.rotationAllowed = false;
-    settings.modelTransitionProb =
-        transitionProbability(acceptance.ratio, result.gestures().size());
+    settings.modelTransitionProb = transitionProbability(stored, result.gestures().size());
     result.build(settings);
     return asStored(result);
 }

@@ -21,7 +21,6 @@ namespace {
 constexpr std::size_t worthAWarning = 3;
 constexpr double ratioOfSingleModels = 1e3;
 constexpr double ratioOfSubModels = 1e4;
-constexpr double largestStored = 1e5;       ///< of R; the file holds what goes beyond as priors
 constexpr double leastPrior = 1.0 / 400.0;  ///< smaller ones would decide between gestures
 
 /// The directions as a model file holds them.
@@ -181,26 +180,17 @@ PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOp
 
 Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
                          const CalibratedRatios& calibrated, bool runsAreUsers) {
-    const bool isCalibrated = calibrated.all > 0.0;
+    const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
+    if (!(calibrated.all > 0.0)) return {customary};
     const double wanted = std::clamp(calibrated.all, leastRatio, largestRatio);
-    if (!options.acceptanceRatio && !(isCalibrated && runsAreUsers)) {
-        // Of other people's traces nothing is known without users: what is customary stays.
-        const double customary = ordinaryRatio(gestures);
-        return {isCalibrated ? std::min(customary, wanted) : customary};
-    }
-    const double asked = options.acceptanceRatio.value_or(wanted);
-    Acceptance acceptance{std::min(asked, largestStored)};
-    for (const GestureModels& gesture : gestures) {
-        const auto own = calibrated.own.find(gesture.report.gesture);
-        const bool hasOwn = own != calibrated.own.end();
-        // What was found on few traces is not to put a gesture out of reach.
-        if (!hasOwn && !options.acceptanceRatio) continue;
-        const double required =
-            hasOwn ? std::clamp(own->second, wanted, wanted / leastPrior) * (asked / wanted)
-                   : asked;
-        if (required > acceptance.ratio) {
-            acceptance.priors[gesture.report.gesture] = acceptance.ratio / required;
-        }
+    // What was found on few traces is not to put gestures out of reach.
+    const double found = calibrated.own.empty() ? storedRatio(wanted) : wanted;
+    // Of other people's traces nothing is known without users: what is customary stays.
+    if (!runsAreUsers) return {std::min(customary, found)};
+    Acceptance acceptance{options.acceptanceRatio.value_or(found)};
+    for (const auto& [gesture, own] : calibrated.own) {
+        const double asked = std::clamp(own, wanted, wanted / leastPrior);
+        if (asked > wanted) acceptance.priors[gesture] = wanted / asked;
     }
     return acceptance;
 }

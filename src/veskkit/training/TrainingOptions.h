@@ -52,20 +52,20 @@ struct TrainingOptions {
     double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions, 0 to 180
 
     /// R: how much likelier than the threshold model a gesture has to be, 1e-6 to 1e12; single
-    /// gestures more, see `calibrate`. What is beyond the 1e5 that a file can hold lowers every pi.
-    /// Unset: as calibrated, or without calibration 1e3 with one sub-model a gesture and 1e4 with
-    /// more.
+    /// gestures more, see `calibrate`. Unset: as calibrated, or without calibration 1e3 with one
+    /// sub-model a gesture and 1e4 with more. The transition probability in a file holds up to 1e5;
+    /// what is beyond lowers all pi.
     std::optional<double> acceptanceRatio;
 
     /// Whether ratios are calibrated. With traces of three or more users each of them (of more than
     /// six: each of six groups of them) is left out of a training in turn and recognised with its
     /// result; R, where unset, is what all but `falseRejection` of the traces reach whose likeliest
-    /// gesture is the right one, and half of every single gesture's, 1e5 at most. A gesture of 50
-    /// such traces or more, nearly all of which reach more than that, is asked for more itself: its
-    /// pi is lowered, whatever R is. With fewer users every fourth trace is left out in turn, which
-    /// can only lower an unset R from what it is without calibration: a straight line differs
-    /// little from the threshold model. Costs a training of at most two iterations for each turn,
-    /// and the recognition of up to 4000 traces.
+    /// gesture is the right one, and half of every single gesture's; where no gesture has 50 such
+    /// traces, 1e5 at most. A gesture that has, and nearly all of whose traces reach more than
+    /// that, is asked for more itself, whatever R is: its pi is lowered. With fewer users every
+    /// fourth trace is left out in turn, which can only lower an unset R from what it is without
+    /// calibration: a straight line differs little from the threshold model. Costs a training of at
+    /// most two iterations for each turn, and the recognition of up to 4000 traces.
     bool calibrate = true;
     double falseRejection = 0.025;  ///< share of correct traces that calibration gives up, 0 to 0.5
 

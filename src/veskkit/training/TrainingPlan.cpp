@@ -188,8 +188,7 @@ TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
         internal::composeRecognitionModel(gestures, set.codebook, acceptance, parts->options.name),
         set.report};
     for (const GestureModels& gesture : gestures) result.report.gestures.push_back(gesture.report);
-    result.report.acceptanceRatio = internal::acceptanceRatio(
-        result.model.get().modelTransitionProb, result.model.gestures().size());
+    result.report.acceptanceRatio = acceptance.ratio;
     return result;
 }
 

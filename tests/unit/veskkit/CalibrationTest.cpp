@@ -230,62 +230,49 @@ TEST(CalibrationTest, GesturesOfManyTracesHaveTheirOwnRatio) {
     EXPECT_DOUBLE_EQ(found.all, std::exp(5.0 + 0.1 * 15)) << "10 % of 159 traces";
 }
 
-std::vector<GestureModels> modelsNamed(const std::vector<std::string>& names) {
-    std::vector<GestureModels> models;
-    for (const std::string& name : names) {
-        models.push_back({{Vesk::ML::LeftRightHMM(2, 4, 1)},
-                          Vesk::ML::LeftRightHMM(2, 4, 1),
-                          {name, name, 1, 1, {}}});
-    }
-    return models;
-}
-
 TEST(CalibrationTest, PriorsAskForMoreWhereUsersWereLeftOut) {
-    const std::vector<GestureModels> models = modelsNamed({"far", "near", "few", "strict"});
     const CalibratedRatios found{100.0, {{"far", 1e9}, {"near", 99.0}, {"strict", 250.0}}};
-    const TrainingOptions options;
-    const Acceptance users = acceptanceFor(models, options, found, true);
+    const std::map<std::string, double> priors{{"far", 1.0 / 400}, {"strict", 0.4}};
+    TrainingOptions options;
+    const Acceptance users = acceptanceFor({}, options, found, true);
     EXPECT_EQ(users.ratio, 100.0);
-    EXPECT_EQ(users.priors, (std::map<std::string, double>{{"far", 1.0 / 400}, {"strict", 0.4}}));
-    EXPECT_TRUE(acceptanceFor(models, options, found, false).priors.empty());
-    EXPECT_TRUE(acceptanceFor(models, options, {0.0, {{"far", 1e9}}}, true).priors.empty());
-    // What a file's transition probability cannot say is in the priors of gestures of many traces.
-    const Acceptance beyond =
-        acceptanceFor(models, options, {1e7, {{"far", 2e7}, {"near", 1.0}}}, true);
-    EXPECT_EQ(beyond.ratio, 1e5);
-    ASSERT_EQ(beyond.priors.size(), 2u);
-    EXPECT_DOUBLE_EQ(beyond.priors.at("far"), 0.005);
-    EXPECT_DOUBLE_EQ(beyond.priors.at("near"), 0.01);
-    const double infinity = std::numeric_limits<double>::infinity();
-    const Acceptance endless =
-        acceptanceFor(models, options, {infinity, {{"far", infinity}}}, true);
-    EXPECT_EQ(endless.ratio, 1e5);
-    EXPECT_DOUBLE_EQ(endless.priors.at("far"), 1e-7 / 400);
+    EXPECT_EQ(users.priors, priors);
+    EXPECT_TRUE(acceptanceFor({}, options, found, false).priors.empty());
+    EXPECT_TRUE(acceptanceFor({}, options, {0.0, {{"far", 1e9}}}, true).priors.empty());
+    // They are of R, whatever that is.
+    options.acceptanceRatio = 3.0;
+    const Acceptance given = acceptanceFor({}, options, found, true);
+    EXPECT_EQ(given.ratio, 3.0);
+    EXPECT_EQ(given.priors, priors);
 }
 
-TEST(CalibrationTest, AGivenRatioTakesThePriorsWithIt) {
-    const std::vector<GestureModels> models = modelsNamed({"far", "near", "strict"});
-    const CalibratedRatios found{100.0, {{"far", 1e9}, {"near", 99.0}, {"strict", 250.0}}};
-    TrainingOptions options;
-    options.acceptanceRatio = 3.0;
-    const Acceptance given = acceptanceFor(models, options, found, true);
-    EXPECT_EQ(given.ratio, 3.0);
-    ASSERT_EQ(given.priors.size(), 2u);
-    EXPECT_DOUBLE_EQ(given.priors.at("far"), 1.0 / 400);
-    EXPECT_DOUBLE_EQ(given.priors.at("strict"), 0.4);
-    EXPECT_TRUE(acceptanceFor(models, options, {}, false).priors.empty());
-    // Where a file cannot hold the ratio, all priors say the rest and decide nothing else.
-    options.acceptanceRatio = 1e7;
-    const Acceptance strict = acceptanceFor(models, options, found, true);
-    EXPECT_EQ(strict.ratio, 1e5);
-    ASSERT_EQ(strict.priors.size(), 3u);
-    EXPECT_DOUBLE_EQ(strict.priors.at("far"), 0.01 / 400);
-    EXPECT_DOUBLE_EQ(strict.priors.at("near"), 0.01);
-    EXPECT_DOUBLE_EQ(strict.priors.at("strict"), 0.004);
-    const Acceptance untested = acceptanceFor(models, options, {}, false);
-    EXPECT_EQ(untested.ratio, 1e5);
-    EXPECT_EQ(untested.priors,
-              (std::map<std::string, double>{{"far", 0.01}, {"near", 0.01}, {"strict", 0.01}}));
+TEST(CalibrationTest, ARatioBeyondTheFileTakesManyTraces) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const TrainingOptions options;
+    EXPECT_EQ(acceptanceFor({}, options, {1e7, {}}, true).ratio, 1e5);
+    EXPECT_EQ(acceptanceFor({}, options, {infinity, {}}, true).ratio, 1e5);
+    const Acceptance many = acceptanceFor({}, options, {1e7, {{"far", 2e7}, {"near", 1.0}}}, true);
+    EXPECT_EQ(many.ratio, 1e7);
+    EXPECT_EQ(many.priors, (std::map<std::string, double>{{"far", 0.5}}));
+    const Acceptance endless = acceptanceFor({}, options, {infinity, {{"far", infinity}}}, true);
+    EXPECT_EQ(endless.ratio, 1e12);
+    EXPECT_DOUBLE_EQ(endless.priors.at("far"), 1.0 / 400);
+}
+
+// `check` compares with what a file holds; the rest decides nothing between gestures.
+TEST(CalibrationTest, WhatOfARatioIsNotStoredIsInEveryPi) {
+    std::vector<Trace> storage;
+    const std::vector<GestureModels> models = smallModels(straightSamples(storage));
+    const RecognitionModel plain = composed(models, quarters, 1e5);
+    const RecognitionModel strict = composed(models, quarters, 1e7);
+    EXPECT_EQ(strict.get().modelTransitionProb, plain.get().modelTransitionProb);
+    for (std::size_t g = 0; g < models.size(); ++g) {
+        EXPECT_EQ(plain.gestures()[g]->pi[0], 1.0);
+        EXPECT_EQ(strict.gestures()[g]->pi[0], 0.01);
+        EXPECT_EQ(strict.gestures()[g]->b.data, plain.gestures()[g]->b.data);
+    }
+    EXPECT_EQ(storedRatio(99.0), 99.0);
+    EXPECT_EQ(storedRatio(1e5 + 1.0), 1e5);
 }
 
 // P(gesture) shrinks by the prior, in the model as it reads back; nothing else changes.

@@ -65,12 +65,18 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
 /// What a gesture has to reach to be recognised.
 struct Acceptance {
     double ratio = 1.0;  ///< R: how much likelier than the threshold model it has to be
-    /// What the probability of a gesture that is asked for more counts for, above 0 and below 1.
+    /// What the probability of a gesture that is asked for more than R counts for, above 0 and
+    /// below 1.
     std::map<std::string, double> priors = {};
 };
 
+/// As much of a ratio as the six digits of a stored transition probability tell from any: 1e5 at
+/// most.
+double storedRatio(double ratio);
+
 /// The recognition model that gestures make together, as it reads back from its file. Priors are
-/// in the gestures' pi, which `check` weighs like any other.
+/// in the gestures' pi, which `check` weighs like any other, and so is what of the ratio cannot be
+/// stored.
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook,
                                          const Acceptance& acceptance, const std::string& name);
