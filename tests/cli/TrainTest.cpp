@@ -129,7 +129,9 @@ TEST_F(Train, TheShareOfFalseRejectionsMakesTheRatio) {
 
 TEST_F(Train, GesturesOfManyTracesAreAskedForMoreWhereTheyReachIt) {
     const std::string many = path("many.jsonl");
-    ASSERT_TRUE(succeeded(run({"generate", "-o", many, "--users", "5", "--repetitions", "11"})));
+    ASSERT_TRUE(succeeded(
+        run({"generate", "-o", many, "--users", "5", "--repetitions", "11", "--gesture", "spiral",
+             "--gesture", "eight", "--gesture", "caret", "--gesture", "check"})));
     const Outcome outcome = run({"train", many, "-o", path("m.txt"), "--states", "10"});
     ASSERT_TRUE(succeeded(outcome));
 
