@@ -53,17 +53,6 @@ void addGestureModel(Kit::Page& page, const Kit::RecognitionModel& model, std::s
                  fmt::format("{}: probability of each symbol in each state", title)});
 }
 
-/// That of the gestures that are asked for least.
-double leastRatio(const ModelSummary& summary) {
-    double largestPrior = 0.0;
-    for (const GestureSummary& gesture : summary.gestures) {
-        for (const SubModelSummary& it : gesture.models) {
-            largestPrior = std::max(largestPrior, it.prior);
-        }
-    }
-    return summary.acceptanceRatio / largestPrior;
-}
-
 }  // namespace
 
 Kit::Table modelTable(const Kit::RecognitionModel& model) {
@@ -79,7 +68,7 @@ Kit::Table modelTable(const Kit::RecognitionModel& model) {
              {"acceptance ratio",
               fmt::format("{:.4g}: so many times as likely as the threshold model a gesture has "
                           "to be",
-                          leastRatio(summary))},
+                          summary.acceptanceRatio)},
              {"proximity threshold", fmt::format("{:.6g}", it.proxFilterThreshold)},
              {"rotation", it.rotationAllowed ? "allowed" : "not allowed"},
              {"symbols", std::to_string(it.codebook.size())},

@@ -32,22 +32,33 @@ Json rangeJson(const Range& range) {
     return {{"smallest", range.smallest}, {"largest", range.largest}};
 }
 
+double priorOf(const Vesk::ML::LeftRightHMM& model) {
+    return std::accumulate(model.pi.begin(), model.pi.end(), 0.0);
+}
+
 }  // namespace
+
+double largestPrior(const Kit::RecognitionModel& model) {
+    double largest = 0.0;
+    for (const auto& it : model.gestures()) largest = std::max(largest, priorOf(*it));
+    return largest > 0.0 ? largest : 1.0;
+}
 
 ModelSummary summaryOf(const Kit::RecognitionModel& model) {
     ModelSummary summary{};
+    const double usual = largestPrior(model);
     for (const std::string& name : model.gestureNames()) {
         GestureSummary gesture{name, {}};
         for (const auto& it : model.gestures()) {
             if (it->name != name) continue;
-            gesture.models.push_back({it->numStates, it->delta,
-                                      std::accumulate(it->pi.begin(), it->pi.end(), 0.0),
+            gesture.models.push_back({it->numStates, it->delta, priorOf(*it) / usual,
                                       rangeOfOthers(it->a.data), rangeOf(it->b.data)});
         }
         summary.gestures.push_back(gesture);
     }
     // The weight is never 0: a transition probability of exactly 1 makes it 1.
-    summary.acceptanceRatio = model.get().modelTransitionProb / model.get().gestureTransitionProb;
+    summary.acceptanceRatio =
+        model.get().modelTransitionProb / model.get().gestureTransitionProb / usual;
     return summary;
 }
 

@@ -37,14 +37,11 @@ Kit::GestureTrainer makeTrainer(const Options& options) {
 }
 
 /// How many gestures are asked for more than the ratio.
-std::size_t strictGestures(const Kit::TrainingResult& result) {
-    constexpr double rounding = 1e-3;  // a file has six digits
-    const ModelSummary summary = summaryOf(result.model);
-    const double ratio = result.report.acceptanceRatio * (1.0 + rounding);
-    return static_cast<std::size_t>(std::count_if(
-        summary.gestures.begin(), summary.gestures.end(), [&](const GestureSummary& it) {
-            return summary.acceptanceRatio / it.models.front().prior > ratio;
-        }));
+std::size_t strictGestures(const Kit::RecognitionModel& model) {
+    const ModelSummary summary = summaryOf(model);
+    return static_cast<std::size_t>(
+        std::count_if(summary.gestures.begin(), summary.gestures.end(),
+                      [](const GestureSummary& it) { return it.models.front().prior < 1.0; }));
 }
 
 /// Four digits that count, no exponent.
@@ -69,7 +66,7 @@ std::string reportText(const Kit::TrainingResult& result, std::size_t users, boo
             : "";
     text += "a gesture has to be " + ratioText(report.acceptanceRatio) +
             " times as likely as the threshold model" + (ratioWasGiven ? "" : how) + "\n";
-    const std::size_t strict = strictGestures(result);
+    const std::size_t strict = strictGestures(result.model);
     if (strict > 0) {
         text += "the ratio is higher for " + counted(strict, "gesture") +
                 (ratioWasGiven ? how : "") + ": vesk inspect shows them\n";

@@ -18,20 +18,21 @@ void TrainingInput::addTo(CLI::App& line) {
         ->excludes("--symbols")
         ->type_name("FILE");
     line.add_option("--ratio", training.acceptanceRatio,
-                    "How many times as likely as the threshold model a gesture has to be, some of "
-                    "many traces more; below 1 it may be less likely [calibrated on people, or "
-                    "traces, left out]")
+                    "How many times as likely as the threshold model a gesture has to be (those of "
+                    "many traces may be asked for more); below 1 it may be less likely [calibrated "
+                    "on people, or traces, left out]")
         ->transform(numberIn(1e-6, 1e12))
         ->type_name("R");
     line.add_option("--false-rejection", training.falseRejection,
-                    "Share of right traces that calibration gives up for a stricter ratio")
+                    "Share of right traces that calibration, and in an evaluation the template "
+                    "matcher, gives up for a stricter threshold")
         ->capture_default_str()
         ->excludes("--ratio")
         ->transform(numberIn(0.0, 0.5))
         ->type_name("SHARE");
     line.add_flag("--no-calibration", uncalibrated,
-                  "Take the ratio, or the ordinary one (1e3, or 1e4 with sub-models), for all "
-                  "gestures untested")
+                  "Calibrate nothing: all gestures get the ratio, or the ordinary one (1e3, or 1e4 "
+                  "with sub-models)")
         ->excludes("--false-rejection");
 }
 

@@ -58,7 +58,7 @@ std::string trialsText(const Kit::TuningResult& result) {
     return text;
 }
 
-/// The decades of the curve at which more than half is not rejected, and the ratio chosen.
+/// The decades of the curve up to where more than half is rejected, and the ratio chosen.
 std::string curveText(const TuningFindings& findings) {
     constexpr std::size_t width = 16;
     constexpr double leastShown = 0.9;

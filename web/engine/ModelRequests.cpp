@@ -103,7 +103,9 @@ Answer setStrictness(const Call& call) {
         throw Kit::InputError("found no ratio above 0, expected one");
     Kit::RecognitionModel model = call.engine.recognizer().model().clone();
     Vesk::ML::RecognitionModelHMM settings = model.get();
-    settings.modelTransitionProb = ratio / (ratio + static_cast<double>(model.gestures().size()));
+    // What of the ratio is in every pi stays there.
+    const double rest = ratio * Tool::largestPrior(model);
+    settings.modelTransitionProb = rest / (rest + static_cast<double>(model.gestures().size()));
     model.build(settings);
     call.engine.use(Kit::asStored(model), "model");
     const Kit::RecognitionModel& stored = call.engine.recognizer().model();

@@ -35,7 +35,9 @@ struct Outcome {
     Rejection rejection;   ///< why the models rejected it
     double margin;         ///< as in Result, a natural logarithm
 
-    /// What the models would answer at other acceptance ratios: GestureRecognizer::answers.
+    /// What the models would answer at other acceptance ratios, single gestures asked for more as
+    /// they are: GestureRecognizer::answers, but by the whole of R
+    /// (TrainingOptions::acceptanceRatio).
     std::vector<Answer> answers = {};
 
     /// The same where the trace's own gesture was never trained; empty where that was not asked.

@@ -73,7 +73,8 @@ using TuningObserver = std::function<void(const TuningProgress&)>;
 /// test traces gets into its models, and what is not in the folds gets into nothing.
 ///
 /// Same bits at any number of threads. InputError as `evaluate`, and for options out of range. At
-/// most 1 + rounds * (values in all) evaluations, without templates; the outcomes of two are held.
+/// most 1 + rounds * (values in all) evaluations, without templates, each calibrated as its
+/// training is (`TrainingOptions::calibrate`); the outcomes of two are held.
 TuningResult tune(const std::vector<Trace>& traces, const std::vector<Fold>& folds,
                   const TuningOptions& options, const TuningObserver& observer = {});
 

@@ -87,8 +87,8 @@ public:
 
     /// What the answers would be at other acceptance ratios R: how many times as likely as the
     /// threshold model a gesture has to be, as a whole and in its last state. By falling ratio;
-    /// each gesture is likelier than the one before. Empty for a trace that is never recognised.
-    /// Errors and cost as `recognize`.
+    /// each gesture is likelier than the one before. R is the transition probability's; what is in
+    /// pi stays. Empty for a trace that is never recognised. Errors and cost as `recognize`.
     std::vector<Answer> answers(const Trace& trace) const;
 
     /// Recognises positions in memory: the same for a trace of nothing else.

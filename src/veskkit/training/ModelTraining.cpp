@@ -33,10 +33,8 @@ constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
 
-constexpr double largestStoredRatio = 1e5;
-
 /// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
-constexpr double largestOddsOfThreshold = 1e5;
+constexpr double largestStoredRatio = 1e5;
 
 using Sequences = std::vector<std::vector<int>>;
 
@@ -158,13 +156,12 @@ double storedValue(double value) {
     return result;
 }
 
-double transitionProbability(double ratio, std::size_t K) {
-    const auto models = static_cast<double>(K);
-    const double kept = std::min(ratio, largestOddsOfThreshold * models);
-    return kept / (kept + models);
-}
-
 double storedRatio(double ratio) { return std::min(ratio, largestStoredRatio); }
+
+double transitionProbability(double ratio, std::size_t K) {
+    const double stored = storedRatio(ratio);
+    return stored / (stored + static_cast<double>(K));
+}
 
 double acceptanceRatio(double p, std::size_t K) { return p * static_cast<double>(K) / (1.0 - p); }
 
@@ -229,12 +226,12 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
                                          const Acceptance& acceptance, const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
-    const double stored = storedRatio(acceptance.ratio);
+    const double rest = storedRatio(acceptance.ratio) / acceptance.ratio;
     for (const GestureModels& gesture : gestures) {
         const auto prior = acceptance.priors.find(gesture.report.gesture);
         const double weight = prior == acceptance.priors.end() ? 1.0 : prior->second;
         for (LeftRightHMM model : gesture.fine) {
-            for (double& first : model.pi) first *= weight * (stored / acceptance.ratio);
+            for (double& first : model.pi) first *= weight * rest;
             result.add(std::move(model));
         }
         coarse.push_back(gesture.coarse);
@@ -244,7 +241,8 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
     settings.codebook = codebook;
     settings.proxFilterThreshold = 0.0f;
     settings.rotationAllowed = false;
-    settings.modelTransitionProb = transitionProbability(stored, result.gestures().size());
+    settings.modelTransitionProb =
+        transitionProbability(acceptance.ratio, result.gestures().size());
     result.build(settings);
     return asStored(result);
 }

@@ -183,7 +183,8 @@ Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const Train
     const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
     if (!(calibrated.all > 0.0)) return {customary};
     const double wanted = std::clamp(calibrated.all, leastRatio, largestRatio);
-    // What was found on few traces is not to put gestures out of reach.
+    // Beyond what a file's transition probability holds only where some gesture has many traces:
+    // found on few all round it would be chance.
     const double found = calibrated.own.empty() ? storedRatio(wanted) : wanted;
     // Of other people's traces nothing is known without users: what is customary stays.
     if (!runsAreUsers) return {std::min(customary, found)};

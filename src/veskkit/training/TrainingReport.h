@@ -30,7 +30,8 @@ struct TrainingReport {
     std::vector<std::string> skipped;     ///< one line for every trace that was left out
     std::vector<std::string> warnings;    ///< one line each: renamed labels, few traces, ...
     double acceptanceRatio = 0.0;         ///< R that the model was given
-    std::size_t calibrationRuns = 0;      ///< trainings that R was calibrated on; 0: not calibrated
+    std::size_t calibrationRuns = 0;      ///< trainings that ratios were calibrated on, where R
+                                          ///< was given only those of single gestures; 0: none
 };
 
 }  // namespace Vesk::Kit

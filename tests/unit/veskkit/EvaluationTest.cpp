@@ -148,6 +148,23 @@ TEST(EvaluationTest, AnswersAtTheModelsOwnRatioAreItsVerdicts) {
     EXPECT_GT(accepted, 0U);
 }
 
+TEST(EvaluationTest, AnswersAreByAllOfARatioThatNoTransitionProbabilityHolds) {
+    EvaluationOptions options;
+    options.training.iterations = 1;
+    options.training.acceptanceRatio = 1e7;
+    const std::vector<Trace> traces = drawnTraces(8, 3, 3, 0.25);
+    std::size_t accepted = 0;
+    std::size_t acceptedByLaxer = 0;
+    for (const Outcome& outcome : evaluate(traces, leaveOneUserOut(traces), options)) {
+        EXPECT_EQ(answerAt(outcome.answers, std::log(1e7)), outcome.models.gesture);
+        EXPECT_EQ(answerAt(outcome.answersAsUnknown, std::log(1e7)), outcome.models.asUnknown);
+        accepted += outcome.models.gesture.empty() ? 0 : 1;
+        acceptedByLaxer += answerAt(outcome.answers, std::log(1e5)).empty() ? 0 : 1;
+    }
+    EXPECT_GT(accepted, 0U);
+    EXPECT_GT(acceptedByLaxer, accepted);
+}
+
 TEST(EvaluationTest, WithoutTheTemplateMatcherTheRestIsTheSame) {
     const std::vector<Trace> traces = drawnTraces(9, 2, 2);
     EvaluationOptions options = quickly();

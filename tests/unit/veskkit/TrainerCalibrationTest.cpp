@@ -37,6 +37,22 @@ TEST(TrainerCalibrationTest, CalibratesByTraceWithFewerOrUnknownUsers) {
     EXPECT_EQ(trainQuick(traces).report.calibrationRuns, 4u);
 }
 
+// Only what single gestures are asked for is found then, which takes 50 traces and users.
+TEST(TrainerCalibrationTest, AGivenRatioIsCalibratedForGesturesOfManyTraces) {
+    TrainingOptions options = quick();
+    options.acceptanceRatio = 50.0;
+    const auto reportOf = [&](const std::vector<Trace>& traces) {
+        return GestureTrainer(options).train(traces).report;
+    };
+    std::vector<Trace> traces = drawnTraces(1, 5, 10, 0.2);
+    const TrainingReport many = reportOf(traces);
+    EXPECT_EQ(many.calibrationRuns, 5u);
+    EXPECT_EQ(many.acceptanceRatio, 50.0);
+    EXPECT_EQ(reportOf(drawnTraces(1, 7, 7, 0.2)).calibrationRuns, 0u) << "49 of each gesture";
+    for (Trace& trace : traces) trace.user.clear();
+    EXPECT_EQ(reportOf(traces).calibrationRuns, 0u);
+}
+
 TEST(TrainerCalibrationTest, CalibrationGivesUpTheShareAskedFor) {
     const std::vector<Trace> traces = drawnTraces(1, 6, 6, 0.4);
     const auto ratioAt = [&](double falseRejection) {

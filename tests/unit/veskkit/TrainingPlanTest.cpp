@@ -66,6 +66,12 @@ TEST(TrainingPlanTest, WithoutUsersAndWithoutCalibrationToo) {
     expectSameAsTrainer(byNobody(12), options);
 }
 
+TEST(TrainingPlanTest, AGivenRatioIsCalibratedForGesturesOfManyTraces) {
+    TrainingOptions options = quick();
+    options.acceptanceRatio = 50.0;
+    expectSameAsTrainer(drawnTraces(5, 3, 17), options);
+}
+
 TEST(TrainingPlanTest, GesturesOfOneUserAreLeftOutOfThatUsersRun) {
     std::vector<Trace> traces = drawnTraces(5, 3, 2);
     const std::string lonely = traces.front().gesture;

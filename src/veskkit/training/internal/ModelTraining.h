@@ -70,19 +70,18 @@ struct Acceptance {
     std::map<std::string, double> priors = {};
 };
 
-/// As much of a ratio as the six digits of a stored transition probability tell from any: 1e5 at
-/// most.
+/// What of a ratio goes into the transition probability, whose six digits hold up to 1e5.
 double storedRatio(double ratio);
 
 /// The recognition model that gestures make together, as it reads back from its file. Priors are
-/// in the gestures' pi, which `check` weighs like any other, and so is what of the ratio cannot be
-/// stored.
+/// in the gestures' pi, which `check` weighs like any other, and so is the rest of the ratio.
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook,
                                          const Acceptance& acceptance, const std::string& name);
 
 /// The transition probability p at which a gesture has to be `ratio` times as likely as the
-/// threshold model: with K gesture models its weight is (1 - p) / K, so p = R / (R + K).
+/// threshold model, as much of that as it holds: with K gesture models its weight is (1 - p) / K,
+/// so p = R / (R + K).
 double transitionProbability(double ratio, std::size_t K);
 
 /// The ratio that a stored transition probability stands for: R = p K / (1 - p).
