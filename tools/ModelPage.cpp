@@ -3,6 +3,7 @@
 #include "ModelSummary.h"
 #include "Text.h"
 
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/report/ModelPlots.h>
 
 #include <fmt/format.h>
@@ -26,11 +27,13 @@ std::string rangeText(const Range& range) {
     return fmt::format("{:.3g} to {:.3g}", range.smallest, range.largest);
 }
 
-/// The gesture models of each gesture, by their places.
+/// The gesture models of each gesture, by their places; no turned copies.
 std::vector<std::vector<std::size_t>> byGesture(const Kit::RecognitionModel& model) {
     std::vector<std::vector<std::size_t>> groups;
     std::map<std::string, std::size_t> known;
-    for (std::size_t m = 0; m < model.gestures().size(); ++m) {
+    const std::vector<std::size_t> originals = Kit::originalsOf(model);
+    for (std::size_t m = 0; m < originals.size(); ++m) {
+        if (originals[m] != m) continue;
         const auto [place, isNew] = known.try_emplace(model.gestures()[m]->name, groups.size());
         if (isNew) groups.emplace_back();
         groups[place->second].push_back(m);
@@ -53,6 +56,19 @@ void addGestureModel(Kit::Page& page, const Kit::RecognitionModel& model, std::s
                  fmt::format("{}: probability of each symbol in each state", title)});
 }
 
+/// "16 in 69 models and 276 turned copies of these"
+std::string gesturesText(const ModelSummary& summary) {
+    std::size_t models = 0;
+    std::size_t copies = 0;
+    for (const GestureSummary& gesture : summary.gestures) {
+        models += gesture.models.size();
+        for (const SubModelSummary& it : gesture.models) copies += it.turnedCopies;
+    }
+    std::string text = fmt::format("{} in {}", summary.gestures.size(), counted(models, "model"));
+    if (copies > 0) text += fmt::format(" and {} turned copies of these", copies);
+    return text;
+}
+
 }  // namespace
 
 Kit::Table modelTable(const Kit::RecognitionModel& model) {
@@ -61,8 +77,7 @@ Kit::Table modelTable(const Kit::RecognitionModel& model) {
     return {"The model",
             {{"property"}, {"value"}},
             {{"name", it.name},
-             {"gestures", fmt::format("{} in {}", summary.gestures.size(),
-                                      counted(model.gestures().size(), "model"))},
+             {"gestures", gesturesText(summary)},
              {"threshold model", counted(it.numStates, "state")},
              {"transition probability", fmt::format("{:.6g}", it.modelTransitionProb)},
              {"acceptance ratio",

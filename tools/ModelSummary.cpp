@@ -1,5 +1,7 @@
 #include "ModelSummary.h"
 
+#include <veskkit/recognition/TurnedCopies.h>
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -47,12 +49,16 @@ double largestPrior(const Kit::RecognitionModel& model) {
 ModelSummary summaryOf(const Kit::RecognitionModel& model) {
     ModelSummary summary{};
     const double usual = largestPrior(model);
+    const std::vector<std::size_t> originals = Kit::originalsOf(model);
     for (const std::string& name : model.gestureNames()) {
         GestureSummary gesture{name, {}};
-        for (const auto& it : model.gestures()) {
-            if (it->name != name) continue;
-            gesture.models.push_back({it->numStates, it->delta, priorOf(*it) / usual,
-                                      rangeOfOthers(it->a.data), rangeOf(it->b.data)});
+        for (std::size_t m = 0; m < originals.size(); ++m) {
+            const Vesk::ML::LeftRightHMM& it = *model.gestures()[m];
+            if (originals[m] != m || it.name != name) continue;
+            const auto all = std::count(originals.begin(), originals.end(), m);
+            gesture.models.push_back({it.numStates, it.delta, priorOf(it) / usual,
+                                      rangeOfOthers(it.a.data), rangeOf(it.b.data),
+                                      static_cast<std::size_t>(all) - 1});
         }
         summary.gestures.push_back(gesture);
     }
@@ -80,7 +86,8 @@ std::string summaryJson(const Kit::RecognitionModel& model) {
                               {"delta", own.delta},
                               {"prior", own.prior},
                               {"transitions", rangeJson(own.transitions)},
-                              {"emissions", rangeJson(own.emissions)}});
+                              {"emissions", rangeJson(own.emissions)},
+                              {"turnedCopies", own.turnedCopies}});
         }
         json["gestures"].push_back({{"gesture", gesture.name}, {"models", models}});
     }

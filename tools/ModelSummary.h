@@ -3,6 +3,7 @@
 
 #include <veskkit/recognition/RecognitionModel.h>
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -20,9 +21,10 @@ struct SubModelSummary {
                         ///< more is asked for
     Range transitions;  ///< of those that are not 0
     Range emissions;
+    std::size_t turnedCopies;  ///< that stand beside it in the model
 };
 
-/// The models that carry one name.
+/// The models that carry one name, but for turned copies.
 struct GestureSummary {
     std::string name;
     std::vector<SubModelSummary> models;

@@ -57,6 +57,10 @@ std::string reportText(const Kit::TrainingResult& result, std::size_t users, boo
     std::string text = fmt::format("{} of {} by {}: {}\n", counted(report.traces, "trace"),
                                    counted(report.gestures.size(), "gesture"),
                                    counted(users, "user"), counted(models, "model"));
+    if (report.turns > 0) {
+        text += fmt::format("models of 20 traces or more also turned, {} to either side\n",
+                            counted(static_cast<std::size_t>(report.turns), "time"));
+    }
     if (!report.skipped.empty()) {
         text += counted(report.skipped.size(), "trace") + " left out\n";
     }

@@ -66,6 +66,11 @@ void TrainingInput::addSettingsTo(CLI::App& line) {
         ->capture_default_str()
         ->transform(numberIn(0, 1000))
         ->type_name("N");
+    line.add_option("--turns", training.turns,
+                    "Copies of each model, turned by 22.5 degrees and more, to either side [2 "
+                    "where users left out are recognised no worse so, else 0]")
+        ->transform(numberIn(0, 4))
+        ->type_name("N");
     line.add_flag("--skip-bad", training.skipBad,
                   "Leave out traces that have no direction instead of refusing them");
     line.add_option("--threads", training.threads,

@@ -89,6 +89,7 @@ void visit(TrainingOptions& options, Visitor& visitor) {
     visitor("emission_floor", options.emissionFloor);
     visitor("smoothing", options.smoothing);
     visitor("discrimination", options.discrimination);
+    visitor("turns", options.turns);
     visitor("threshold_states", options.thresholdStates);
     visitor("threshold_smoothing", options.thresholdSmoothing);
     visitor("acceptance_ratio", options.acceptanceRatio);

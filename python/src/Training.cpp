@@ -123,7 +123,7 @@ py::tuple stateOf(const TellApartTask& task) {
     py::list gestures;
     for (const GestureModels& models : task.gestures) gestures.append(stateOf(models));
     return py::make_tuple(dictOf(task.options), arrayOf(task.codebook), gestures,
-                          stateOf(task.training), stateOf(task.test), task.stride);
+                          stateOf(task.training), stateOf(task.test), task.turns, task.stride);
 }
 
 TellApartTask tellApartTaskFrom(const py::tuple& state) {
@@ -132,7 +132,8 @@ TellApartTask tellApartTaskFrom(const py::tuple& state) {
                        {},
                        sequencesFromState(state[3]),
                        sequencesFromState(state[4]),
-                       state[5].cast<std::size_t>()};
+                       state[5].cast<std::vector<int>>(),
+                       state[6].cast<std::size_t>()};
     for (const py::handle item : state[2]) {
         task.gestures.push_back(modelsFrom(item.cast<py::tuple>()));
     }
@@ -142,9 +143,13 @@ TellApartTask tellApartTaskFrom(const py::tuple& state) {
 py::tuple stateOf(const ToldApart& part) {
     py::list gestures;
     for (const GestureModels& models : part.gestures) gestures.append(stateOf(models));
-    py::dict ratios;
-    for (const auto& [gesture, values] : part.logRatios) ratios[textOf(gesture)] = arrayOf(values);
-    return py::make_tuple(gestures, ratios);
+    py::list answers;
+    for (const auto& some : part.logRatios) {
+        py::dict ratios;
+        for (const auto& [gesture, values] : some) ratios[textOf(gesture)] = arrayOf(values);
+        answers.append(ratios);
+    }
+    return py::make_tuple(gestures, answers, part.gained, part.lost);
 }
 
 ToldApart toldApartFrom(const py::tuple& state) {
@@ -152,9 +157,14 @@ ToldApart toldApartFrom(const py::tuple& state) {
     for (const py::handle item : state[0]) {
         part.gestures.push_back(modelsFrom(item.cast<py::tuple>()));
     }
-    for (const auto& [gesture, values] : state[1].cast<py::dict>()) {
-        part.logRatios[bytesFrom(py::str(gesture))] = vectorFrom(values, "log_ratios");
+    for (const py::handle item : state[1]) {
+        auto& ratios = part.logRatios.emplace_back();
+        for (const auto& [gesture, values] : item.cast<py::dict>()) {
+            ratios[bytesFrom(py::str(gesture))] = vectorFrom(values, "log_ratios");
+        }
     }
+    part.gained = state[2].cast<std::size_t>();
+    part.lost = state[3].cast<std::size_t>();
     return part;
 }
 
@@ -183,6 +193,7 @@ py::dict dictOfReport(const TrainingReport& report) {
     values["skipped"] = report.skipped;
     values["warnings"] = report.warnings;
     values["acceptance_ratio"] = report.acceptanceRatio;
+    values["turns"] = report.turns;
     values["calibration_runs"] = report.calibrationRuns;
     return values;
 }

@@ -38,6 +38,8 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     emission_floor : least emission before a row is normalised.
     smoothing : degrees that emissions are smoothed over. None: 22, or 28 for few traces.
     discrimination : rounds in which models learn to tell each other's traces apart.
+    turns : copies of models of 20 traces or more, turned by 22.5 degrees and more, to either
+        side. None: 2 where users left out are recognised no worse so, else 0.
     threshold_states, threshold_smoothing : of the threshold model.
     acceptance_ratio : how much likelier than the threshold model a gesture has to be. None:
         calibrated where `calibrate`, by leaving out users (`groups` of `fit`) or traces.
@@ -77,6 +79,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         emission_floor: float = 1e-3,
         smoothing: float | None = None,
         discrimination: int = 24,
+        turns: int | None = None,
         threshold_states: int = 4,
         threshold_smoothing: float = 30.0,
         acceptance_ratio: float | None = None,
@@ -102,6 +105,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         self.emission_floor = emission_floor
         self.smoothing = smoothing
         self.discrimination = discrimination
+        self.turns = turns
         self.threshold_states = threshold_states
         self.threshold_smoothing = threshold_smoothing
         self.acceptance_ratio = acceptance_ratio

@@ -23,7 +23,9 @@ constexpr double sacrificeOfOneGesture = 0.5;
 constexpr double slackOfOneGesture = 2.0;  // equal traces must not stand right on the ratio
 constexpr std::size_t fewestOwnTraces = 50;
 constexpr double falseRejectionOfOwn = 0.02;
-constexpr double slackOfOwn = 7.4;
+constexpr double slackOfOwn = 3.0;
+constexpr int usualTurns = 2;
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Per user, in the order of their names, the run that leaves them out.
 std::map<std::string, std::size_t> runOfUsers(const std::vector<GestureSamples>& gestures) {
@@ -73,6 +75,21 @@ double quantile(std::vector<double> values, double share) {
     return values[std::min(index, values.size() - 1)];
 }
 
+/// The model of a run that is asked, and the logarithm of the ratio that its margins are above.
+struct Asked {
+    Asked(const std::vector<GestureModels>& gestures, const std::vector<double>& codebook,
+          int turns)
+        : recognizer(
+              composeRecognitionModel(gestures, codebook, {}, turns, TrainingOptions().name)) {
+        const RecognitionModel& model = recognizer.model();
+        required =
+            std::log(acceptanceRatio(model.get().modelTransitionProb, model.gestures().size()));
+    }
+
+    GestureRecognizer recognizer;
+    double required;
+};
+
 }  // namespace
 
 std::vector<CalibrationRun> runsByUser(const std::vector<GestureSamples>& gestures) {
@@ -106,41 +123,67 @@ bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures) {
     });
 }
 
-LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
-                      const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
-                      std::size_t stride) {
-    RecognitionModel model =
-        composeRecognitionModel(gestures, codebook, {}, TrainingOptions().name);
-    const double required =
-        std::log(acceptanceRatio(model.get().modelTransitionProb, model.gestures().size()));
-    const GestureRecognizer recognizer(std::move(model));
-    LogRatios ratios;
+bool anyMayBeTurned(const std::vector<GestureSamples>& gestures) {
+    return std::any_of(gestures.begin(), gestures.end(),
+                       [](const GestureSamples& it) { return mayBeTurned(it.samples.size()); });
+}
+
+std::vector<int> turnsToTry(const std::vector<GestureSamples>& gestures,
+                            const TrainingOptions& options, bool runsAreUsers) {
+    if (options.turns) return {*options.turns};
+    if (runsAreUsers && anyMayBeTurned(gestures)) return {0, usualTurns};
+    return {0};
+}
+
+RunAnswers answersOf(const std::vector<GestureModels>& gestures,
+                     const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
+                     const std::vector<int>& turns, std::size_t stride) {
+    std::vector<Asked> asked;
+    for (const int count : turns) asked.emplace_back(gestures, codebook, count);
+    RunAnswers answers;
+    answers.ratios.resize(turns.size());
     std::size_t count = 0;
     for (const GestureSamples& gesture : test) {
         for (const Sample& sample : gesture.samples) {
             if (count++ % stride != 0) continue;
-            const Result result = recognizer.recognizeSymbols(sample.symbols);
-            if (result.scores.empty() || result.scores.front().gesture != gesture.gesture) continue;
-            // A probability of zero is no matter of the ratio.
-            if (result.margin == -std::numeric_limits<double>::infinity()) continue;
-            ratios[gesture.gesture].push_back(result.margin + required);
+            std::vector<bool> right;
+            for (std::size_t n = 0; n < asked.size(); ++n) {
+                const Result result = asked[n].recognizer.recognizeSymbols(sample.symbols);
+                right.push_back(!result.scores.empty() &&
+                                result.scores.front().gesture == gesture.gesture);
+                // A probability of zero is no matter of the ratio.
+                if (!right.back() || result.margin == -infinity) continue;
+                answers.ratios[n][gesture.gesture].push_back(result.margin + asked[n].required);
+            }
+            if (right.back() && !right.front()) ++answers.gained;
+            if (right.front() && !right.back()) ++answers.lost;
         }
     }
-    return ratios;
+    return answers;
 }
 
-CalibratedRatios ratiosOf(const std::vector<LogRatios>& runs, double falseRejection) {
+CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector<int>& turns,
+                          double falseRejection) {
+    double gained = 0.0;
+    double lost = 0.0;
+    for (const RunAnswers& run : runs) {
+        gained += static_cast<double>(run.gained);
+        lost += static_cast<double>(run.lost);
+    }
+    const std::size_t chosen = lost - gained > std::sqrt(lost + gained) ? 0 : turns.size() - 1;
+    CalibratedRatios result;
+    result.turns = turns[chosen];
+
     LogRatios ratios;
     std::vector<double> all;
-    for (const LogRatios& run : runs) {
-        for (const auto& [gesture, own] : run) {
+    for (const RunAnswers& run : runs) {
+        for (const auto& [gesture, own] : run.ratios[chosen]) {
             ratios[gesture].insert(ratios[gesture].end(), own.begin(), own.end());
             all.insert(all.end(), own.begin(), own.end());
         }
     }
-    if (all.empty()) return {};
-    CalibratedRatios result;
-    double least = std::numeric_limits<double>::infinity();
+    if (all.empty()) return result;
+    double least = infinity;
     for (const auto& [gesture, own] : ratios) {
         least = std::min(least, quantile(own, sacrificeOfOneGesture));
         if (own.size() < fewestOwnTraces) continue;
@@ -152,20 +195,20 @@ CalibratedRatios ratiosOf(const std::vector<LogRatios>& runs, double falseReject
 }
 
 CalibratedRatios calibrateRatios(const std::vector<CalibrationRun>& runs,
-                                 const std::vector<double>& codebook,
+                                 const std::vector<double>& codebook, const std::vector<int>& turns,
                                  const TrainingOptions& options,
                                  const std::function<void()>& step) {
     const TrainingOptions quick = calibrationOptions(options);
     const std::size_t stride = testStride(runs);
-    std::vector<LogRatios> ratios;
+    std::vector<RunAnswers> answers;
     for (const CalibrationRun& run : runs) {
         std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, step);
         std::vector<const GestureSamples*> samples;
         for (const GestureSamples& gesture : run.training) samples.push_back(&gesture);
         discriminate(gestures, samples, codebook, quick, step);
-        ratios.push_back(logRatiosOf(gestures, run.test, codebook, stride));
+        answers.push_back(answersOf(gestures, run.test, codebook, turns, stride));
     }
-    return ratiosOf(ratios, options.falseRejection);
+    return ratiosOf(answers, turns, options.falseRejection);
 }
 
 }  // namespace Vesk::Kit::internal

@@ -45,6 +45,7 @@ void requireOptions(const TrainingOptions& options) {
     requireRange("emission floor", options.emissionFloor, 1e-12, 0.1);
     if (options.smoothing) requireRange("smoothing", *options.smoothing, 0.0, 180.0);
     requireRange("rounds of discrimination", options.discrimination, 0, 1000);
+    if (options.turns) requireRange("turned copies", *options.turns, 0, 4);
     requireRange("threshold states", options.thresholdStates, 2, 200);
     requireRange("threshold smoothing", options.thresholdSmoothing, 0.0, 180.0);
     if (options.acceptanceRatio) {

@@ -33,6 +33,9 @@ constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
 
+constexpr double turnOfCopies = 22.5;   ///< degrees from one copy to the next
+constexpr double weightOfATurn = 0.01;  ///< people turn their gestures a little, but rarely
+
 /// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
 constexpr double largestStoredRatio = 1e5;
 
@@ -143,7 +146,23 @@ RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
     return composed;
 }
 
+/// Copies of the model to either side, each weighed less than the one before.
+void addTurned(RecognitionModel& model, const LeftRightHMM& gesture,
+               const std::vector<double>& codebook, int turns) {
+    double weight = 1.0;
+    for (int n = 1; n <= turns; ++n) {
+        weight *= weightOfATurn;
+        for (const double turn : {-n * turnOfCopies, n * turnOfCopies}) {
+            LeftRightHMM copy = turned(gesture, codebook, turn);
+            for (double& first : copy.pi) first *= weight;
+            model.add(std::move(copy));
+        }
+    }
+}
+
 }  // namespace
+
+bool mayBeTurned(std::size_t traces) { return traces >= enoughForSubModels; }
 
 double storedValue(double value) {
     std::stringstream text;
@@ -223,16 +242,21 @@ std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gest
 
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook,
-                                         const Acceptance& acceptance, const std::string& name) {
+                                         const Acceptance& acceptance, int turns,
+                                         const std::string& name) {
     RecognitionModel result;
     std::vector<LeftRightHMM> coarse;
     const double rest = storedRatio(acceptance.ratio) / acceptance.ratio;
     for (const GestureModels& gesture : gestures) {
         const auto prior = acceptance.priors.find(gesture.report.gesture);
         const double weight = prior == acceptance.priors.end() ? 1.0 : prior->second;
-        for (LeftRightHMM model : gesture.fine) {
+        std::vector<LeftRightHMM> fine = gesture.fine;
+        for (LeftRightHMM& model : fine) {
             for (double& first : model.pi) first *= weight * rest;
-            result.add(std::move(model));
+            result.add(model);
+        }
+        if (mayBeTurned(gesture.report.traces)) {
+            for (const LeftRightHMM& model : fine) addTurned(result, model, codebook, turns);
         }
         coarse.push_back(gesture.coarse);
     }

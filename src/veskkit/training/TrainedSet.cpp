@@ -156,24 +156,27 @@ RecognitionModel TrainedSet::composeWithout(const std::string& gesture,
         theirs.push_back(&samples[g]);
     }
     discriminate(parts, theirs, codebook, options, step);
-    return composeRecognitionModel(parts, codebook, acceptance, options.name);
+    return composeRecognitionModel(parts, codebook, acceptance, report.turns, options.name);
 }
 
 PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options) {
     if (traces.empty()) throw InputError("found no traces, expected at least 1");
-    PreparedSet set{storedCodebook(options), {}, {}, false, {}};
+    PreparedSet set{storedCodebook(options), {}, {}, false, {}, {}};
     Preparer preparer(options, set.codebook, set.report);
     for (const Trace* trace : traces) preparer.take(*trace);
     set.samples = preparer.gestures();
     warnOfFewTraces(set.samples, set.report);
     warnOfShortSequences(set.samples, options, set.report);
 
-    if (options.calibrate && (!options.acceptanceRatio || anyMayHaveItsOwnRatio(set.samples))) {
+    const bool isOpen = !options.acceptanceRatio || anyMayHaveItsOwnRatio(set.samples) ||
+                        (!options.turns && anyMayBeTurned(set.samples));
+    if (options.calibrate && isOpen) {
         set.runs = runsByUser(set.samples);
         set.runsAreUsers = !set.runs.empty();
         // Without users nothing but R itself is calibrated.
         if (!set.runsAreUsers && !options.acceptanceRatio) set.runs = runsBySample(set.samples);
     }
+    set.turns = turnsToTry(set.samples, options, set.runsAreUsers);
     set.report.calibrationRuns = set.runs.size();
     return set;
 }
@@ -206,7 +209,7 @@ TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptio
     for (const CalibrationRun& run : prepared.runs) expect(run.training.size());
 
     const CalibratedRatios found =
-        calibrateRatios(prepared.runs, prepared.codebook, options, std::ref(steps));
+        calibrateRatios(prepared.runs, prepared.codebook, prepared.turns, options, std::ref(steps));
     TrainedSet set{options, std::move(prepared.samples), {}, std::move(prepared.codebook),
                    {},      std::move(prepared.report)};
     set.gestures = trainGestures(set.samples, set.codebook, options, std::ref(steps));
@@ -214,6 +217,7 @@ TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptio
         set.report.gestures.push_back(gesture.report);
     }
     set.acceptance = acceptanceFor(set.gestures, options, found, prepared.runsAreUsers);
+    set.report.turns = found.turns;
     return set;
 }
 

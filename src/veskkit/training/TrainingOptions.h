@@ -48,6 +48,11 @@ struct TrainingOptions {
     /// Processing 40(12), 1992: docs/numerics.md), 0 to 1000.
     int discrimination = 24;
 
+    /// Copies of every model of a gesture with 20 traces or more, to either side, 0 to 4: the first
+    /// turned by 22.5 degrees and weighed with 0.01, the next with 0.0001. Unset: 2
+    /// where calibration leaves users out and they are recognised no worse so, else 0.
+    std::optional<int> turns;
+
     int thresholdStates = 4;           ///< per gesture in the threshold model, 2 to 200
     double thresholdSmoothing = 30.0;  ///< degrees, of the threshold model's emissions, 0 to 180
 

@@ -14,8 +14,8 @@ namespace Vesk::Kit {
 
 using internal::GestureSamples;
 using internal::joined;
-using internal::LogRatios;
 using internal::PreparedSet;
+using internal::RunAnswers;
 using internal::Sample;
 
 struct TrainingPlan::Parts {
@@ -109,13 +109,15 @@ ToldApart TellApartTask::run() const {
         throw InputError(
             joined("found sequences of ", samples.size(), " gestures, expected ", gestures.size()));
     }
+    if (turns.empty()) throw InputError("found no numbers of turned copies, expected at least 1");
     std::vector<GestureModels> told = gestures;
     if (test.empty()) {
         internal::discriminate(told, pointers, codebook, options);
         return {std::move(told), {}};
     }
     internal::discriminate(told, pointers, codebook, internal::calibrationOptions(options));
-    return {{}, internal::logRatiosOf(told, samplesOf(test), codebook, stride)};
+    RunAnswers answers = internal::answersOf(told, samplesOf(test), codebook, turns, stride);
+    return {{}, std::move(answers.ratios), answers.gained, answers.lost};
 }
 
 TrainingPlan::TrainingPlan(std::vector<Trace> traces, TrainingOptions options) {
@@ -156,9 +158,10 @@ TellApartTask TrainingPlan::tellApartTask(
     if (training >= trainings()) throw std::out_of_range("no such training");
     const bool own = training == set.runs.size();
     const std::vector<GestureSamples>& samples = own ? set.samples : set.runs[training].training;
-    TellApartTask task{parts->options, set.codebook, {}, sequencesOf(samples), {}, 1};
+    TellApartTask task{parts->options, set.codebook, {}, sequencesOf(samples), {}};
     if (!own) {
         task.test = sequencesOf(set.runs[training].test);
+        task.turns = set.turns;
         task.stride = internal::testStride(set.runs);
     }
     for (std::size_t g = 0; g < set.samples.size(); ++g) {
@@ -179,14 +182,22 @@ TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
         throw InputError("found parts of another training, expected those of this one");
     }
     const std::vector<GestureModels>& gestures = told.back().gestures;
-    std::vector<LogRatios> ratios;
-    for (std::size_t r = 0; r < set.runs.size(); ++r) ratios.push_back(told[r].logRatios);
-    const internal::Acceptance acceptance = internal::acceptanceFor(
-        gestures, parts->options, internal::ratiosOf(ratios, parts->options.falseRejection),
-        set.runsAreUsers);
-    TrainingResult result{
-        internal::composeRecognitionModel(gestures, set.codebook, acceptance, parts->options.name),
-        set.report};
+    std::vector<RunAnswers> answers;
+    for (std::size_t r = 0; r < set.runs.size(); ++r) {
+        if (told[r].logRatios.size() != set.turns.size()) {
+            throw InputError(joined("found answers to ", told[r].logRatios.size(),
+                                    " numbers of turned copies, expected ", set.turns.size()));
+        }
+        answers.push_back({told[r].logRatios, told[r].gained, told[r].lost});
+    }
+    const internal::CalibratedRatios found =
+        internal::ratiosOf(answers, set.turns, parts->options.falseRejection);
+    const internal::Acceptance acceptance =
+        internal::acceptanceFor(gestures, parts->options, found, set.runsAreUsers);
+    TrainingResult result{internal::composeRecognitionModel(gestures, set.codebook, acceptance,
+                                                            found.turns, parts->options.name),
+                          set.report};
+    result.report.turns = found.turns;
     for (const GestureModels& gesture : gestures) result.report.gestures.push_back(gesture.report);
     result.report.acceptanceRatio = acceptance.ratio;
     return result;

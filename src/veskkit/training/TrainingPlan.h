@@ -44,9 +44,11 @@ struct GestureSequences {
 /// What became of a training's models.
 struct ToldApart {
     std::vector<GestureModels> gestures;  ///< the model's own training: its models
-    /// A calibration's: per gesture natural logarithms of P(gesture) / P(threshold model) of
-    /// traces.
-    std::map<std::string, std::vector<double>> logRatios;
+    /// A calibration's: for every number of turned copies, per gesture natural logarithms of
+    /// P(gesture) / P(threshold model) of traces.
+    std::vector<std::map<std::string, std::vector<double>>> logRatios;
+    std::size_t gained = 0;  ///< traces that only the last number of turned copies gets right
+    std::size_t lost = 0;    ///< traces that only the first gets right
 };
 
 /// Teaches the models of all gestures of one training to tell each other's traces apart and, for a
@@ -57,10 +59,11 @@ struct TellApartTask {
     std::vector<GestureModels> gestures;     ///< each trained by itself
     std::vector<GestureSequences> training;  ///< of the same gestures
     std::vector<GestureSequences> test;      ///< empty for the model's own training
+    std::vector<int> turns = {0};            ///< numbers of turned copies to try, one or two
     std::size_t stride = 1;                  ///< every how manieth test trace counts
 
     /// The same bits wherever it runs. `options.threads` threads. InputError where `training` has
-    /// not as many gestures as `gestures`.
+    /// not as many gestures as `gestures`, and where `turns` is empty.
     ToldApart run() const;
 };
 

@@ -30,6 +30,8 @@ struct TrainingReport {
     std::vector<std::string> skipped;     ///< one line for every trace that was left out
     std::vector<std::string> warnings;    ///< one line each: renamed labels, few traces, ...
     double acceptanceRatio = 0.0;         ///< R that the model was given
+    int turns = 0;                        ///< turned copies to either side of a model, of gestures
+                                          ///< of 20 traces or more
     std::size_t calibrationRuns = 0;      ///< trainings that ratios were calibrated on, where R
                                           ///< was given only those of single gestures; 0: none
 };

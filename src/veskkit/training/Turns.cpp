@@ -11,6 +11,9 @@ namespace {
 
 constexpr double farthestTurn = 22.0;  // degrees
 
+/// How far two directions are apart, both within a few turns.
+double between(double x, double y) { return std::abs(std::remainder(x - y, 360.0)); }
+
 }  // namespace
 
 std::vector<int> turnedSymbols(const std::vector<double>& codebook, Turn turn) {
@@ -23,8 +26,8 @@ std::vector<int> turnedSymbols(const std::vector<double>& codebook, Turn turn) {
     for (std::size_t n = 0; n < order.size(); ++n) {
         const std::size_t from = order[n];
         const std::size_t to = order[(n + step) % order.size()];
-        const double angle = std::abs(codebook[from] - codebook[to]);
-        turned[from] = static_cast<int>(std::min(angle, 360.0 - angle) <= farthestTurn ? to : from);
+        const bool isNear = between(codebook[from], codebook[to]) <= farthestTurn;
+        turned[from] = static_cast<int>(isNear ? to : from);
     }
     return turned;
 }
@@ -32,6 +35,27 @@ std::vector<int> turnedSymbols(const std::vector<double>& codebook, Turn turn) {
 std::vector<int> replaced(std::vector<int> symbols, const std::vector<int>& table) {
     for (int& symbol : symbols) symbol = table[static_cast<std::size_t>(symbol)];
     return symbols;
+}
+
+Vesk::ML::LeftRightHMM turned(Vesk::ML::LeftRightHMM model, const std::vector<double>& codebook,
+                              double degrees) {
+    std::vector<int> before;
+    for (const double direction : codebook) {
+        const double source = direction - degrees;
+        const auto nearest = std::min_element(
+            codebook.begin(), codebook.end(),
+            [source](double x, double y) { return between(x, source) < between(y, source); });
+        before.push_back(static_cast<int>(nearest - codebook.begin()));
+    }
+    const Vesk::Math::MatrixT<double> upright = model.b;
+    for (int i = 0; i < upright.rows; ++i) {
+        double sum = 0.0;
+        for (const int l : before) sum += upright(i, l);
+        for (int k = 0; k < upright.cols; ++k) {
+            model.b(i, k) = upright(i, before[static_cast<std::size_t>(k)]) / sum;
+        }
+    }
+    return model;
 }
 
 }  // namespace Vesk::Kit::internal

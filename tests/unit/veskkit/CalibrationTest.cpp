@@ -2,6 +2,7 @@
 
 #include <support/BitEqual.h>
 #include <veskkit/recognition/GestureRecognizer.h>
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/TrainedSet.h>
 
@@ -46,7 +47,7 @@ std::set<std::string> usersOf(const std::vector<GestureSamples>& gestures) {
 
 RecognitionModel composed(const std::vector<GestureModels>& gestures,
                           const std::vector<double>& codebook, double ratio) {
-    return composeRecognitionModel(gestures, codebook, {ratio}, "all");
+    return composeRecognitionModel(gestures, codebook, {ratio}, 0, "all");
 }
 
 TEST(CalibrationTest, LeavesEveryUserOutOnce) {
@@ -171,9 +172,9 @@ TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
     int trained = 0;
     const auto count = [&] { ++trained; };
     options.falseRejection = 0.0;
-    const double least = calibrateRatios(runs, codebook, options, count).all;
+    const double least = calibrateRatios(runs, codebook, {0}, options, count).all;
     options.falseRejection = 0.5;
-    const double most = calibrateRatios(runs, codebook, options, count).all;
+    const double most = calibrateRatios(runs, codebook, {0}, options, count).all;
     EXPECT_TRUE(Vesk::Test::bitEqual(least, most));
     EXPECT_EQ(trained, 2 * 3 * 2);
 
@@ -207,8 +208,9 @@ TEST(CalibrationTest, TheComposedModelHasTheRatioButForItsSixDigits) {
 }
 
 TEST(CalibrationTest, NoRunsNoRatio) {
-    const CalibratedRatios none = calibrateRatios({}, {0, 180}, TrainingOptions(), [] {});
+    const CalibratedRatios none = calibrateRatios({}, {0, 180}, {3}, TrainingOptions(), [] {});
     EXPECT_EQ(none.all, 0.0);
+    EXPECT_EQ(none.turns, 3);
     EXPECT_TRUE(none.own.empty());
 }
 
@@ -221,13 +223,102 @@ std::vector<double> logsFrom(double first, int count) {
 
 TEST(CalibrationTest, GesturesOfManyTracesHaveTheirOwnRatio) {
     // 2 % of 60 is one trace, in whichever run it was tested; 49 traces are too few.
-    const std::vector<LogRatios> runs{{{"far", logsFrom(20.0, 30)}, {"few", logsFrom(20.0, 49)}},
-                                      {{"far", logsFrom(23.0, 30)}, {"near", logsFrom(5.0, 50)}}};
-    const CalibratedRatios found = ratiosOf(runs, 0.1);
+    const LogRatios one{{"far", logsFrom(20.0, 30)}, {"few", logsFrom(20.0, 49)}};
+    const LogRatios other{{"far", logsFrom(23.0, 30)}, {"near", logsFrom(5.0, 50)}};
+    const CalibratedRatios found = ratiosOf({{{one}}, {{other}}}, {0}, 0.1);
     ASSERT_EQ(found.own.size(), 2u);
-    EXPECT_DOUBLE_EQ(found.own.at("far"), std::exp(20.1) / 7.4);
-    EXPECT_DOUBLE_EQ(found.own.at("near"), std::exp(5.1) / 7.4);
+    EXPECT_DOUBLE_EQ(found.own.at("far"), std::exp(20.1) / 3);
+    EXPECT_DOUBLE_EQ(found.own.at("near"), std::exp(5.1) / 3);
     EXPECT_DOUBLE_EQ(found.all, std::exp(5.0 + 0.1 * 15)) << "10 % of 159 traces";
+}
+
+// One standard error of the difference: the root of all that differ.
+TEST(CalibrationTest, TurnedCopiesGoWhereClearlyMoreIsLostToThem) {
+    const LogRatios plain{{"g", logsFrom(4.0, 10)}};
+    const LogRatios turned{{"g", logsFrom(6.0, 10)}};
+    const auto found = [&](std::size_t gained, std::size_t lost) {
+        return ratiosOf({{{plain, turned}, gained, 1}, {{plain, turned}, 0, lost - 1}}, {0, 2},
+                        0.0);
+    };
+    EXPECT_EQ(found(0, 1).turns, 2);
+    EXPECT_EQ(found(6, 10).turns, 2) << "4 more, the root of 16";
+    EXPECT_EQ(found(30, 20).turns, 2);
+    EXPECT_EQ(found(5, 10).turns, 0) << "5 more, the root of 15";
+    EXPECT_EQ(found(0, 2).turns, 0);
+    // The ratios are those of what is chosen.
+    EXPECT_DOUBLE_EQ(found(6, 10).all, std::exp(6.5) / 2);
+    EXPECT_DOUBLE_EQ(found(5, 10).all, std::exp(4.5) / 2);
+}
+
+TEST(CalibrationTest, TurnedCopiesAreTriedOnUsersLeftOutOfManyTraces) {
+    std::vector<Trace> storage;
+    const std::vector<std::string> twenty(20, "a");
+    const std::vector<std::string> fewer(19, "a");
+    const std::vector<GestureSamples> many = samplesOf({twenty, fewer}, storage);
+    std::vector<Trace> others;
+    const std::vector<GestureSamples> few = samplesOf({fewer, fewer}, others);
+    TrainingOptions options;
+    EXPECT_EQ(turnsToTry(many, options, true), (std::vector<int>{0, 2}));
+    EXPECT_EQ(turnsToTry(many, options, false), (std::vector<int>{0}));
+    EXPECT_EQ(turnsToTry(few, options, true), (std::vector<int>{0}));
+    options.turns = 3;
+    EXPECT_EQ(turnsToTry(many, options, true), (std::vector<int>{3}));
+    EXPECT_EQ(turnsToTry(few, options, false), (std::vector<int>{3}));
+}
+
+/// Directions 22.5 degrees apart.
+std::vector<double> sixteenths() {
+    std::vector<double> codebook;
+    for (int k = 0; k < 16; ++k) codebook.push_back(22.5 * k);
+    return codebook;
+}
+
+/// Two gestures of four states: g0, of 20 traces, goes in direction 3, and g1, of 19, a little more
+/// in direction 1 than anywhere else.
+std::vector<GestureModels> turnableModels() {
+    std::vector<Trace> storage;
+    std::vector<GestureModels> models = smallModels(straightSamples(storage));
+    for (std::size_t g = 0; g < models.size(); ++g) {
+        GestureModels& it = models[g];
+        it.report.traces = g == 0 ? 20 : 19;
+        const int peak = g == 0 ? 3 : 1;
+        const double most = g == 0 ? 0.25 : 0.1;
+        Vesk::ML::LeftRightHMM model(4, 16, 1);
+        model.name = it.fine[0].name;
+        model.pi = it.fine[0].pi;
+        model.a = it.fine[0].a;
+        for (int i = 0; i < 4; ++i) {
+            for (int k = 0; k < 16; ++k) model.b(i, k) = k == peak ? most : (1 - most) / 15;
+        }
+        it.fine[0] = model;
+        it.coarse = model;
+    }
+    return models;
+}
+
+// Traces in direction 1 are those of g1, unless g0 may be turned by 45 degrees.
+TEST(CalibrationTest, TracesThatCopiesGainAndLoseAreCounted) {
+    const std::vector<int> symbols(12, 1);
+    std::vector<GestureSamples> test{{"g0", "g0", {}}, {"g1", "g1", {}}};
+    for (int n = 0; n < 4; ++n) test[0].samples.push_back({nullptr, symbols});
+    for (int n = 0; n < 2; ++n) test[1].samples.push_back({nullptr, symbols});
+    const RunAnswers both = answersOf(turnableModels(), test, sixteenths(), {0, 2}, 1);
+    EXPECT_EQ(both.gained, 4u);
+    EXPECT_EQ(both.lost, 2u);
+    ASSERT_EQ(both.ratios.size(), 2u);
+    ASSERT_EQ(both.ratios[0].size(), 1u);
+    EXPECT_EQ(both.ratios[0].at("g1").size(), 2u);
+    ASSERT_EQ(both.ratios[1].size(), 1u);
+    EXPECT_EQ(both.ratios[1].at("g0").size(), 4u);
+
+    const RunAnswers plain = answersOf(turnableModels(), test, sixteenths(), {0}, 1);
+    EXPECT_EQ(plain.gained, 0u);
+    EXPECT_EQ(plain.lost, 0u);
+    EXPECT_EQ(plain.ratios[0], both.ratios[0]);
+
+    const RunAnswers everySecond = answersOf(turnableModels(), test, sixteenths(), {0, 2}, 2);
+    EXPECT_EQ(everySecond.gained, 2u);
+    EXPECT_EQ(everySecond.lost, 1u);
 }
 
 TEST(CalibrationTest, PriorsAskForMoreWhereUsersWereLeftOut) {
@@ -282,7 +373,7 @@ TEST(CalibrationTest, ThePriorIsInTheGesturesPi) {
     const std::vector<GestureModels> models = smallModels(gestures);
     const RecognitionModel plain = composed(models, quarters, 10.0);
     const RecognitionModel strict =
-        composeRecognitionModel(models, quarters, {10.0, {{"g1", 0.125}}}, "all");
+        composeRecognitionModel(models, quarters, {10.0, {{"g1", 0.125}}}, 0, "all");
     ASSERT_EQ(strict.gestures().size(), 2u);
     EXPECT_EQ(strict.gestures()[0]->pi, plain.gestures()[0]->pi);
     EXPECT_EQ(strict.gestures()[1]->pi, (std::vector<double>{0.125, 0.0, 0.0, 0.0}));
@@ -292,6 +383,25 @@ TEST(CalibrationTest, ThePriorIsInTheGesturesPi) {
     const Vesk::ML::Recognition after = strict.get().evaluate(symbols);
     EXPECT_EQ(after.gestures[1].probability, before / 8);
     EXPECT_EQ(after.threshold, plain.get().evaluate(symbols).threshold);
+}
+
+// Behind the gesture's own models, the nearer turns first, each to both sides.
+TEST(CalibrationTest, GesturesOfTwentyTracesHaveTurnedCopies) {
+    const RecognitionModel model =
+        composeRecognitionModel(turnableModels(), sixteenths(), {1e3, {{"g0", 0.5}}}, 2, "all");
+    const auto& gestures = model.gestures();
+    ASSERT_EQ(gestures.size(), 6u);
+    const std::vector<double> priors{0.5, 0.005, 0.005, 5e-5, 5e-5, 1.0};
+    const std::vector<int> peaks{3, 2, 4, 1, 5, 1};
+    for (std::size_t k = 0; k < gestures.size(); ++k) {
+        EXPECT_EQ(gestures[k]->name, k < 5 ? "g0" : "g1");
+        EXPECT_EQ(gestures[k]->pi[0], priors[k]) << k;
+        EXPECT_EQ(gestures[k]->a.data, gestures[k < 5 ? 0 : 5]->a.data);
+        const auto row = gestures[k]->b.data.begin();
+        EXPECT_EQ(std::max_element(row, row + 16) - row, peaks[k]) << k;
+    }
+    EXPECT_EQ(originalsOf(model), (std::vector<std::size_t>{0, 0, 0, 0, 0, 5}));
+    EXPECT_NEAR(acceptanceRatio(model.get().modelTransitionProb, 6), 1e3, 1.0);
 }
 
 }  // namespace

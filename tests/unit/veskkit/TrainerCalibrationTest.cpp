@@ -37,7 +37,8 @@ TEST(TrainerCalibrationTest, CalibratesByTraceWithFewerOrUnknownUsers) {
     EXPECT_EQ(trainQuick(traces).report.calibrationRuns, 4u);
 }
 
-// Only what single gestures are asked for is found then, which takes 50 traces and users.
+// Only what single gestures are asked for is found then, which takes 50 traces and users, and
+// whether turned copies do harm, which takes 20.
 TEST(TrainerCalibrationTest, AGivenRatioIsCalibratedForGesturesOfManyTraces) {
     TrainingOptions options = quick();
     options.acceptanceRatio = 50.0;
@@ -48,7 +49,11 @@ TEST(TrainerCalibrationTest, AGivenRatioIsCalibratedForGesturesOfManyTraces) {
     const TrainingReport many = reportOf(traces);
     EXPECT_EQ(many.calibrationRuns, 5u);
     EXPECT_EQ(many.acceptanceRatio, 50.0);
+    EXPECT_EQ(reportOf(drawnTraces(1, 3, 7, 0.2)).calibrationRuns, 3u);
+    EXPECT_EQ(reportOf(drawnTraces(1, 3, 6, 0.2)).calibrationRuns, 0u);
+    options.turns = 1;
     EXPECT_EQ(reportOf(drawnTraces(1, 7, 7, 0.2)).calibrationRuns, 0u) << "49 of each gesture";
+    options.turns.reset();
     for (Trace& trace : traces) trace.user.clear();
     EXPECT_EQ(reportOf(traces).calibrationRuns, 0u);
 }

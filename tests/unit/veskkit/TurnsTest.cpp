@@ -66,5 +66,33 @@ TEST(TurnsTest, FewTracesAreTrainedWithTheirTurns) {
     }
 }
 
+/// One state that emits as told.
+Vesk::ML::LeftRightHMM emitting(const std::vector<double>& row) {
+    Vesk::ML::LeftRightHMM model(1, static_cast<int>(row.size()), 1);
+    model.b.data = row;
+    return model;
+}
+
+TEST(TurnsTest, AModelTurnsWithItsDirections) {
+    const std::vector<double> row{0.5, 0.25, 0.125, 0.125};
+    const std::vector<double> quarters = evenDirections(4);
+    const auto rowOf = [&](double degrees) {
+        return turned(emitting(row), quarters, degrees).b.data;
+    };
+    EXPECT_THAT(rowOf(0), ElementsAre(0.5, 0.25, 0.125, 0.125));
+    EXPECT_THAT(rowOf(90), ElementsAre(0.125, 0.5, 0.25, 0.125));
+    EXPECT_THAT(rowOf(-90), ElementsAre(0.25, 0.125, 0.125, 0.5));
+    EXPECT_THAT(rowOf(360), ElementsAre(0.5, 0.25, 0.125, 0.125));
+    EXPECT_THAT(rowOf(44), ElementsAre(0.5, 0.25, 0.125, 0.125)) << "the nearest is its own";
+    EXPECT_THAT(rowOf(46), ElementsAre(0.125, 0.5, 0.25, 0.125));
+}
+
+// Directions at 0, 10 and 180: turned by 10 the first was nearest to the first itself, and the
+// second was the first.
+TEST(TurnsTest, RowsOfATurnedModelAreNormalised) {
+    const Vesk::ML::LeftRightHMM model = turned(emitting({0.5, 0.25, 0.25}), {0, 10, 180}, 10);
+    EXPECT_THAT(model.b.data, ElementsAre(0.4, 0.4, 0.2));
+}
+
 }  // namespace
 }  // namespace Vesk::Kit::internal

@@ -34,11 +34,26 @@ std::size_t testStride(const std::vector<CalibrationRun>& runs);
 /// Per gesture natural logarithms of P(gesture) / P(threshold model).
 using LogRatios = std::map<std::string, std::vector<double>>;
 
-/// Those of the test traces whose likeliest gesture is the right one, with the models of one run,
-/// told apart.
-LogRatios logRatiosOf(const std::vector<GestureModels>& gestures,
-                      const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
-                      std::size_t stride);
+/// Whether a gesture has traces enough for turned copies.
+bool anyMayBeTurned(const std::vector<GestureSamples>& gestures);
+
+/// How many turned copies to either side of a model calibration tries: as many as the options say,
+/// or none and, where the runs leave users out of gestures that may be turned, also the usual two.
+std::vector<int> turnsToTry(const std::vector<GestureSamples>& gestures,
+                            const TrainingOptions& options, bool runsAreUsers);
+
+/// What the models of one run, told apart, say of the traces that it left out.
+struct RunAnswers {
+    /// Of those whose likeliest gesture is the right one; one for each number of turned copies.
+    std::vector<LogRatios> ratios;
+    std::size_t gained = 0;  ///< traces whose likeliest gesture is right only with the last number
+    std::size_t lost = 0;    ///< traces whose likeliest gesture is right only with the first
+};
+
+/// Those of one run, for every number of turned copies.
+RunAnswers answersOf(const std::vector<GestureModels>& gestures,
+                     const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
+                     const std::vector<int>& turns, std::size_t stride);
 
 /// The likelihood ratios that gestures may be asked for.
 struct CalibratedRatios {
@@ -46,22 +61,29 @@ struct CalibratedRatios {
     /// `falseRejection` reach it, and half of every single gesture's reach twice as much. 0.0 where
     /// there are none.
     double all = 0.0;
-    /// Per gesture of 50 such traces or more: what all but 2 % of its own reach 7.4 times. Some
+    /// Per gesture of 50 such traces or more: what all but 2 % of its own reach three times. Some
     /// gestures are far from the threshold model whoever draws them, and what is nearer to it
     /// is something else.
     std::map<std::string, double> own = {};
+    /// Of the numbers of turned copies the last, or the first where more traces are lost to the
+    /// last than gained, by more than the square root of both together: one standard error (Q.
+    /// McNemar, "Note on the sampling error of the difference between correlated proportions or
+    /// percentages", Psychometrika 12, 1947).
+    int turns = 0;
 };
 
 /// Whether a gesture has traces enough for a ratio of its own.
 bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures);
 
-/// The ratios that `calibrateRatios` finds, of the logarithms of all runs.
-CalibratedRatios ratiosOf(const std::vector<LogRatios>& runs, double falseRejection);
+/// What calibration finds in the answers of all runs to each number of turned copies; the ratios
+/// are those with as many as it finds.
+CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector<int>& turns,
+                          double falseRejection);
 
 /// Trains and tests all runs. `step` is called after every gesture and every round of
 /// discrimination of every run.
 CalibratedRatios calibrateRatios(const std::vector<CalibrationRun>& runs,
-                                 const std::vector<double>& codebook,
+                                 const std::vector<double>& codebook, const std::vector<int>& turns,
                                  const TrainingOptions& options, const std::function<void()>& step);
 
 }  // namespace Vesk::Kit::internal

@@ -70,14 +70,20 @@ struct Acceptance {
     std::map<std::string, double> priors = {};
 };
 
+/// Whether a gesture of so many traces has turned copies, where any has.
+bool mayBeTurned(std::size_t traces);
+
 /// What of a ratio goes into the transition probability, whose six digits hold up to 1e5.
 double storedRatio(double ratio);
 
 /// The recognition model that gestures make together, as it reads back from its file. Priors are
-/// in the gestures' pi, which `check` weighs like any other, and so is the rest of the ratio.
+/// in the gestures' pi, which `check` weighs like any other, and so are the rest of the ratio and
+/// the weights of turned copies, `turns` to either side of each model, which follow the models of
+/// their gesture.
 RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestures,
                                          const std::vector<double>& codebook,
-                                         const Acceptance& acceptance, const std::string& name);
+                                         const Acceptance& acceptance, int turns,
+                                         const std::string& name);
 
 /// The transition probability p at which a gesture has to be `ratio` times as likely as the
 /// threshold model, as much of that as it holds: with K gesture models its weight is (1 - p) / K,

@@ -23,7 +23,8 @@ struct PreparedSet {
     std::vector<GestureSamples> samples;  ///< in the order of their names
     std::vector<CalibrationRun> runs;     ///< none where nothing is calibrated
     bool runsAreUsers;                    ///< whether these leave users out
-    TrainingReport report;                ///< but for the gestures and the ratio
+    std::vector<int> turns;               ///< numbers of turned copies that these try
+    TrainingReport report;                ///< but for the gestures, the ratio and the turns
 };
 
 /// InputError as GestureTrainer::train.
