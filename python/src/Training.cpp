@@ -92,6 +92,29 @@ std::vector<GestureSequences> sequencesFromState(const py::tuple& state) {
     return gestures;
 }
 
+using Logarithms = std::vector<std::map<std::string, std::vector<double>>>;
+
+py::list stateOf(const Logarithms& all) {
+    py::list state;
+    for (const auto& some : all) {
+        py::dict byGesture;
+        for (const auto& [gesture, values] : some) byGesture[textOf(gesture)] = arrayOf(values);
+        state.append(byGesture);
+    }
+    return state;
+}
+
+Logarithms logarithmsFrom(const py::handle& state) {
+    Logarithms all;
+    for (const py::handle item : state) {
+        auto& some = all.emplace_back();
+        for (const auto& [gesture, values] : item.cast<py::dict>()) {
+            some[bytesFrom(py::str(gesture))] = vectorFrom(values, "logarithms");
+        }
+    }
+    return all;
+}
+
 py::tuple stateOf(const GestureTask& task) {
     std::vector<Points> points;
     py::list labels;
@@ -143,13 +166,8 @@ TellApartTask tellApartTaskFrom(const py::tuple& state) {
 py::tuple stateOf(const ToldApart& part) {
     py::list gestures;
     for (const GestureModels& models : part.gestures) gestures.append(stateOf(models));
-    py::list answers;
-    for (const auto& some : part.logRatios) {
-        py::dict ratios;
-        for (const auto& [gesture, values] : some) ratios[textOf(gesture)] = arrayOf(values);
-        answers.append(ratios);
-    }
-    return py::make_tuple(gestures, answers, part.gained, part.lost);
+    return py::make_tuple(gestures, stateOf(part.logRatios), stateOf(part.leads), part.gained,
+                          part.lost);
 }
 
 ToldApart toldApartFrom(const py::tuple& state) {
@@ -157,14 +175,10 @@ ToldApart toldApartFrom(const py::tuple& state) {
     for (const py::handle item : state[0]) {
         part.gestures.push_back(modelsFrom(item.cast<py::tuple>()));
     }
-    for (const py::handle item : state[1]) {
-        auto& ratios = part.logRatios.emplace_back();
-        for (const auto& [gesture, values] : item.cast<py::dict>()) {
-            ratios[bytesFrom(py::str(gesture))] = vectorFrom(values, "log_ratios");
-        }
-    }
-    part.gained = state[2].cast<std::size_t>();
-    part.lost = state[3].cast<std::size_t>();
+    part.logRatios = logarithmsFrom(state[1]);
+    part.leads = logarithmsFrom(state[2]);
+    part.gained = state[3].cast<std::size_t>();
+    part.lost = state[4].cast<std::size_t>();
     return part;
 }
 

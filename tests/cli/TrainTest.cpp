@@ -147,6 +147,35 @@ TEST_F(Train, GesturesOfManyTracesAreAskedForMoreWhereTheyReachIt) {
     }
 }
 
+// inspect counts the copies beside the models that they were made of.
+TEST_F(Train, TurnedCopiesAreMadeAndTold) {
+    const std::string many = path("many.jsonl");
+    ASSERT_TRUE(succeeded(run({"generate", "-o", many, "--users", "4", "--repetitions", "5",
+                               "--gesture", "spiral", "--gesture", "eight"})));
+    const std::string told = "models of 20 traces or more also turned, ";
+    const auto trained = [&](std::vector<std::string> options) {
+        std::vector<std::string> line{"train", many, "-o", path("m.txt"), "--states", "10"};
+        line.insert(line.end(), options.begin(), options.end());
+        const Outcome outcome = run(line);
+        EXPECT_TRUE(succeeded(outcome));
+        return outcome.out;
+    };
+    const auto copies = [&] {
+        const json shown = json::parse(run({"inspect", path("m.txt"), "--json"}).out);
+        return shown["gestures"][0]["models"][0]["turnedCopies"].get<int>();
+    };
+    EXPECT_THAT(trained({}), HasSubstr("\n" + told + "2 times to either side\n"));
+    EXPECT_EQ(copies(), 4);
+    EXPECT_THAT(run({"inspect", path("m.txt")}).out, HasSubstr(" turned copies of these"));
+    EXPECT_THAT(trained({"--turns", "1"}), HasSubstr(told + "1 time to either side\n"));
+    EXPECT_EQ(copies(), 2);
+    EXPECT_THAT(trained({"--turns", "0"}), Not(HasSubstr("turned")));
+    EXPECT_EQ(copies(), 0);
+    EXPECT_THAT(trained({"--no-calibration"}), Not(HasSubstr("turned")));
+    EXPECT_TRUE(refused(run({"train", many, "-o", path("m.txt"), "--turns", "5"}), 2,
+                        "expected a number from 0 to 4"));
+}
+
 TEST_F(Train, ARatioThatAFileCannotHoldIsInEveryPrior) {
     const Outcome outcome = run({"train", traces, "-o", path("m.txt"), "--states", "10", "--ratio",
                                  "1e8", "--no-calibration"});

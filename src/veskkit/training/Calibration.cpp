@@ -24,6 +24,7 @@ constexpr double slackOfOneGesture = 2.0;  // equal traces must not stand right 
 constexpr std::size_t fewestOwnTraces = 50;
 constexpr double falseRejectionOfOwn = 0.02;
 constexpr double slackOfOwn = 3.0;
+constexpr double shareOutrun = 0.01;  ///< of a gesture's own traces, by other gestures
 constexpr int usualTurns = 2;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -123,6 +124,28 @@ bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures) {
     });
 }
 
+namespace {
+
+/// How far the likeliest gesture is before the next; without bounds where there is none.
+double leadOf(const Result& result) {
+    if (result.scores.size() < 2) return infinity;
+    return result.scores[0].logProbability - result.scores[1].logProbability;
+}
+
+/// The values of all runs, gesture by gesture.
+LogRatios together(const std::vector<RunAnswers>& runs, std::vector<LogRatios> RunAnswers::*values,
+                   std::size_t chosen) {
+    LogRatios all;
+    for (const RunAnswers& run : runs) {
+        for (const auto& [gesture, own] : (run.*values)[chosen]) {
+            all[gesture].insert(all[gesture].end(), own.begin(), own.end());
+        }
+    }
+    return all;
+}
+
+}  // namespace
+
 bool anyMayBeTurned(const std::vector<GestureSamples>& gestures) {
     return std::any_of(gestures.begin(), gestures.end(),
                        [](const GestureSamples& it) { return mayBeTurned(it.samples.size()); });
@@ -142,6 +165,7 @@ RunAnswers answersOf(const std::vector<GestureModels>& gestures,
     for (const int count : turns) asked.emplace_back(gestures, codebook, count);
     RunAnswers answers;
     answers.ratios.resize(turns.size());
+    answers.leads.resize(turns.size());
     std::size_t count = 0;
     for (const GestureSamples& gesture : test) {
         for (const Sample& sample : gesture.samples) {
@@ -154,6 +178,7 @@ RunAnswers answersOf(const std::vector<GestureModels>& gestures,
                 // A probability of zero is no matter of the ratio.
                 if (!right.back() || result.margin == -infinity) continue;
                 answers.ratios[n][gesture.gesture].push_back(result.margin + asked[n].required);
+                answers.leads[n][gesture.gesture].push_back(leadOf(result));
             }
             if (right.back() && !right.front()) ++answers.gained;
             if (right.front() && !right.back()) ++answers.lost;
@@ -174,23 +199,23 @@ CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector
     CalibratedRatios result;
     result.turns = turns[chosen];
 
-    LogRatios ratios;
+    const LogRatios ratios = together(runs, &RunAnswers::ratios, chosen);
+    const LogRatios leads = together(runs, &RunAnswers::leads, chosen);
     std::vector<double> all;
-    for (const RunAnswers& run : runs) {
-        for (const auto& [gesture, own] : run.ratios[chosen]) {
-            ratios[gesture].insert(ratios[gesture].end(), own.begin(), own.end());
-            all.insert(all.end(), own.begin(), own.end());
-        }
-    }
-    if (all.empty()) return result;
     double least = infinity;
     for (const auto& [gesture, own] : ratios) {
+        all.insert(all.end(), own.begin(), own.end());
         least = std::min(least, quantile(own, sacrificeOfOneGesture));
-        if (own.size() < fewestOwnTraces) continue;
-        result.own[gesture] = std::exp(quantile(own, falseRejectionOfOwn)) / slackOfOwn;
     }
-    least -= std::log(slackOfOneGesture);
-    result.all = std::exp(std::min(least, quantile(all, falseRejection)));
+    if (all.empty()) return result;
+    least = std::min(least - std::log(slackOfOneGesture), quantile(all, falseRejection));
+    result.all = std::exp(least);
+    for (const auto& [gesture, own] : ratios) {
+        if (own.size() < fewestOwnTraces) continue;
+        const double reached = std::exp(quantile(own, falseRejectionOfOwn)) / slackOfOwn;
+        const double bearable = std::exp(least + quantile(leads.at(gesture), shareOutrun));
+        result.own[gesture] = std::min(reached, bearable);
+    }
     return result;
 }
 

@@ -113,11 +113,11 @@ ToldApart TellApartTask::run() const {
     std::vector<GestureModels> told = gestures;
     if (test.empty()) {
         internal::discriminate(told, pointers, codebook, options);
-        return {std::move(told), {}};
+        return {std::move(told), {}, {}};
     }
     internal::discriminate(told, pointers, codebook, internal::calibrationOptions(options));
     RunAnswers answers = internal::answersOf(told, samplesOf(test), codebook, turns, stride);
-    return {{}, std::move(answers.ratios), answers.gained, answers.lost};
+    return {{}, std::move(answers.ratios), std::move(answers.leads), answers.gained, answers.lost};
 }
 
 TrainingPlan::TrainingPlan(std::vector<Trace> traces, TrainingOptions options) {
@@ -184,11 +184,12 @@ TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
     const std::vector<GestureModels>& gestures = told.back().gestures;
     std::vector<RunAnswers> answers;
     for (std::size_t r = 0; r < set.runs.size(); ++r) {
-        if (told[r].logRatios.size() != set.turns.size()) {
+        if (told[r].logRatios.size() != set.turns.size() ||
+            told[r].leads.size() != set.turns.size()) {
             throw InputError(joined("found answers to ", told[r].logRatios.size(),
                                     " numbers of turned copies, expected ", set.turns.size()));
         }
-        answers.push_back({told[r].logRatios, told[r].gained, told[r].lost});
+        answers.push_back({told[r].logRatios, told[r].leads, told[r].gained, told[r].lost});
     }
     const internal::CalibratedRatios found =
         internal::ratiosOf(answers, set.turns, parts->options.falseRejection);

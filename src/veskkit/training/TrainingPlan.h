@@ -47,6 +47,8 @@ struct ToldApart {
     /// A calibration's: for every number of turned copies, per gesture natural logarithms of
     /// P(gesture) / P(threshold model) of traces.
     std::vector<std::map<std::string, std::vector<double>>> logRatios;
+    /// Of the same traces those of P(gesture) / P(likeliest other gesture).
+    std::vector<std::map<std::string, std::vector<double>>> leads;
     std::size_t gained = 0;  ///< traces that only the last number of turned copies gets right
     std::size_t lost = 0;    ///< traces that only the first gets right
 };

@@ -225,11 +225,31 @@ TEST(CalibrationTest, GesturesOfManyTracesHaveTheirOwnRatio) {
     // 2 % of 60 is one trace, in whichever run it was tested; 49 traces are too few.
     const LogRatios one{{"far", logsFrom(20.0, 30)}, {"few", logsFrom(20.0, 49)}};
     const LogRatios other{{"far", logsFrom(23.0, 30)}, {"near", logsFrom(5.0, 50)}};
-    const CalibratedRatios found = ratiosOf({{{one}}, {{other}}}, {0}, 0.1);
+    const LogRatios ones{{"far", std::vector<double>(30, 1e3)}, {"few", {}}};
+    const LogRatios others{{"far", std::vector<double>(30, 1e3)}, {"near", logsFrom(0.0, 50)}};
+    const CalibratedRatios found = ratiosOf({{{one}, {ones}}, {{other}, {others}}}, {0}, 0.1);
     ASSERT_EQ(found.own.size(), 2u);
     EXPECT_DOUBLE_EQ(found.own.at("far"), std::exp(20.1) / 3);
     EXPECT_DOUBLE_EQ(found.own.at("near"), std::exp(5.1) / 3);
     EXPECT_DOUBLE_EQ(found.all, std::exp(5.0 + 0.1 * 15)) << "10 % of 159 traces";
+}
+
+// Another gesture, of which no more than R is asked, would be likelier than them.
+TEST(CalibrationTest, NoGestureIsAskedForMoreThanItsTracesLeadBy) {
+    const LogRatios ratios{{"g", std::vector<double>(100, 30.0)},
+                           {"h", std::vector<double>(100, 10.0)}};
+    const auto ownWith = [&](double lead, int behind) {
+        std::vector<double> leads(100, 40.0);
+        std::fill_n(leads.begin(), behind, lead);
+        const LogRatios all{{"g", leads}, {"h", std::vector<double>(100, 40.0)}};
+        return ratiosOf({{{ratios}, {all}}}, {0}, 0.0).own.at("g");
+    };
+    const double reached = std::exp(30.0) / 3;
+    EXPECT_DOUBLE_EQ(ownWith(40.0, 0), reached);
+    EXPECT_DOUBLE_EQ(ownWith(4.0, 1), reached) << "1 % may be lost";
+    EXPECT_DOUBLE_EQ(ownWith(4.0, 2), std::exp(10.0 + 4.0) / 2)
+        << "the ratio of all is half of h's";
+    EXPECT_DOUBLE_EQ(ownWith(25.0, 2), reached);
 }
 
 // One standard error of the difference: the root of all that differ.
@@ -237,8 +257,10 @@ TEST(CalibrationTest, TurnedCopiesGoWhereClearlyMoreIsLostToThem) {
     const LogRatios plain{{"g", logsFrom(4.0, 10)}};
     const LogRatios turned{{"g", logsFrom(6.0, 10)}};
     const auto found = [&](std::size_t gained, std::size_t lost) {
-        return ratiosOf({{{plain, turned}, gained, 1}, {{plain, turned}, 0, lost - 1}}, {0, 2},
-                        0.0);
+        const std::vector<LogRatios> leads{plain, turned};
+        return ratiosOf(
+            {{{plain, turned}, leads, gained, 1}, {{plain, turned}, leads, 0, lost - 1}}, {0, 2},
+            0.0);
     };
     EXPECT_EQ(found(0, 1).turns, 2);
     EXPECT_EQ(found(6, 10).turns, 2) << "4 more, the root of 16";
@@ -310,6 +332,9 @@ TEST(CalibrationTest, TracesThatCopiesGainAndLoseAreCounted) {
     EXPECT_EQ(both.ratios[0].at("g1").size(), 2u);
     ASSERT_EQ(both.ratios[1].size(), 1u);
     EXPECT_EQ(both.ratios[1].at("g0").size(), 4u);
+    EXPECT_NEAR(both.leads[0].at("g1").front(), 12 * std::log(0.1 / 0.05), 1e-9);
+    EXPECT_EQ(both.leads[1].at("g0").size(), 4u);
+    EXPECT_NEAR(both.leads[0].at("g1").front(), 12 * std::log(0.1 / 0.05), 1e-6);
 
     const RunAnswers plain = answersOf(turnableModels(), test, sixteenths(), {0}, 1);
     EXPECT_EQ(plain.gained, 0u);

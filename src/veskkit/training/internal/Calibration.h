@@ -46,6 +46,8 @@ std::vector<int> turnsToTry(const std::vector<GestureSamples>& gestures,
 struct RunAnswers {
     /// Of those whose likeliest gesture is the right one; one for each number of turned copies.
     std::vector<LogRatios> ratios;
+    /// Of the same traces: logarithms of P(gesture) / P(likeliest other gesture).
+    std::vector<LogRatios> leads;
     std::size_t gained = 0;  ///< traces whose likeliest gesture is right only with the last number
     std::size_t lost = 0;    ///< traces whose likeliest gesture is right only with the first
 };
@@ -63,7 +65,8 @@ struct CalibratedRatios {
     double all = 0.0;
     /// Per gesture of 50 such traces or more: what all but 2 % of its own reach three times. Some
     /// gestures are far from the threshold model whoever draws them, and what is nearer to it
-    /// is something else.
+    /// is something else. But no more than `all` times what all but 1 % of them lead by: those
+    /// would become other gestures.
     std::map<std::string, double> own = {};
     /// Of the numbers of turned copies the last, or the first where more traces are lost to the
     /// last than gained, by more than the square root of both together: one standard error (Q.
