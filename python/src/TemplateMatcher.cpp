@@ -62,7 +62,7 @@ void addTemplateMatcher(py::module_& module) {
     py::class_<Holder>(module, "TemplateMatcher",
                        "The yardstick: a trace is the gesture of the nearest training trace.")
         .def(py::init(&made), py::arg("X"), py::arg("y"), py::arg("groups") = py::none(),
-             py::arg("false_rejection") = 0.025)
+             py::arg("false_rejection") = 0.02)
         .def("nearest", &nearest, py::arg("X"),
              "(names, distances (n,)) of the nearest training traces; \"\" for a trace without a "
              "direction.")

@@ -84,7 +84,7 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
         threshold_smoothing: float = 30.0,
         acceptance_ratio: float | None = None,
         calibrate: bool = True,
-        false_rejection: float = 0.025,
+        false_rejection: float = 0.02,
         points: int = 41,
         flip_y: bool = False,
         bearings: int = 8,

@@ -29,8 +29,7 @@ public:
     /// keep to the nearest one of the same gesture, drawn by another user where there are several;
     /// infinity where no two can be compared. `falseRejection`, 0 to 1, is not checked. InputError,
     /// naming the trace, for unusable positions. O(n^2) for n traces, and their points.
-    explicit TemplateMatcher(const std::vector<const Trace*>& traces,
-                             double falseRejection = 0.025);
+    explicit TemplateMatcher(const std::vector<const Trace*>& traces, double falseRejection = 0.02);
 
     /// The nearest training trace, of all gestures but one (its name, blanks as underscores), the
     /// first of several; no gesture where the trace has no direction or no other gesture is known.

@@ -1,6 +1,6 @@
 #include <veskkit/evaluation/TradeOff.h>
 
-#include <veskkit/training/internal/TrainedSet.h>
+#include <veskkit/training/internal/AcceptanceRatios.h>
 
 #include <algorithm>
 #include <cmath>

@@ -19,12 +19,6 @@ constexpr std::size_t mostUserRuns = 6;
 constexpr std::size_t mostSampleRuns = 4;
 constexpr std::size_t enoughTraces = 4000;  // for a quantile near 2 % of each gesture
 constexpr int enoughIterations = 2;         // the ratio hardly moves from there on
-constexpr double sacrificeOfOneGesture = 0.5;
-constexpr double slackOfOneGesture = 2.0;  // equal traces must not stand right on the ratio
-constexpr std::size_t fewestOwnTraces = 50;
-constexpr double falseRejectionOfOwn = 0.02;
-constexpr double slackOfOwn = 3.0;
-constexpr double shareOutrun = 0.01;  ///< of a gesture's own traces, by other gestures
 constexpr int usualTurns = 2;
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
@@ -69,13 +63,6 @@ std::size_t testTraces(const std::vector<CalibrationRun>& runs) {
     return count;
 }
 
-/// The value that all but `share` of the values reach.
-double quantile(std::vector<double> values, double share) {
-    std::sort(values.begin(), values.end());
-    const auto index = static_cast<std::size_t>(share * static_cast<double>(values.size()));
-    return values[std::min(index, values.size() - 1)];
-}
-
 /// The model of a run that is asked, and the logarithm of the ratio that its margins are above.
 struct Asked {
     Asked(const std::vector<GestureModels>& gestures, const std::vector<double>& codebook,
@@ -90,6 +77,12 @@ struct Asked {
     GestureRecognizer recognizer;
     double required;
 };
+
+/// How far the likeliest gesture is before the next; without bounds where there is none.
+double leadOf(const Result& result) {
+    if (result.scores.size() < 2) return infinity;
+    return result.scores[0].logProbability - result.scores[1].logProbability;
+}
 
 }  // namespace
 
@@ -117,34 +110,6 @@ TrainingOptions calibrationOptions(const TrainingOptions& options) {
 std::size_t testStride(const std::vector<CalibrationRun>& runs) {
     return testTraces(runs) / enoughTraces + 1;
 }
-
-bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures) {
-    return std::any_of(gestures.begin(), gestures.end(), [](const GestureSamples& it) {
-        return it.samples.size() >= fewestOwnTraces;
-    });
-}
-
-namespace {
-
-/// How far the likeliest gesture is before the next; without bounds where there is none.
-double leadOf(const Result& result) {
-    if (result.scores.size() < 2) return infinity;
-    return result.scores[0].logProbability - result.scores[1].logProbability;
-}
-
-/// The values of all runs, gesture by gesture.
-LogRatios together(const std::vector<RunAnswers>& runs, std::vector<LogRatios> RunAnswers::*values,
-                   std::size_t chosen) {
-    LogRatios all;
-    for (const RunAnswers& run : runs) {
-        for (const auto& [gesture, own] : (run.*values)[chosen]) {
-            all[gesture].insert(all[gesture].end(), own.begin(), own.end());
-        }
-    }
-    return all;
-}
-
-}  // namespace
 
 bool anyMayBeTurned(const std::vector<GestureSamples>& gestures) {
     return std::any_of(gestures.begin(), gestures.end(),
@@ -185,38 +150,6 @@ RunAnswers answersOf(const std::vector<GestureModels>& gestures,
         }
     }
     return answers;
-}
-
-CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector<int>& turns,
-                          double falseRejection) {
-    double gained = 0.0;
-    double lost = 0.0;
-    for (const RunAnswers& run : runs) {
-        gained += static_cast<double>(run.gained);
-        lost += static_cast<double>(run.lost);
-    }
-    const std::size_t chosen = lost - gained > std::sqrt(lost + gained) ? 0 : turns.size() - 1;
-    CalibratedRatios result;
-    result.turns = turns[chosen];
-
-    const LogRatios ratios = together(runs, &RunAnswers::ratios, chosen);
-    const LogRatios leads = together(runs, &RunAnswers::leads, chosen);
-    std::vector<double> all;
-    double least = infinity;
-    for (const auto& [gesture, own] : ratios) {
-        all.insert(all.end(), own.begin(), own.end());
-        least = std::min(least, quantile(own, sacrificeOfOneGesture));
-    }
-    if (all.empty()) return result;
-    least = std::min(least - std::log(slackOfOneGesture), quantile(all, falseRejection));
-    result.all = std::exp(least);
-    for (const auto& [gesture, own] : ratios) {
-        if (own.size() < fewestOwnTraces) continue;
-        const double reached = std::exp(quantile(own, falseRejectionOfOwn)) / slackOfOwn;
-        const double bearable = std::exp(least + quantile(leads.at(gesture), shareOutrun));
-        result.own[gesture] = std::min(reached, bearable);
-    }
-    return result;
 }
 
 CalibratedRatios calibrateRatios(const std::vector<CalibrationRun>& runs,

@@ -19,9 +19,6 @@ using Vesk::ML::VectorQuantizer2D;
 namespace {
 
 constexpr std::size_t worthAWarning = 3;
-constexpr double ratioOfSingleModels = 1e3;
-constexpr double ratioOfSubModels = 1e4;
-constexpr double leastPrior = 1.0 / 400.0;  ///< smaller ones would decide between gestures
 
 /// The directions as a model file holds them.
 std::vector<double> storedCodebook(const TrainingOptions& options) {
@@ -133,13 +130,6 @@ void warnOfShortSequences(const std::vector<GestureSamples>& gestures,
     }
 }
 
-/// R where the options set none and nothing was calibrated.
-double ordinaryRatio(const std::vector<GestureModels>& gestures) {
-    const bool single = std::all_of(gestures.begin(), gestures.end(),
-                                    [](const GestureModels& it) { return it.fine.size() == 1; });
-    return single ? ratioOfSingleModels : ratioOfSubModels;
-}
-
 }  // namespace
 
 RecognitionModel TrainedSet::compose(const std::function<void()>& step) const {
@@ -179,24 +169,6 @@ PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOp
     set.turns = turnsToTry(set.samples, options, set.runsAreUsers);
     set.report.calibrationRuns = set.runs.size();
     return set;
-}
-
-Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
-                         const CalibratedRatios& calibrated, bool runsAreUsers) {
-    const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
-    if (!(calibrated.all > 0.0)) return {customary};
-    const double wanted = std::clamp(calibrated.all, leastRatio, largestRatio);
-    // Beyond what a file's transition probability holds only where some gesture has many traces:
-    // found on few all round it would be chance.
-    const double found = calibrated.own.empty() ? storedRatio(wanted) : wanted;
-    // Of other people's traces nothing is known without users: what is customary stays.
-    if (!runsAreUsers) return {std::min(customary, found)};
-    Acceptance acceptance{options.acceptanceRatio.value_or(found)};
-    for (const auto& [gesture, own] : calibrated.own) {
-        const double asked = std::clamp(own, wanted, wanted / leastPrior);
-        if (asked > wanted) acceptance.priors[gesture] = wanted / asked;
-    }
-    return acceptance;
 }
 
 TrainedSet trainSet(const std::vector<const Trace*>& traces, const TrainingOptions& options,

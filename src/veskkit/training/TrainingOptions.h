@@ -66,13 +66,14 @@ struct TrainingOptions {
     /// six: each of six groups of them) is left out of a training in turn and recognised with its
     /// result; R, where unset, is what all but `falseRejection` of the traces reach whose likeliest
     /// gesture is the right one, and half of every single gesture's; where no gesture has 50 such
-    /// traces, 1e5 at most. A gesture that has, and nearly all of whose traces reach more than the
-    /// calibrated R, is asked for as many times more, whatever R is: its pi is lowered. With fewer
-    /// users every fourth trace is left out in turn, which can only lower an unset R from what it
-    /// is without calibration: a straight line differs little from the threshold model. Costs a
-    /// training of at most two iterations for each turn, and the recognition of up to 4000 traces.
+    /// traces, 1e5 at most. A gesture that has, and of whose own traces all but that share reach
+    /// more than the calibrated R, is asked for as many times more, whatever R is: its pi is
+    /// lowered. With fewer users every fourth trace is left out in turn, which can only lower an
+    /// unset R from what it is without calibration: a straight line differs little from the
+    /// threshold model. Costs a training of at most two iterations for each turn, and the
+    /// recognition of up to 4000 traces.
     bool calibrate = true;
-    double falseRejection = 0.025;  ///< share of correct traces that calibration gives up, 0 to 0.5
+    double falseRejection = 0.02;  ///< share of correct traces that calibration gives up, 0 to 0.5
 
     /// Threads that gestures are trained on; 0: one for each processor. The same model at any
     /// number.

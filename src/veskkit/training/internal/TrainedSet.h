@@ -13,10 +13,6 @@
 
 namespace Vesk::Kit::internal {
 
-/// What an acceptance ratio may be.
-inline constexpr double leastRatio = 1e-6;
-inline constexpr double largestRatio = 1e12;
-
 /// What a training begins with; refers to the traces.
 struct PreparedSet {
     std::vector<double> codebook;
@@ -29,11 +25,6 @@ struct PreparedSet {
 
 /// InputError as GestureTrainer::train.
 PreparedSet prepareSet(const std::vector<const Trace*>& traces, const TrainingOptions& options);
-
-/// R: of the options, or as calibrated, or what is customary. Priors where users were left out:
-/// how much more than R single gestures are asked for is the same whatever R is.
-Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const TrainingOptions& options,
-                         const CalibratedRatios& calibrated, bool runsAreUsers);
 
 /// The models of all gestures, each trained by itself, from which recognition models are put
 /// together.
