@@ -56,7 +56,7 @@ void addGestureModel(Kit::Page& page, const Kit::RecognitionModel& model, std::s
                  fmt::format("{}: probability of each symbol in each state", title)});
 }
 
-/// "16 in 69 models and 276 turned copies of these"
+/// "16 in 69 models and 276 turned copies"
 std::string gesturesText(const ModelSummary& summary) {
     std::size_t models = 0;
     std::size_t copies = 0;
@@ -65,7 +65,8 @@ std::string gesturesText(const ModelSummary& summary) {
         for (const SubModelSummary& it : gesture.models) copies += it.turnedCopies;
     }
     std::string text = fmt::format("{} in {}", summary.gestures.size(), counted(models, "model"));
-    if (copies > 0) text += fmt::format(" and {} turned copies of these", copies);
+    if (copies > 0)
+        text += fmt::format(" and {} turned {}", copies, copies == 1 ? "copy" : "copies");
     return text;
 }
 

@@ -58,7 +58,7 @@ std::string reportText(const Kit::TrainingResult& result, std::size_t users, boo
                                    counted(report.gestures.size(), "gesture"),
                                    counted(users, "user"), counted(models, "model"));
     if (report.turns > 0) {
-        text += fmt::format("models of 20 traces or more also turned, {} to either side\n",
+        text += fmt::format("gestures of 20 traces or more also turned, {} to either side\n",
                             counted(static_cast<std::size_t>(report.turns), "time"));
     }
     if (!report.skipped.empty()) {

@@ -21,6 +21,7 @@ using Vesk::Kit::GestureReport;
 using Vesk::Kit::GestureSequences;
 using Vesk::Kit::GestureTask;
 using Vesk::Kit::GestureTrainer;
+using Vesk::Kit::LogRatios;
 using Vesk::Kit::Points;
 using Vesk::Kit::SubModelReport;
 using Vesk::Kit::TellApartTask;
@@ -64,11 +65,12 @@ GestureReport reportFrom(const py::tuple& state) {
 py::tuple stateOf(const GestureModels& models) {
     py::list fine;
     for (const auto& model : models.fine) fine.append(Vesk::Python::stateOf(model));
-    return py::make_tuple(fine, Vesk::Python::stateOf(models.coarse), stateOf(models.report));
+    return py::make_tuple(fine, Vesk::Python::stateOf(models.coarse), stateOf(models.report),
+                          models.mayBeTurned);
 }
 
 GestureModels modelsFrom(const py::tuple& state) {
-    GestureModels models{{}, leftRightFrom(state[1]), reportFrom(state[2])};
+    GestureModels models{{}, leftRightFrom(state[1]), reportFrom(state[2]), state[3].cast<bool>()};
     for (const py::handle item : state[0]) {
         models.fine.push_back(leftRightFrom(item.cast<py::tuple>()));
     }
@@ -92,9 +94,7 @@ std::vector<GestureSequences> sequencesFromState(const py::tuple& state) {
     return gestures;
 }
 
-using Logarithms = std::vector<std::map<std::string, std::vector<double>>>;
-
-py::list stateOf(const Logarithms& all) {
+py::list stateOf(const std::vector<LogRatios>& all) {
     py::list state;
     for (const auto& some : all) {
         py::dict byGesture;
@@ -104,8 +104,8 @@ py::list stateOf(const Logarithms& all) {
     return state;
 }
 
-Logarithms logarithmsFrom(const py::handle& state) {
-    Logarithms all;
+std::vector<LogRatios> logarithmsFrom(const py::handle& state) {
+    std::vector<LogRatios> all;
     for (const py::handle item : state) {
         auto& some = all.emplace_back();
         for (const auto& [gesture, values] : item.cast<py::dict>()) {
@@ -166,8 +166,8 @@ TellApartTask tellApartTaskFrom(const py::tuple& state) {
 py::tuple stateOf(const ToldApart& part) {
     py::list gestures;
     for (const GestureModels& models : part.gestures) gestures.append(stateOf(models));
-    return py::make_tuple(gestures, stateOf(part.logRatios), stateOf(part.leads), part.gained,
-                          part.lost);
+    return py::make_tuple(gestures, stateOf(part.answers.ratios), stateOf(part.answers.leads),
+                          part.answers.gained, part.answers.lost);
 }
 
 ToldApart toldApartFrom(const py::tuple& state) {
@@ -175,10 +175,8 @@ ToldApart toldApartFrom(const py::tuple& state) {
     for (const py::handle item : state[0]) {
         part.gestures.push_back(modelsFrom(item.cast<py::tuple>()));
     }
-    part.logRatios = logarithmsFrom(state[1]);
-    part.leads = logarithmsFrom(state[2]);
-    part.gained = state[3].cast<std::size_t>();
-    part.lost = state[4].cast<std::size_t>();
+    part.answers = {logarithmsFrom(state[1]), logarithmsFrom(state[2]),
+                    state[3].cast<std::size_t>(), state[4].cast<std::size_t>()};
     return part;
 }
 

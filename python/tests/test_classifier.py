@@ -207,3 +207,18 @@ def test_verdicts_on_every_recorded_trace_are_those_of_the_program(program, reco
                 "--discrimination", 2)
         counts[name] = same_verdicts(program, model, file)
     assert min(counts.values()) >= 308
+
+
+def test_turned_copies_stand_beside_the_models_of_many_traces(drawn):
+    one = np.flatnonzero(drawn.y == "star")
+    other = np.flatnonzero(drawn.y == "circle")
+    some = np.concatenate([one, one, other])  # 24 and 12 traces
+    X, y = [drawn.X[i] for i in some], drawn.y[some]
+    settings = {"calibrate": False, "discrimination": 0, "iterations": 1, "sub_models": 1}
+    for turns, models in ((None, 2), (0, 2), (1, 4), (3, 8)):
+        model = vesk.GestureClassifier(turns=turns, **settings).fit(X, y)
+        assert model.report_["turns"] == (turns or 0)
+        names = [it.name for it in model.recognizer_.models]
+        assert sorted(names) == ["circle"] + ["star"] * (models - 1)
+    with pytest.raises(ValueError, match="turned copies"):
+        vesk.GestureClassifier(turns=5, **settings).fit(X, y)

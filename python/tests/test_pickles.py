@@ -120,3 +120,18 @@ def test_options_of_tasks_travel(few):
         other = _vesk.TrainingPlan(few.X, few.y, None, fewer).gesture_task(0)
         assert pickle.dumps(other.run()) != expected, name
 
+
+
+def test_every_field_of_what_became_of_a_training(few):
+    plan = _vesk.TrainingPlan(few.X, few.y, few.groups, {
+        "points": 9, "states": 4, "iterations": 1, "discrimination": 0, "threshold_states": 2})
+    trained = [plan.gesture_task(g).run() for g in range(plan.gestures)]
+    told = plan.tell_apart_task(plan.trainings - 1, trained).run()
+    models = told.__getstate__()[0]
+    assert [it[3] for it in models] == [False] * 3
+    models = [(*it[:3], g == 1) for g, it in enumerate(models)]
+    logarithms = [[{"circle": np.array([THIRD, n])}, {}] for n in (1.0, 2.0)]
+    state = (models, *logarithms, 3, 5)
+    filled_in = _vesk.ToldApart.__new__(_vesk.ToldApart)
+    filled_in.__setstate__(state)
+    assert contents(pickle.loads(pickle.dumps(filled_in)).__getstate__()) == contents(state)

@@ -152,7 +152,7 @@ TEST_F(Train, TurnedCopiesAreMadeAndTold) {
     const std::string many = path("many.jsonl");
     ASSERT_TRUE(succeeded(run({"generate", "-o", many, "--users", "4", "--repetitions", "5",
                                "--gesture", "spiral", "--gesture", "eight"})));
-    const std::string told = "models of 20 traces or more also turned, ";
+    const std::string told = "gestures of 20 traces or more also turned, ";
     const auto trained = [&](std::vector<std::string> options) {
         std::vector<std::string> line{"train", many, "-o", path("m.txt"), "--states", "10"};
         line.insert(line.end(), options.begin(), options.end());
@@ -166,7 +166,7 @@ TEST_F(Train, TurnedCopiesAreMadeAndTold) {
     };
     EXPECT_THAT(trained({}), HasSubstr("\n" + told + "2 times to either side\n"));
     EXPECT_EQ(copies(), 4);
-    EXPECT_THAT(run({"inspect", path("m.txt")}).out, HasSubstr(" turned copies of these"));
+    EXPECT_THAT(run({"inspect", path("m.txt")}).out, HasSubstr(" turned copies\n"));
     EXPECT_THAT(trained({"--turns", "1"}), HasSubstr(told + "1 time to either side\n"));
     EXPECT_EQ(copies(), 2);
     EXPECT_THAT(trained({"--turns", "0"}), Not(HasSubstr("turned")));

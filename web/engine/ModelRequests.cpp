@@ -8,6 +8,7 @@
 #include <veskkit/io/SceneFile.h>
 #include <veskkit/recognition/ModelText.h>
 #include <veskkit/recognition/StatePath.h>
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/report/Colours.h>
 #include <veskkit/report/ModelPlots.h>
 #include <veskkit/training/GestureTrainer.h>
@@ -158,20 +159,22 @@ Answer diagnoseModel(const Call& call) {
         {{"findings", findingsJson(Kit::diagnoseModel(call.engine.recognizer().model().get()))}}};
 }
 
-/// "gesture" and "traces": "figures" of each of its models, each with "svg" and "caption".
+/// "gesture" and "traces": "figures" of each of its models but turned copies, each with "svg" and
+/// "caption".
 Answer drawGesture(const Call& call) {
     const Kit::GestureRecognizer& recognizer = call.engine.recognizer();
     const auto& models = recognizer.model().gestures();
     const std::string name = call.arguments.at("gesture").get<std::string>();
     const std::vector<Kit::Trace> traces = tracesOf(call.arguments.at("traces"));
     const auto examples = Kit::bestExamples(recognizer, traces);
+    const std::vector<std::size_t> originals = Kit::originalsOf(recognizer.model());
     Json figures = Json::array();
     const auto add = [&](const std::string& svg, const std::string& caption) {
         figures.push_back({{"svg", svg}, {"caption", caption}});
     };
     for (std::size_t m = 0; m < models.size(); ++m) {
         const Vesk::ML::LeftRightHMM& model = *models[m];
-        if (model.name != name) continue;
+        if (originals[m] != m || model.name != name) continue;
         if (examples[m]) {
             add(Tool::exampleFigure(model, *examples[m], traces, {}).svg,
                 "The example that fits best, coloured by the model's states");

@@ -1,6 +1,7 @@
 #include <veskkit/recognition/StatePath.h>
 
 #include <veskkit/recognition/ModelCheck.h>
+#include <veskkit/recognition/TurnedCopies.h>
 
 #include <vesk/quantizer/ProximityFilter.h>
 
@@ -51,6 +52,7 @@ std::optional<StatePath> statePathOf(const GestureRecognizer& recognizer, std::s
 std::vector<std::optional<Example>> bestExamples(const GestureRecognizer& recognizer,
                                                  const std::vector<Trace>& traces) {
     const auto& models = recognizer.model().gestures();
+    const std::vector<std::size_t> originals = originalsOf(recognizer.model());
     std::vector<std::pair<double, std::size_t>> best(models.size(), {-infinity, traces.size()});
     for (std::size_t i = 0; i < traces.size(); ++i) {
         const std::string name = storedName(traces[i].gesture);
@@ -59,7 +61,7 @@ std::vector<std::optional<Example>> bestExamples(const GestureRecognizer& recogn
         double likelihood = -infinity;
         std::size_t model = models.size();
         for (std::size_t m = 0; m < models.size(); ++m) {
-            if (models[m]->name != name) continue;
+            if (originals[m] != m || models[m]->name != name) continue;
             const double own = meanLogLikelihood(*models[m], symbols);
             if (own > likelihood) {
                 likelihood = own;

@@ -31,7 +31,8 @@ struct Example {
 
 /// Per gesture model the trace of its gesture that is likeliest under it, the first of several.
 /// Each trace stands for that sub-model of its gesture alone that explains it best, so a sub-model
-/// may have none. InputError as above. O(sub-models of its gesture * T N^2) a trace.
+/// may have none; turned copies have none. InputError as above. O(sub-models of its gesture * T
+/// N^2) a trace.
 std::vector<std::optional<Example>> bestExamples(const GestureRecognizer& recognizer,
                                                  const std::vector<Trace>& traces);
 

@@ -23,10 +23,10 @@ double quantile(std::vector<double> values, double share) {
 }
 
 /// Which of the numbers of turned copies.
-std::size_t chosenOf(std::size_t numbers, const std::vector<RunAnswers>& runs) {
+std::size_t chosenOf(std::size_t numbers, const std::vector<CalibrationAnswers>& runs) {
     double gained = 0.0;
     double lost = 0.0;
-    for (const RunAnswers& run : runs) {
+    for (const CalibrationAnswers& run : runs) {
         gained += static_cast<double>(run.gained);
         lost += static_cast<double>(run.lost);
     }
@@ -34,10 +34,10 @@ std::size_t chosenOf(std::size_t numbers, const std::vector<RunAnswers>& runs) {
 }
 
 /// The values of all runs, gesture by gesture.
-LogRatios together(const std::vector<RunAnswers>& runs, std::vector<LogRatios> RunAnswers::*values,
-                   std::size_t chosen) {
+LogRatios together(const std::vector<CalibrationAnswers>& runs,
+                   std::vector<LogRatios> CalibrationAnswers::*values, std::size_t chosen) {
     LogRatios all;
-    for (const RunAnswers& run : runs) {
+    for (const CalibrationAnswers& run : runs) {
         for (const auto& [gesture, own] : (run.*values)[chosen]) {
             all[gesture].insert(all[gesture].end(), own.begin(), own.end());
         }
@@ -54,14 +54,14 @@ double ordinaryRatio(const std::vector<GestureModels>& gestures) {
 
 }  // namespace
 
-CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector<int>& turns,
-                          double falseRejection) {
+CalibratedRatios ratiosOf(const std::vector<CalibrationAnswers>& runs,
+                          const std::vector<int>& turns, double falseRejection) {
     const std::size_t chosen = chosenOf(turns.size(), runs);
     CalibratedRatios result;
     result.turns = turns[chosen];
 
-    const LogRatios ratios = together(runs, &RunAnswers::ratios, chosen);
-    const LogRatios leads = together(runs, &RunAnswers::leads, chosen);
+    const LogRatios ratios = together(runs, &CalibrationAnswers::ratios, chosen);
+    const LogRatios leads = together(runs, &CalibrationAnswers::leads, chosen);
     std::vector<double> all;
     double least = std::numeric_limits<double>::infinity();
     for (const auto& [gesture, own] : ratios) {
@@ -70,11 +70,11 @@ CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector
     }
     if (all.empty()) return result;
     least = std::min(least - std::log(slackOfOneGesture), quantile(all, falseRejection));
-    result.all = std::exp(least);
+    result.all = std::clamp(std::exp(least), leastRatio, largestRatio);
     for (const auto& [gesture, own] : ratios) {
         if (own.size() < fewestOwnTraces) continue;
-        const double bearable = least + quantile(leads.at(gesture), falseRejection);
-        result.own[gesture] = std::exp(std::min(quantile(own, falseRejection), bearable));
+        const double bearable = result.all * std::exp(quantile(leads.at(gesture), falseRejection));
+        result.own[gesture] = std::min(std::exp(quantile(own, falseRejection)), bearable);
     }
     return result;
 }
@@ -89,7 +89,7 @@ Acceptance acceptanceFor(const std::vector<GestureModels>& gestures, const Train
                          const CalibratedRatios& calibrated, bool runsAreUsers) {
     const double customary = options.acceptanceRatio.value_or(ordinaryRatio(gestures));
     if (!(calibrated.all > 0.0)) return {customary};
-    const double wanted = std::clamp(calibrated.all, leastRatio, largestRatio);
+    const double wanted = calibrated.all;
     // Beyond what a file's transition probability holds only where some gesture has many traces:
     // found on few all round it would be chance.
     const double found = calibrated.own.empty() ? storedRatio(wanted) : wanted;

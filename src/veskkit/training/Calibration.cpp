@@ -41,7 +41,7 @@ std::vector<CalibrationRun> split(const std::vector<GestureSamples>& gestures, s
     for (std::size_t r = 0; r < count; ++r) {
         CalibrationRun run;
         for (const GestureSamples& gesture : gestures) {
-            GestureSamples kept{gesture.gesture, gesture.label, {}};
+            GestureSamples kept{gesture.gesture, gesture.label, {}, gesture.drawn};
             GestureSamples left = kept;
             for (std::size_t i = 0; i < gesture.samples.size(); ++i) {
                 const Sample& sample = gesture.samples[i];
@@ -112,23 +112,23 @@ std::size_t testStride(const std::vector<CalibrationRun>& runs) {
 }
 
 bool anyMayBeTurned(const std::vector<GestureSamples>& gestures) {
-    return std::any_of(gestures.begin(), gestures.end(),
-                       [](const GestureSamples& it) { return mayBeTurned(it.samples.size()); });
+    return std::any_of(gestures.begin(), gestures.end(), mayBeTurned);
 }
 
 std::vector<int> turnsToTry(const std::vector<GestureSamples>& gestures,
                             const TrainingOptions& options, bool runsAreUsers) {
+    if (!anyMayBeTurned(gestures)) return {0};
     if (options.turns) return {*options.turns};
-    if (runsAreUsers && anyMayBeTurned(gestures)) return {0, usualTurns};
-    return {0};
+    return runsAreUsers ? std::vector<int>{0, usualTurns} : std::vector<int>{0};
 }
 
-RunAnswers answersOf(const std::vector<GestureModels>& gestures,
-                     const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
-                     const std::vector<int>& turns, std::size_t stride) {
+CalibrationAnswers answersOf(const std::vector<GestureModels>& gestures,
+                             const std::vector<GestureSamples>& test,
+                             const std::vector<double>& codebook, const std::vector<int>& turns,
+                             std::size_t stride) {
     std::vector<Asked> asked;
     for (const int count : turns) asked.emplace_back(gestures, codebook, count);
-    RunAnswers answers;
+    CalibrationAnswers answers;
     answers.ratios.resize(turns.size());
     answers.leads.resize(turns.size());
     std::size_t count = 0;
@@ -158,7 +158,7 @@ CalibratedRatios calibrateRatios(const std::vector<CalibrationRun>& runs,
                                  const std::function<void()>& step) {
     const TrainingOptions quick = calibrationOptions(options);
     const std::size_t stride = testStride(runs);
-    std::vector<RunAnswers> answers;
+    std::vector<CalibrationAnswers> answers;
     for (const CalibrationRun& run : runs) {
         std::vector<GestureModels> gestures = trainGestures(run.training, codebook, quick, step);
         std::vector<const GestureSamples*> samples;

@@ -13,6 +13,9 @@ struct GestureModels {
     std::vector<Vesk::ML::LeftRightHMM> fine;  ///< one a way of drawing it
     Vesk::ML::LeftRightHMM coarse;             ///< its part of the threshold model
     GestureReport report;                      ///< how they came about
+    /// Whether there are turned copies of them, where any gesture has some: 20 traces or more, with
+    /// those that a calibration leaves out.
+    bool mayBeTurned = false;
 };
 
 }  // namespace Vesk::Kit

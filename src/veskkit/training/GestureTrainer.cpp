@@ -1,6 +1,7 @@
 #include <veskkit/Error.h>
 #include <veskkit/internal/Text.h>
 #include <veskkit/recognition/ModelCheck.h>
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/training/GestureTrainer.h>
 #include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/TrainedSet.h>
@@ -45,7 +46,7 @@ void requireOptions(const TrainingOptions& options) {
     requireRange("emission floor", options.emissionFloor, 1e-12, 0.1);
     if (options.smoothing) requireRange("smoothing", *options.smoothing, 0.0, 180.0);
     requireRange("rounds of discrimination", options.discrimination, 0, 1000);
-    if (options.turns) requireRange("turned copies", *options.turns, 0, 4);
+    if (options.turns) requireRange("turned copies", *options.turns, 0, mostTurns);
     requireRange("threshold states", options.thresholdStates, 2, 200);
     requireRange("threshold smoothing", options.thresholdSmoothing, 0.0, 180.0);
     if (options.acceptanceRatio) {

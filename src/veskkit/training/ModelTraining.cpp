@@ -1,5 +1,6 @@
 #include <veskkit/internal/Parallel.h>
 #include <veskkit/recognition/ModelText.h>
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/training/KMedoids.h>
 #include <veskkit/training/internal/Emissions.h>
 #include <veskkit/training/internal/ModelTraining.h>
@@ -26,15 +27,12 @@ using Vesk::ML::TrainingStep;
 
 namespace {
 
-constexpr std::size_t enoughForSubModels = 20;
+constexpr std::size_t manyTraces = 20;
 constexpr int subModelsByDefault = 6;
 constexpr double oneWayOfDrawing = 0.5;  ///< mean distance of shapes that one sub-model serves
 constexpr std::size_t fewTraces = 5;
 constexpr double smoothingByDefault = 22.0;
 constexpr double smoothingOfFewTraces = 28.0;
-
-constexpr double turnOfCopies = 22.5;   ///< degrees from one copy to the next
-constexpr double weightOfATurn = 0.01;  ///< people turn their gestures a little, but rarely
 
 /// p is stored with six digits: 1e5 / (1e5 + 1) is the last that is told from 1 by a fair margin.
 constexpr double largestStoredRatio = 1e5;
@@ -90,7 +88,7 @@ Sequences sequencesOf(const std::vector<Sample>& samples) {
 /// The gesture's sequences, one list a sub-model.
 std::vector<Sequences> partition(const std::vector<Sample>& samples,
                                  const TrainingOptions& options) {
-    const int fallback = samples.size() < enoughForSubModels ? 1 : subModelsByDefault;
+    const int fallback = samples.size() < manyTraces ? 1 : subModelsByDefault;
     const int most = options.subModels.value_or(fallback);
     if (most <= 1) return {sequencesOf(samples)};
     std::vector<const Points*> traces;
@@ -121,7 +119,7 @@ std::vector<LeftRightHMM> trainFineModels(const GestureSamples& gesture,
     const ModelSettings settings{
         options.states, options.delta,
         options.smoothing.value_or(few ? smoothingOfFewTraces : smoothingByDefault),
-        gesture.samples.size() < enoughForSubModels};
+        gesture.samples.size() < manyTraces};
     std::vector<LeftRightHMM> models;
     for (const Sequences& part : partition(gesture.samples, options)) {
         TrainedModel trained = trainModel(part, codebook, settings, options);
@@ -146,23 +144,9 @@ RecognitionModelHMM composeThreshold(std::vector<LeftRightHMM>& coarse) {
     return composed;
 }
 
-/// Copies of the model to either side, each weighed less than the one before.
-void addTurned(RecognitionModel& model, const LeftRightHMM& gesture,
-               const std::vector<double>& codebook, int turns) {
-    double weight = 1.0;
-    for (int n = 1; n <= turns; ++n) {
-        weight *= weightOfATurn;
-        for (const double turn : {-n * turnOfCopies, n * turnOfCopies}) {
-            LeftRightHMM copy = turned(gesture, codebook, turn);
-            for (double& first : copy.pi) first *= weight;
-            model.add(std::move(copy));
-        }
-    }
-}
-
 }  // namespace
 
-bool mayBeTurned(std::size_t traces) { return traces >= enoughForSubModels; }
+bool mayBeTurned(const GestureSamples& gesture) { return gesture.drawn >= manyTraces; }
 
 double storedValue(double value) {
     std::stringstream text;
@@ -215,7 +199,7 @@ GestureModels trainGesture(const GestureSamples& gesture, const std::vector<doub
     std::vector<LeftRightHMM> fine = trainFineModels(gesture, codebook, options, report);
     TrainedModel coarse =
         trainModel(sequencesOf(gesture.samples), codebook, coarseSettings, options);
-    return {std::move(fine), std::move(coarse.model), std::move(report)};
+    return {std::move(fine), std::move(coarse.model), std::move(report), mayBeTurned(gesture)};
 }
 
 std::vector<GestureModels> trainGestures(const std::vector<GestureSamples>& gestures,
@@ -255,8 +239,11 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
             for (double& first : model.pi) first *= weight * rest;
             result.add(model);
         }
-        if (mayBeTurned(gesture.report.traces)) {
-            for (const LeftRightHMM& model : fine) addTurned(result, model, codebook, turns);
+        for (const LeftRightHMM& model : fine) {
+            if (!gesture.mayBeTurned) break;
+            for (LeftRightHMM& copy : turnedCopies(model, codebook, turns)) {
+                result.add(std::move(copy));
+            }
         }
         coarse.push_back(gesture.coarse);
     }

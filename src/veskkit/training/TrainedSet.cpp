@@ -64,6 +64,7 @@ public:
                 throw InputError(joined("found no usable trace of gesture ", quoted(gesture.label),
                                         ", expected at least 1"));
             }
+            gesture.drawn = gesture.samples.size();
             result.push_back(std::move(gesture));
         }
         return result;

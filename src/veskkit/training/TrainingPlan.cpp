@@ -2,6 +2,7 @@
 
 #include <veskkit/Error.h>
 #include <veskkit/internal/Text.h>
+#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/training/internal/Discrimination.h>
 #include <veskkit/training/internal/TrainedSet.h>
 
@@ -15,7 +16,6 @@ namespace Vesk::Kit {
 using internal::GestureSamples;
 using internal::joined;
 using internal::PreparedSet;
-using internal::RunAnswers;
 using internal::Sample;
 
 struct TrainingPlan::Parts {
@@ -77,6 +77,23 @@ std::vector<GestureSamples> samplesOf(const std::vector<GestureSequences>& gestu
     return result;
 }
 
+/// For so many numbers of turned copies, and of the same traces everywhere.
+void requireAnswers(const CalibrationAnswers& answers, std::size_t numbers) {
+    const auto fit = [](const LogRatios& ratios, const LogRatios& leads) {
+        return std::equal(ratios.begin(), ratios.end(), leads.begin(), leads.end(),
+                          [](const auto& x, const auto& y) {
+                              return x.first == y.first && x.second.size() == y.second.size();
+                          });
+    };
+    if (answers.ratios.size() != numbers || answers.leads.size() != numbers) {
+        throw InputError(joined("found answers to ", answers.ratios.size(), " and ",
+                                answers.leads.size(), " numbers of turned copies, expected ",
+                                numbers, " of both"));
+    }
+    if (!std::equal(answers.ratios.begin(), answers.ratios.end(), answers.leads.begin(), fit))
+        throw InputError("found ratios of other traces than leads, expected both of the same");
+}
+
 }  // namespace
 
 std::vector<std::optional<GestureModels>> GestureTask::run() const {
@@ -86,7 +103,7 @@ std::vector<std::optional<GestureModels>> GestureTask::run() const {
     }
     std::vector<std::optional<GestureModels>> models;
     for (std::size_t t = 0; t < trainings.size(); ++t) {
-        GestureSamples samples{gesture, traces.front().gesture, {}};
+        GestureSamples samples{gesture, traces.front().gesture, {}, traces.size()};
         for (const std::size_t i : trainings[t]) {
             samples.samples.push_back({&traces.at(i), sequences[i]});
         }
@@ -110,14 +127,17 @@ ToldApart TellApartTask::run() const {
             joined("found sequences of ", samples.size(), " gestures, expected ", gestures.size()));
     }
     if (turns.empty()) throw InputError("found no numbers of turned copies, expected at least 1");
+    for (const int number : turns) {
+        if (number >= 0 && number <= mostTurns) continue;
+        throw InputError(joined("found ", number, " turned copies, expected 0 to ", mostTurns));
+    }
     std::vector<GestureModels> told = gestures;
     if (test.empty()) {
         internal::discriminate(told, pointers, codebook, options);
-        return {std::move(told), {}, {}};
+        return {std::move(told), {}};
     }
     internal::discriminate(told, pointers, codebook, internal::calibrationOptions(options));
-    RunAnswers answers = internal::answersOf(told, samplesOf(test), codebook, turns, stride);
-    return {{}, std::move(answers.ratios), std::move(answers.leads), answers.gained, answers.lost};
+    return {{}, internal::answersOf(told, samplesOf(test), codebook, turns, stride)};
 }
 
 TrainingPlan::TrainingPlan(std::vector<Trace> traces, TrainingOptions options) {
@@ -182,14 +202,10 @@ TrainingResult TrainingPlan::result(const std::vector<ToldApart>& told) const {
         throw InputError("found parts of another training, expected those of this one");
     }
     const std::vector<GestureModels>& gestures = told.back().gestures;
-    std::vector<RunAnswers> answers;
+    std::vector<CalibrationAnswers> answers;
     for (std::size_t r = 0; r < set.runs.size(); ++r) {
-        if (told[r].logRatios.size() != set.turns.size() ||
-            told[r].leads.size() != set.turns.size()) {
-            throw InputError(joined("found answers to ", told[r].logRatios.size(),
-                                    " numbers of turned copies, expected ", set.turns.size()));
-        }
-        answers.push_back({told[r].logRatios, told[r].leads, told[r].gained, told[r].lost});
+        requireAnswers(told[r].answers, set.turns.size());
+        answers.push_back(told[r].answers);
     }
     const internal::CalibratedRatios found =
         internal::ratiosOf(answers, set.turns, parts->options.falseRejection);

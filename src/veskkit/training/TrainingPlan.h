@@ -1,11 +1,11 @@
 #ifndef VESK_VESKKIT_TRAINING_TRAININGPLAN_H
 #define VESK_VESKKIT_TRAINING_TRAININGPLAN_H
 
+#include <veskkit/training/CalibrationAnswers.h>
 #include <veskkit/training/GestureModels.h>
 #include <veskkit/training/GestureTrainer.h>
 
 #include <cstddef>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,13 +44,7 @@ struct GestureSequences {
 /// What became of a training's models.
 struct ToldApart {
     std::vector<GestureModels> gestures;  ///< the model's own training: its models
-    /// A calibration's: for every number of turned copies, per gesture natural logarithms of
-    /// P(gesture) / P(threshold model) of traces.
-    std::vector<std::map<std::string, std::vector<double>>> logRatios;
-    /// Of the same traces those of P(gesture) / P(likeliest other gesture).
-    std::vector<std::map<std::string, std::vector<double>>> leads;
-    std::size_t gained = 0;  ///< traces that only the last number of turned copies gets right
-    std::size_t lost = 0;    ///< traces that only the first gets right
+    CalibrationAnswers answers;           ///< a calibration's: what they say of its traces
 };
 
 /// Teaches the models of all gestures of one training to tell each other's traces apart and, for a
@@ -65,7 +59,8 @@ struct TellApartTask {
     std::size_t stride = 1;                  ///< every how manieth test trace counts
 
     /// The same bits wherever it runs. `options.threads` threads. InputError where `training` has
-    /// not as many gestures as `gestures`, and where `turns` is empty.
+    /// not as many gestures as `gestures`, and where `turns` is empty or has other numbers than 0
+    /// to 4.
     ToldApart run() const;
 };
 

@@ -37,25 +37,4 @@ std::vector<int> replaced(std::vector<int> symbols, const std::vector<int>& tabl
     return symbols;
 }
 
-Vesk::ML::LeftRightHMM turned(Vesk::ML::LeftRightHMM model, const std::vector<double>& codebook,
-                              double degrees) {
-    std::vector<int> before;
-    for (const double direction : codebook) {
-        const double source = direction - degrees;
-        const auto nearest = std::min_element(
-            codebook.begin(), codebook.end(),
-            [source](double x, double y) { return between(x, source) < between(y, source); });
-        before.push_back(static_cast<int>(nearest - codebook.begin()));
-    }
-    const Vesk::Math::MatrixT<double> upright = model.b;
-    for (int i = 0; i < upright.rows; ++i) {
-        double sum = 0.0;
-        for (const int l : before) sum += upright(i, l);
-        for (int k = 0; k < upright.cols; ++k) {
-            model.b(i, k) = upright(i, before[static_cast<std::size_t>(k)]) / sum;
-        }
-    }
-    return model;
-}
-
 }  // namespace Vesk::Kit::internal

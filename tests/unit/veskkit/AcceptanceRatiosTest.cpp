@@ -50,6 +50,17 @@ TEST(AcceptanceRatiosTest, NoGestureIsAskedForMoreThanItsTracesLeadBy) {
     EXPECT_DOUBLE_EQ(ownWith(25.0, 3), reached);
 }
 
+// With R as large as a file may have it, the bound is of that.
+TEST(AcceptanceRatiosTest, TheBoundByLeadsIsOfTheRatioThatIsAskedFor) {
+    const LogRatios ratios{{"g", std::vector<double>(100, 50.0)}};
+    const LogRatios leads{{"g", std::vector<double>(100, 1.0)}};
+    const CalibratedRatios found = ratiosOf({{{ratios}, {leads}}}, {0}, 0.02);
+    EXPECT_EQ(found.all, 1e12);
+    const Acceptance acceptance = acceptanceFor({}, TrainingOptions(), found, true);
+    EXPECT_EQ(acceptance.ratio, 1e12);
+    EXPECT_DOUBLE_EQ(acceptance.priors.at("g"), std::exp(-1.0));
+}
+
 // One standard error of the difference: the root of all that differ.
 TEST(AcceptanceRatiosTest, TurnedCopiesGoWhereClearlyMoreIsLostToThem) {
     const LogRatios plain{{"g", logsFrom(4.0, 10)}};
@@ -90,13 +101,16 @@ TEST(AcceptanceRatiosTest, ARatioBeyondTheFileTakesManyTraces) {
     const double infinity = std::numeric_limits<double>::infinity();
     const TrainingOptions options;
     EXPECT_EQ(acceptanceFor({}, options, {1e7, {}}, true).ratio, 1e5);
-    EXPECT_EQ(acceptanceFor({}, options, {infinity, {}}, true).ratio, 1e5);
     const Acceptance many = acceptanceFor({}, options, {1e7, {{"far", 2e7}, {"near", 1.0}}}, true);
     EXPECT_EQ(many.ratio, 1e7);
     EXPECT_EQ(many.priors, (std::map<std::string, double>{{"far", 0.5}}));
-    const Acceptance endless = acceptanceFor({}, options, {infinity, {{"far", infinity}}}, true);
+    const Acceptance endless = acceptanceFor({}, options, {1e12, {{"far", infinity}}}, true);
     EXPECT_EQ(endless.ratio, 1e12);
     EXPECT_DOUBLE_EQ(endless.priors.at("far"), 1.0 / 2000);
+    const LogRatios endlessOnes{{"g", std::vector<double>(9, infinity)}};
+    EXPECT_EQ(ratiosOf({{{endlessOnes}, {endlessOnes}}}, {0}, 0.02).all, 1e12);
+    const LogRatios hopeless{{"g", std::vector<double>(9, -100.0)}};
+    EXPECT_EQ(ratiosOf({{{hopeless}, {endlessOnes}}}, {0}, 0.02).all, 1e-6);
 }
 
 }  // namespace

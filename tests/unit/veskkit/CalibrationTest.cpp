@@ -1,8 +1,8 @@
 #include "Gestures.h"
+#include "TurnableModels.h"
 
 #include <support/BitEqual.h>
 #include <veskkit/recognition/GestureRecognizer.h>
-#include <veskkit/recognition/TurnedCopies.h>
 #include <veskkit/training/internal/Calibration.h>
 #include <veskkit/training/internal/TrainedSet.h>
 
@@ -15,6 +15,9 @@
 
 namespace Vesk::Kit::internal {
 namespace {
+
+using Vesk::Test::evenDirections;
+using Vesk::Test::turnableModels;
 
 /// One gesture a list of users: a sample for every entry.
 std::vector<GestureSamples> samplesOf(const std::vector<std::vector<std::string>>& users,
@@ -31,6 +34,7 @@ std::vector<GestureSamples> samplesOf(const std::vector<std::vector<std::string>
             storage.back().user = user;
             gesture.samples.push_back({&storage.back(), {0, 1}});
         }
+        gesture.drawn = users[g].size();
         gestures.push_back(gesture);
     }
     return gestures;
@@ -188,11 +192,15 @@ TEST(CalibrationTest, EqualTracesClearTheRatioByHalf) {
 
 const std::vector<double> quarters{0, 90, 180, 270};
 
-std::vector<GestureModels> smallModels(const std::vector<GestureSamples>& gestures) {
+TrainingOptions smallOptions() {
     TrainingOptions options;
     options.states = 4;
     options.thresholdStates = 3;
-    return trainGestures(gestures, quarters, options, [] {});
+    return options;
+}
+
+std::vector<GestureModels> smallModels(const std::vector<GestureSamples>& gestures) {
+    return trainGestures(gestures, quarters, smallOptions(), [] {});
 }
 
 TEST(CalibrationTest, TheComposedModelHasTheRatioButForItsSixDigits) {
@@ -226,37 +234,22 @@ TEST(CalibrationTest, TurnedCopiesAreTriedOnUsersLeftOutOfManyTraces) {
     EXPECT_EQ(turnsToTry(few, options, true), (std::vector<int>{0}));
     options.turns = 3;
     EXPECT_EQ(turnsToTry(many, options, true), (std::vector<int>{3}));
-    EXPECT_EQ(turnsToTry(few, options, false), (std::vector<int>{3}));
+    EXPECT_EQ(turnsToTry(many, options, false), (std::vector<int>{3}));
+    EXPECT_EQ(turnsToTry(few, options, true), (std::vector<int>{0}));
 }
 
-/// Directions 22.5 degrees apart.
-std::vector<double> sixteenths() {
-    std::vector<double> codebook;
-    for (int k = 0; k < 16; ++k) codebook.push_back(22.5 * k);
-    return codebook;
-}
-
-/// Two gestures of four states: g0, of 20 traces, goes in direction 3, and g1, of 19, a little more
-/// in direction 1 than anywhere else.
-std::vector<GestureModels> turnableModels() {
+// Each run has 14 of 21 traces: what is tried is what the model of all would have.
+TEST(CalibrationTest, RunsTurnTheGesturesThatTheWholeTurns) {
     std::vector<Trace> storage;
-    std::vector<GestureModels> models = smallModels(straightSamples(storage));
-    for (std::size_t g = 0; g < models.size(); ++g) {
-        GestureModels& it = models[g];
-        it.report.traces = g == 0 ? 20 : 19;
-        const int peak = g == 0 ? 3 : 1;
-        const double most = g == 0 ? 0.25 : 0.1;
-        Vesk::ML::LeftRightHMM model(4, 16, 1);
-        model.name = it.fine[0].name;
-        model.pi = it.fine[0].pi;
-        model.a = it.fine[0].a;
-        for (int i = 0; i < 4; ++i) {
-            for (int k = 0; k < 16; ++k) model.b(i, k) = k == peak ? most : (1 - most) / 15;
-        }
-        it.fine[0] = model;
-        it.coarse = model;
+    std::vector<std::string> users;
+    for (int n = 0; n < 21; ++n) users.push_back(std::string(1, static_cast<char>('a' + n % 3)));
+    std::vector<GestureSamples> gestures = samplesOf({users, {"a", "b", "c"}}, storage);
+    for (Trace& trace : storage) trace.points = {{0, 0}, {1, 0}};
+    for (const CalibrationRun& run : runsByUser(gestures)) {
+        ASSERT_EQ(run.training[0].samples.size(), 14u);
+        EXPECT_TRUE(trainGesture(run.training[0], quarters, smallOptions()).mayBeTurned);
+        EXPECT_FALSE(trainGesture(run.training[1], quarters, smallOptions()).mayBeTurned);
     }
-    return models;
 }
 
 // Traces in direction 1 are those of g1, unless g0 may be turned by 45 degrees.
@@ -265,7 +258,8 @@ TEST(CalibrationTest, TracesThatCopiesGainAndLoseAreCounted) {
     std::vector<GestureSamples> test{{"g0", "g0", {}}, {"g1", "g1", {}}};
     for (int n = 0; n < 4; ++n) test[0].samples.push_back({nullptr, symbols});
     for (int n = 0; n < 2; ++n) test[1].samples.push_back({nullptr, symbols});
-    const RunAnswers both = answersOf(turnableModels(), test, sixteenths(), {0, 2}, 1);
+    const CalibrationAnswers both =
+        answersOf(turnableModels(), test, evenDirections(16), {0, 2}, 1);
     EXPECT_EQ(both.gained, 4u);
     EXPECT_EQ(both.lost, 2u);
     ASSERT_EQ(both.ratios.size(), 2u);
@@ -274,14 +268,17 @@ TEST(CalibrationTest, TracesThatCopiesGainAndLoseAreCounted) {
     ASSERT_EQ(both.ratios[1].size(), 1u);
     EXPECT_EQ(both.ratios[1].at("g0").size(), 4u);
     EXPECT_EQ(both.leads[1].at("g0").size(), 4u);
-    EXPECT_NEAR(both.leads[0].at("g1").front(), 12 * std::log(0.1 / 0.05), 1e-6);
+    EXPECT_NEAR(both.leads[0].at("g1").front(), 12 * std::log(0.1 / 0.05), 1e-9);
+    EXPECT_NEAR(both.leads[1].at("g0").front(), 12 * std::log(0.25 / 0.1) - 2 * std::log(100.0),
+                1e-4);
 
-    const RunAnswers plain = answersOf(turnableModels(), test, sixteenths(), {0}, 1);
+    const CalibrationAnswers plain = answersOf(turnableModels(), test, evenDirections(16), {0}, 1);
     EXPECT_EQ(plain.gained, 0u);
     EXPECT_EQ(plain.lost, 0u);
     EXPECT_EQ(plain.ratios[0], both.ratios[0]);
 
-    const RunAnswers everySecond = answersOf(turnableModels(), test, sixteenths(), {0, 2}, 2);
+    const CalibrationAnswers everySecond =
+        answersOf(turnableModels(), test, evenDirections(16), {0, 2}, 2);
     EXPECT_EQ(everySecond.gained, 2u);
     EXPECT_EQ(everySecond.lost, 1u);
 }
@@ -319,25 +316,6 @@ TEST(CalibrationTest, ThePriorIsInTheGesturesPi) {
     const Vesk::ML::Recognition after = strict.get().evaluate(symbols);
     EXPECT_EQ(after.gestures[1].probability, before / 8);
     EXPECT_EQ(after.threshold, plain.get().evaluate(symbols).threshold);
-}
-
-// Behind the gesture's own models, the nearer turns first, each to both sides.
-TEST(CalibrationTest, GesturesOfTwentyTracesHaveTurnedCopies) {
-    const RecognitionModel model =
-        composeRecognitionModel(turnableModels(), sixteenths(), {1e3, {{"g0", 0.5}}}, 2, "all");
-    const auto& gestures = model.gestures();
-    ASSERT_EQ(gestures.size(), 6u);
-    const std::vector<double> priors{0.5, 0.005, 0.005, 5e-5, 5e-5, 1.0};
-    const std::vector<int> peaks{3, 2, 4, 1, 5, 1};
-    for (std::size_t k = 0; k < gestures.size(); ++k) {
-        EXPECT_EQ(gestures[k]->name, k < 5 ? "g0" : "g1");
-        EXPECT_EQ(gestures[k]->pi[0], priors[k]) << k;
-        EXPECT_EQ(gestures[k]->a.data, gestures[k < 5 ? 0 : 5]->a.data);
-        const auto row = gestures[k]->b.data.begin();
-        EXPECT_EQ(std::max_element(row, row + 16) - row, peaks[k]) << k;
-    }
-    EXPECT_EQ(originalsOf(model), (std::vector<std::size_t>{0, 0, 0, 0, 0, 5}));
-    EXPECT_NEAR(acceptanceRatio(model.get().modelTransitionProb, 6), 1e3, 1.0);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
 #include "Gestures.h"
+#include "TurnableModels.h"
 
 #include <veskkit/Error.h>
 #include <veskkit/recognition/StatePath.h>
 #include <veskkit/training/GestureTrainer.h>
+#include <veskkit/training/internal/ModelTraining.h>
 
 #include <gmock/gmock.h>
 
@@ -83,6 +85,19 @@ TEST(BestExamplesTest, EachSubModelHasTheTraceThatItExplainsBest) {
     EXPECT_FALSE(examples[1]) << "no trace of \"up\"";
     ASSERT_TRUE(examples[2]);
     EXPECT_EQ(examples[2]->trace, 3U);
+}
+
+TEST(BestExamplesTest, TracesOfATurnedCopyAreThoseOfItsOriginal) {
+    const GestureRecognizer recognizer(
+        internal::composeRecognitionModel(Vesk::Test::turnableModels(),
+                                          Vesk::Test::evenDirections(16), {1e3}, 2, "all"),
+        {Preparation::asDrawn, false});
+    Trace line;  // in direction 1, where g0 goes in direction 3
+    line.gesture = "g0";
+    for (int n = 0; n < 12; ++n) line.points.push_back({n * 0.924, n * 0.383});
+    const auto examples = bestExamples(recognizer, {line});
+    ASSERT_EQ(examples.size(), 6u);
+    for (std::size_t m = 0; m < examples.size(); ++m) EXPECT_EQ(examples[m].has_value(), m == 0);
 }
 
 TEST(BestExamplesTest, TrainedModelsHaveTracesOfTheirOwn) {

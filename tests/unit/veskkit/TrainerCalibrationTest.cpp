@@ -1,5 +1,7 @@
 #include "QuickTraining.h"
 
+#include <veskkit/training/internal/TrainedSet.h>
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -56,6 +58,31 @@ TEST(TrainerCalibrationTest, AGivenRatioIsCalibratedForGesturesOfManyTraces) {
     options.turns.reset();
     for (Trace& trace : traces) trace.user.clear();
     EXPECT_EQ(reportOf(traces).calibrationRuns, 0u);
+}
+
+TEST(TrainerCalibrationTest, OnlyGesturesOfManyTracesAreTurned) {
+    TrainingOptions options = quick();
+    options.turns = 1;
+    const TrainingResult few = GestureTrainer(options).train(drawnTraces(1, 3, 6, 0.2));
+    EXPECT_EQ(few.report.turns, 0);
+    EXPECT_EQ(few.model.gestures().size(), few.model.gestureNames().size());
+    const TrainingResult many = GestureTrainer(options).train(drawnTraces(1, 4, 5, 0.2));
+    EXPECT_EQ(many.report.turns, 1);
+    EXPECT_EQ(many.model.gestures().size(), 3 * many.model.gestureNames().size());
+}
+
+// Evaluation puts models together so, to see what they make of a gesture that they do not know.
+TEST(TrainerCalibrationTest, ModelsWithoutAGestureHaveTurnedCopiesToo) {
+    TrainingOptions options = quick();
+    options.turns = 2;
+    options.calibrate = false;
+    const std::vector<Trace> traces = drawnTraces(1, 4, 5, 0.2);
+    std::vector<const Trace*> borrowed;
+    for (const Trace& trace : traces) borrowed.push_back(&trace);
+    internal::TrainingSteps steps(nullptr);
+    const internal::TrainedSet set = internal::trainSet(borrowed, options, steps);
+    const RecognitionModel model = set.composeWithout(traces.front().gesture);
+    EXPECT_EQ(model.gestures().size(), 5 * (set.gestures.size() - 1));
 }
 
 TEST(TrainerCalibrationTest, CalibrationGivesUpTheShareAskedFor) {

@@ -55,7 +55,7 @@ TEST(TrainingAllocationFailure, TasksReleaseWhatTheyHold) {
     for (std::size_t t = 0; t <= last; ++t) parts.push_back(plan.tellApartTask(t, trained).run());
     for (std::size_t t = 0; t <= last; ++t) {
         const TellApartTask apart = plan.tellApartTask(t, trained);
-        EXPECT_GE(failEachAllocationOf([&] { return apart.run().logRatios; }, entries), 20);
+        EXPECT_GE(failEachAllocationOf([&] { return apart.run().answers.ratios; }, entries), 20);
     }
     EXPECT_GE(
         failEachAllocationOf([&] { return modelText(plan.result(parts).model.get()); }, entries),

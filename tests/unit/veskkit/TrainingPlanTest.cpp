@@ -1,4 +1,5 @@
 #include "Gestures.h"
+#include "TurnableModels.h"
 
 #include <support/Capture.h>
 #include <veskkit/Error.h>
@@ -41,6 +42,7 @@ void expectSameAsTrainer(const std::vector<Trace>& traces, const TrainingOptions
     const TrainingResult whole = GestureTrainer(options).train(traces);
     EXPECT_EQ(modelText(pieces.model.get()), modelText(whole.model.get()));
     EXPECT_EQ(pieces.report.acceptanceRatio, whole.report.acceptanceRatio);
+    EXPECT_EQ(pieces.report.turns, whole.report.turns);
     EXPECT_EQ(pieces.report.calibrationRuns, whole.report.calibrationRuns);
     EXPECT_EQ(pieces.report.gestures.size(), whole.report.gestures.size());
 }
@@ -95,6 +97,51 @@ TEST(TrainingPlanTest, RefusesPartsOfSomethingElse) {
     EXPECT_THROW(plan.result({}), InputError);
     EXPECT_THROW(GestureTask{}.run(), InputError);
     EXPECT_THROW(TrainingPlan({}, quick()), InputError);
+}
+
+/// Traces in direction 1, which are those of g1 unless g0 may be turned by 45 degrees.
+TellApartTask turnedTask() {
+    TellApartTask task;
+    task.options = quick();
+    task.options.discrimination = 0;
+    task.codebook = Vesk::Test::evenDirections(16);
+    task.gestures = Vesk::Test::turnableModels();
+    const std::vector<int> symbols(12, 1);
+    task.training = {{"g0", {symbols}}, {"g1", {symbols}}};
+    task.test = {{"g0", {symbols, symbols, symbols}}, {"g1", {symbols, symbols}}};
+    task.turns = {0, 2};
+    return task;
+}
+
+TEST(TrainingPlanTest, TasksCountWhatTurnedCopiesGainAndLose) {
+    TellApartTask task = turnedTask();
+    const CalibrationAnswers answers = task.run().answers;
+    EXPECT_EQ(answers.gained, 3u);
+    EXPECT_EQ(answers.lost, 2u);
+    ASSERT_EQ(answers.ratios.size(), 2u);
+    EXPECT_EQ(answers.leads[1].at("g0").size(), 3u);
+    task.turns = {};
+    EXPECT_THROW(task.run(), InputError);
+    for (const int number : {-1, 5}) {
+        task.turns = {0, number};
+        EXPECT_THROW(task.run(), InputError) << number;
+    }
+}
+
+TEST(TrainingPlanTest, RefusesAnswersThatDoNotFit) {
+    const TrainingPlan plan(drawnTraces(5, 3, 2), quick());
+    const std::vector<ToldApart> parts = carriedOut(plan);
+    EXPECT_NO_THROW(plan.result(parts));
+    const auto refuses = [&](const auto& change) {
+        std::vector<ToldApart> changed = parts;
+        change(changed.front().answers);
+        EXPECT_THROW(plan.result(changed), InputError);
+    };
+    refuses([](CalibrationAnswers& it) { it.ratios.clear(); });
+    refuses([](CalibrationAnswers& it) { it.leads.emplace_back(); });
+    refuses([](CalibrationAnswers& it) { it.leads[0].erase(it.leads[0].begin()); });
+    refuses([](CalibrationAnswers& it) { it.leads[0].begin()->second.pop_back(); });
+    refuses([](CalibrationAnswers& it) { it.ratios[0]["nobody"] = {}; });
 }
 
 }  // namespace

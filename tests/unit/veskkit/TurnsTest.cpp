@@ -1,3 +1,5 @@
+#include "TurnableModels.h"
+
 #include <veskkit/training/internal/ModelTraining.h>
 #include <veskkit/training/internal/Turns.h>
 
@@ -9,12 +11,7 @@ namespace Vesk::Kit::internal {
 namespace {
 
 using testing::ElementsAre;
-
-std::vector<double> evenDirections(int count) {
-    std::vector<double> codebook;
-    for (int k = 0; k < count; ++k) codebook.push_back(360.0 * k / count);
-    return codebook;
-}
+using Vesk::Test::evenDirections;
 
 TEST(TurnsTest, NextAndLastDirectionOfAnEvenCodebook) {
     const std::vector<double> codebook = evenDirections(32);
@@ -64,34 +61,6 @@ TEST(TurnsTest, FewTracesAreTrainedWithTheirTurns) {
         EXPECT_LT(enough(i, 7), 0.01);
         EXPECT_GT(enough(i, 8), 0.9);
     }
-}
-
-/// One state that emits as told.
-Vesk::ML::LeftRightHMM emitting(const std::vector<double>& row) {
-    Vesk::ML::LeftRightHMM model(1, static_cast<int>(row.size()), 1);
-    model.b.data = row;
-    return model;
-}
-
-TEST(TurnsTest, AModelTurnsWithItsDirections) {
-    const std::vector<double> row{0.5, 0.25, 0.125, 0.125};
-    const std::vector<double> quarters = evenDirections(4);
-    const auto rowOf = [&](double degrees) {
-        return turned(emitting(row), quarters, degrees).b.data;
-    };
-    EXPECT_THAT(rowOf(0), ElementsAre(0.5, 0.25, 0.125, 0.125));
-    EXPECT_THAT(rowOf(90), ElementsAre(0.125, 0.5, 0.25, 0.125));
-    EXPECT_THAT(rowOf(-90), ElementsAre(0.25, 0.125, 0.125, 0.5));
-    EXPECT_THAT(rowOf(360), ElementsAre(0.5, 0.25, 0.125, 0.125));
-    EXPECT_THAT(rowOf(44), ElementsAre(0.5, 0.25, 0.125, 0.125)) << "the nearest is its own";
-    EXPECT_THAT(rowOf(46), ElementsAre(0.125, 0.5, 0.25, 0.125));
-}
-
-// Directions at 0, 10 and 180: turned by 10 the first was nearest to the first itself, and the
-// second was the first.
-TEST(TurnsTest, RowsOfATurnedModelAreNormalised) {
-    const Vesk::ML::LeftRightHMM model = turned(emitting({0.5, 0.25, 0.25}), {0, 10, 180}, 10);
-    EXPECT_THAT(model.b.data, ElementsAre(0.4, 0.4, 0.2));
 }
 
 }  // namespace

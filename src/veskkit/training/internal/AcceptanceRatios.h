@@ -1,9 +1,9 @@
 #ifndef VESK_VESKKIT_TRAINING_INTERNAL_ACCEPTANCERATIOS_H
 #define VESK_VESKKIT_TRAINING_INTERNAL_ACCEPTANCERATIOS_H
 
+#include <veskkit/training/CalibrationAnswers.h>
 #include <veskkit/training/internal/ModelTraining.h>
 
-#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,24 +14,11 @@ namespace Vesk::Kit::internal {
 inline constexpr double leastRatio = 1e-6;
 inline constexpr double largestRatio = 1e12;
 
-/// Per gesture natural logarithms of the ratio of two probabilities, one for each trace.
-using LogRatios = std::map<std::string, std::vector<double>>;
-
-/// What models say of traces that they were not trained on.
-struct RunAnswers {
-    /// P(gesture) / P(threshold model) of those whose likeliest gesture is the right one; one for
-    /// each number of turned copies.
-    std::vector<LogRatios> ratios;
-    /// Of the same traces: P(gesture) / P(likeliest other gesture).
-    std::vector<LogRatios> leads;
-    std::size_t gained = 0;  ///< traces whose likeliest gesture is right only with the last number
-    std::size_t lost = 0;    ///< traces whose likeliest gesture is right only with the first
-};
-
 /// The likelihood ratios that gestures may be asked for.
 struct CalibratedRatios {
     /// Of the traces whose likeliest gesture is the right one all but the share `falseRejection`
-    /// reach it, and half of every single gesture's reach twice as much. 0.0 where there are none.
+    /// reach it, and half of every single gesture's reach twice as much; from `leastRatio` to
+    /// `largestRatio`. 0.0 where there are no such traces.
     double all = 0.0;
     /// Per gesture of 50 such traces or more: what all but that share of its own reach. Some
     /// gestures are far from the threshold model whoever draws them, and what is nearer to it
@@ -47,8 +34,8 @@ struct CalibratedRatios {
 
 /// What the answers of all runs to each number of turned copies come to; the ratios are those with
 /// the number that is chosen. O(n log n) for n traces.
-CalibratedRatios ratiosOf(const std::vector<RunAnswers>& runs, const std::vector<int>& turns,
-                          double falseRejection);
+CalibratedRatios ratiosOf(const std::vector<CalibrationAnswers>& runs,
+                          const std::vector<int>& turns, double falseRejection);
 
 /// Whether a gesture has traces enough for a ratio of its own.
 bool anyMayHaveItsOwnRatio(const std::vector<GestureSamples>& gestures);

@@ -33,15 +33,17 @@ std::size_t testStride(const std::vector<CalibrationRun>& runs);
 /// Whether a gesture has traces enough for turned copies.
 bool anyMayBeTurned(const std::vector<GestureSamples>& gestures);
 
-/// How many turned copies to either side of a model calibration tries: as many as the options say,
-/// or none and, where the runs leave users out of gestures that may be turned, also the usual two.
+/// How many turned copies to either side of a model calibration tries: none where no gesture may
+/// be turned, else as many as the options say, or none and, where the runs leave users out, also
+/// the usual two.
 std::vector<int> turnsToTry(const std::vector<GestureSamples>& gestures,
                             const TrainingOptions& options, bool runsAreUsers);
 
 /// What the models of one run, told apart, say of every `stride`-th of the traces that it left out.
-RunAnswers answersOf(const std::vector<GestureModels>& gestures,
-                     const std::vector<GestureSamples>& test, const std::vector<double>& codebook,
-                     const std::vector<int>& turns, std::size_t stride);
+CalibrationAnswers answersOf(const std::vector<GestureModels>& gestures,
+                             const std::vector<GestureSamples>& test,
+                             const std::vector<double>& codebook, const std::vector<int>& turns,
+                             std::size_t stride);
 
 /// Trains and tests all runs. `step` is called after every gesture and every round of
 /// discrimination of every run.

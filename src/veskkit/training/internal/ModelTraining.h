@@ -27,7 +27,11 @@ struct GestureSamples {
     std::string gesture;  ///< name in the model
     std::string label;    ///< label in the traces
     std::vector<Sample> samples;
+    std::size_t drawn = 0;  ///< how many there are, with those that a calibration leaves out
 };
+
+/// Whether the gesture's models may have turned copies.
+bool mayBeTurned(const GestureSamples& gesture);
 
 /// What a left-right model is trained with.
 struct ModelSettings {
@@ -69,9 +73,6 @@ struct Acceptance {
     /// below 1.
     std::map<std::string, double> priors = {};
 };
-
-/// Whether a gesture of so many traces has turned copies, where any has.
-bool mayBeTurned(std::size_t traces);
 
 /// What of a ratio goes into the transition probability, whose six digits hold up to 1e5.
 double storedRatio(double ratio);
