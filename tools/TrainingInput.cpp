@@ -67,8 +67,9 @@ void TrainingInput::addSettingsTo(CLI::App& line) {
         ->transform(numberIn(0, 1000))
         ->type_name("N");
     line.add_option("--turns", training.turns,
-                    "Copies of each model, turned by 22.5 degrees and more, to either side [2 "
-                    "where users left out are recognised no worse so, else 0]")
+                    "Copies of the models of gestures with 20 traces or more, turned by 22.5 "
+                    "degrees and more, to either side [2 where users can be left out, unless "
+                    "clearly fewer of their traces are told right so; else 0]")
         ->transform(numberIn(0, 4))
         ->type_name("N");
     line.add_flag("--skip-bad", training.skipBad,

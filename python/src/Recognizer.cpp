@@ -198,7 +198,8 @@ void addRecognizer(py::module_& module) {
             }
             return models;
         },
-        "Copies of the gesture models; several may bear one name.");
+        "Copies of the gesture models; several may bear one name, turned ones (the `turns` of "
+        "`GestureClassifier`) among them.");
     recognizer.def_property_readonly(
         "threshold_model",
         [](const Recognizer& it) {

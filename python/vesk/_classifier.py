@@ -38,8 +38,9 @@ class GestureClassifier(ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     emission_floor : least emission before a row is normalised.
     smoothing : degrees that emissions are smoothed over. None: 22, or 28 for few traces.
     discrimination : rounds in which models learn to tell each other's traces apart.
-    turns : copies of models of 20 traces or more, turned by 22.5 degrees and more, to either
-        side. None: 2 where users left out are recognised no worse so, else 0.
+    turns : copies of the models of gestures with 20 traces or more, turned by 22.5 degrees and
+        more, to either side. None: 2 where users can be left out (`groups` of `fit`), unless
+        clearly fewer of their traces are told right so; else 0.
     threshold_states, threshold_smoothing : of the threshold model.
     acceptance_ratio : how much likelier than the threshold model a gesture has to be. None:
         calibrated where `calibrate`, by leaving out users (`groups` of `fit`) or traces.

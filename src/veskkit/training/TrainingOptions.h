@@ -49,8 +49,9 @@ struct TrainingOptions {
     int discrimination = 24;
 
     /// Copies of every model of a gesture with 20 traces or more, to either side, 0 to 4: the first
-    /// turned by 22.5 degrees and weighed with 0.01, the next with 0.0001. Unset: 2
-    /// where calibration leaves users out and they are recognised no worse so, else 0.
+    /// turned by 22.5 degrees and weighed with 0.01, the next by 45 and with 0.0001, and so on.
+    /// Unset: 2 where calibration leaves users out, unless clearly fewer of their traces have the
+    /// right gesture as the likeliest with them; else 0.
     std::optional<int> turns;
 
     int thresholdStates = 4;           ///< per gesture in the threshold model, 2 to 200
@@ -67,11 +68,13 @@ struct TrainingOptions {
     /// result; R, where unset, is what all but `falseRejection` of the traces reach whose likeliest
     /// gesture is the right one, and half of every single gesture's; where no gesture has 50 such
     /// traces, 1e5 at most. A gesture that has, and of whose own traces all but that share reach
-    /// more than the calibrated R, is asked for as many times more, whatever R is: its pi is
-    /// lowered. With fewer users every fourth trace is left out in turn, which can only lower an
-    /// unset R from what it is without calibration: a straight line differs little from the
-    /// threshold model. Costs a training of at most two iterations for each turn, and the
-    /// recognition of up to 4000 traces.
+    /// more than the calibrated R, is asked for as many times more, whatever R is, but no more than
+    /// all but that share lead the likeliest other gesture by: its pi is lowered. The same
+    /// trainings decide unset `turns`. With fewer users every fourth trace is left out in turn,
+    /// which can only lower an unset R from what it is without calibration: a straight line differs
+    /// little from the threshold model. Costs a training of at most two iterations for each user,
+    /// group or fourth, and the recognition of up to 4000 traces, of two models where `turns` is
+    /// open.
     bool calibrate = true;
     double falseRejection = 0.02;  ///< share of correct traces that calibration gives up, 0 to 0.5
 

@@ -32,8 +32,8 @@ struct TrainingReport {
     double acceptanceRatio = 0.0;         ///< R that the model was given
     int turns = 0;                        ///< turned copies to either side of a model, of gestures
                                           ///< of 20 traces or more
-    std::size_t calibrationRuns = 0;      ///< trainings that ratios were calibrated on, where R
-                                          ///< was given only those of single gestures; 0: none
+    std::size_t calibrationRuns = 0;      ///< trainings for calibration, where R was given only of
+                                          ///< single gestures' ratios and of `turns`
 };
 
 }  // namespace Vesk::Kit
