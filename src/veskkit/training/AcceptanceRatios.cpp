@@ -11,7 +11,7 @@ namespace {
 constexpr double sacrificeOfOneGesture = 0.5;
 constexpr double slackOfOneGesture = 2.0;  // equal traces must not stand right on the ratio
 constexpr std::size_t fewestOwnTraces = 50;
-constexpr double leastPrior = 1.0 / 2000.0;
+constexpr double leastPrior = 1.0 / 2000.0;  // beyond, what is known is lost rather
 constexpr double ratioOfSingleModels = 1e3;
 constexpr double ratioOfSubModels = 1e4;
 

@@ -239,9 +239,9 @@ RecognitionModel composeRecognitionModel(const std::vector<GestureModels>& gestu
             for (double& first : model.pi) first *= weight * rest;
             result.add(model);
         }
+        const int copies = gesture.mayBeTurned ? turns : 0;
         for (const LeftRightHMM& model : fine) {
-            if (!gesture.mayBeTurned) break;
-            for (LeftRightHMM& copy : turnedCopies(model, codebook, turns)) {
+            for (LeftRightHMM& copy : turnedCopies(model, codebook, copies)) {
                 result.add(std::move(copy));
             }
         }

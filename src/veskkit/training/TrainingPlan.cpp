@@ -77,12 +77,13 @@ std::vector<GestureSamples> samplesOf(const std::vector<GestureSequences>& gestu
     return result;
 }
 
-/// For so many numbers of turned copies, and of the same traces everywhere.
+/// For so many numbers of turned copies, and ratios and leads of the same traces.
 void requireAnswers(const CalibrationAnswers& answers, std::size_t numbers) {
     const auto fit = [](const LogRatios& ratios, const LogRatios& leads) {
         return std::equal(ratios.begin(), ratios.end(), leads.begin(), leads.end(),
                           [](const auto& x, const auto& y) {
-                              return x.first == y.first && x.second.size() == y.second.size();
+                              return x.first == y.first && !x.second.empty() &&
+                                     x.second.size() == y.second.size();
                           });
     };
     if (answers.ratios.size() != numbers || answers.leads.size() != numbers) {
@@ -91,7 +92,7 @@ void requireAnswers(const CalibrationAnswers& answers, std::size_t numbers) {
                                 numbers, " of both"));
     }
     if (!std::equal(answers.ratios.begin(), answers.ratios.end(), answers.leads.begin(), fit))
-        throw InputError("found ratios of other traces than leads, expected both of the same");
+        throw InputError("found ratios of other traces than leads, or of none, expected as many");
 }
 
 }  // namespace

@@ -142,6 +142,7 @@ TEST(TrainingPlanTest, RefusesAnswersThatDoNotFit) {
     refuses([](CalibrationAnswers& it) { it.leads[0].erase(it.leads[0].begin()); });
     refuses([](CalibrationAnswers& it) { it.leads[0].begin()->second.pop_back(); });
     refuses([](CalibrationAnswers& it) { it.ratios[0]["nobody"] = {}; });
+    refuses([](CalibrationAnswers& it) { it.ratios[0]["nobody"] = it.leads[0]["nobody"] = {}; });
 }
 
 }  // namespace
